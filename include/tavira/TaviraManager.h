@@ -1,0 +1,746 @@
+/*
+ * TaviraManager: reads and changes the configuration of LX-R4100 label printers and manages their stored
+ * files.
+ *
+ * This is the whole public interface of TaviraManager.dll, for C11 and C++17 and later. Link with the import
+ * library or look the functions up by name; every export is a plain C function.
+ *
+ * CONVENTIONS
+ *
+ *  1. Results. Every function returns int32_t: TVMGR_OK (0) or an error code of enum TvmgrResult, or a code
+ * of the port library Ferrolink.dll passed through unchanged. The one exception is TVMGR_GetSettingValue
+ * (bool). "No manager" (before TVMGR_Initialize, after TVMGR_Terminate) is -2 in every function but
+ * TVMGR_Initialize and TVMGR_Terminate themselves. A failed allocation is -3 wherever nothing else is said.
+ *  2. No exception leaves the module, except std::invalid_argument for a negative index (functions that take
+ * one).
+ *  3. Blocking. Functions that talk to the printer block the calling thread until they end. Every wait is
+ * bounded; "blocks up to" states the bound of the waits themselves. One transaction waits up to 60 s for the
+ * first answer byte unless stated otherwise and always costs at least 100 ms. The module cannot interrupt a
+ * call inside Ferrolink.dll.
+ *  4. Silence. A printer that does not answer is not an error of a transaction: the operation goes on with an
+ * empty answer. Functions that promise an effect prove it by reading back (-82 when the printer shows
+ * otherwise).
+ *  5. Threads. The functions take no lock of their own: call them from one thread. Only the printer search
+ * runs beside the host (TVMGR_StartSearchPrinter); its status and results may be asked for meanwhile.
+ *  6. Ownership. The module owns everything that it returns no pointer to; all data is handed over as copies
+ * in the host's buffers. Byte buffers are (pointer, length in bytes), names are (pointer, length in
+ * characters).
+ *  7. Encoding. Wide text is UTF-16. Bytes sent to the printer and text in host files are in the system's
+ * ANSI code page. Setting values are bytes exactly as the printer reports them, without terminator.
+ *  8. Settings are named by the numbers of enum TvmgrSetting, file lists by enum TvmgrFileList. The two
+ * number spaces are separate, even where a number stands in both.
+ *  9. Loaded values. TVMGR_LoadSetting(true, 0) fills the value store; TVMGR_LoadSetting(false, id) and
+ *     TVMGR_LoadSettingByList only refresh values that a full load has stored. Values are read with
+ *     TVMGR_GetSettingValue.
+ * 10. Resolution guard. Loads, updates, direct commands, and restore put the printer's resolutions (settings
+ * 3, 4, 5) at 600 and its mode (setting 84) at "D" while they work, when they were not so already, and put
+ * them back afterwards. Each side is one more transaction that saves. The captured state is kept until an
+ * update of 3, 4, 5 or 76, a factory reset or a restore makes it stale.
+ */
+#ifndef TAVIRA_TAVIRA_MANAGER_H_
+#define TAVIRA_TAVIRA_MANAGER_H_
+
+#include <stdbool.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_MSC_VER)
+#include <intrin.h>
+#endif
+#if !defined(_WIN32) && !defined(__cplusplus)
+#include <uchar.h>
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** One UTF-16 code unit: wchar_t on Windows; char16_t where the module's core is built elsewhere. */
+#if defined(_WIN32)
+typedef wchar_t TvmgrChar;
+#else
+typedef char16_t TvmgrChar;
+#endif
+
+/** Result codes. Any other value comes from Ferrolink.dll, unchanged. */
+enum TvmgrResult {
+  TVMGR_OK = 0,
+  TVMGR_FILE_TOO_LARGE = 4,   /**< the backup file has grown past 1 GiB; it was closed properly before that */
+  TVMGR_PORT_NOT_READY = -1,  /**< Ferrolink.dll lacks an entry point; search: the worker could not start */
+  TVMGR_NOT_INITIALIZED = -2, /**< no manager, no port link, or the port library was never loaded */
+  TVMGR_OUT_OF_MEMORY = -3,   /**< an allocation failed */
+  TVMGR_PORT_LIBRARY_MISSING = -5, /**< Ferrolink.dll cannot be loaded or lacks one of its six entry points */
+  TVMGR_BAD_ARGUMENT = -7,        /**< a bad argument, nothing to send, or an operation that does not exist */
+  TVMGR_SEARCH_FAILED = -9,       /**< the network search could not open its socket or send its broadcast */
+  TVMGR_PAYLOAD_UNREADABLE = -10, /**< a stored file came back with a payload that cannot be decoded */
+  TVMGR_FILE_ERROR = -63,         /**< the host file cannot be created, opened or written */
+  TVMGR_FILE_READ_ERROR = -65,    /**< the host file cannot be read whole, or there is no memory for it */
+  TVMGR_NOT_CONFIRMED = -82,      /**< the printer took the command but still shows another state */
+  TVMGR_CHECK_PORT_UNSUPPORTED = -103 /**< TVMGR_CheckPort, always */
+};
+
+/**
+ * Setting identifiers, named after the printer's own key of each setting (three letters, one character).
+ * Every setting but TVMGR_SETTING_ST can be read and written.
+ */
+enum TvmgrSetting {
+  TVMGR_SETTING_IMP_S = 1,
+  TVMGR_SETTING_IMF_V = 2,
+  TVMGR_SETTING_CLR_Z = 3, /**< first resolution, dots per inch */
+  TVMGR_SETTING_CLR_P = 4, /**< second resolution, dots per inch */
+  TVMGR_SETTING_CLR_R = 5, /**< third resolution, dots per inch */
+  TVMGR_SETTING_CLM_P = 6,
+  TVMGR_SETTING_CLM_S = 7,
+  TVMGR_SETTING_CLM_D = 8,
+  TVMGR_SETTING_CLM_T = 9,
+  TVMGR_SETTING_CLP_M = 10,
+  TVMGR_SETTING_CMP_S = 11,
+  TVMGR_SETTING_CMP_F = 12,
+  TVMGR_SETTING_CLM_F = 13,
+  TVMGR_SETTING_CLS_P = 14,
+  TVMGR_SETTING_CLS_L = 15,
+  TVMGR_SETTING_CLS_G = 16,
+  TVMGR_SETTING_CLW_T = 17,
+  TVMGR_SETTING_CLW_B = 18,
+  TVMGR_SETTING_CLW_R = 19,
+  TVMGR_SETTING_CLW_L = 20,
+  TVMGR_SETTING_CPC_E = 21,
+  TVMGR_SETTING_CLE_T = 22,
+  TVMGR_SETTING_CLE_M = 23,
+  TVMGR_SETTING_CLP_O = 24,
+  TVMGR_SETTING_CPC_C = 25,
+  TVMGR_SETTING_CPC_D = 26,
+  TVMGR_SETTING_CPC_P = 27,
+  TVMGR_SETTING_CPC_B = 28,
+  TVMGR_SETTING_CBW_C = 29,
+  TVMGR_SETTING_CFE_T = 35,
+  TVMGR_SETTING_CLB_I = 36,
+  TVMGR_SETTING_BACKGROUND =
+      37, /**< the bytes of KORVDEF.BGD; filled by a full load, no command of its own */
+  TVMGR_SETTING_CMT_S = 38,
+  TVMGR_SETTING_CMT_T = 39,
+  TVMGR_SETTING_CMF_P = 40,
+  TVMGR_SETTING_CMF_H = 41,
+  TVMGR_SETTING_CMP_M = 42, /**< written with "T" around the wiping operations */
+  TVMGR_SETTING_CUB_Z = 43,
+  TVMGR_SETTING_CSL_N = 44,
+  TVMGR_SETTING_CWR_P = 45,
+  TVMGR_SETTING_ST = 46, /**< written only: it has no query and is never read back */
+  TVMGR_SETTING_CUI_B = 47,
+  TVMGR_SETTING_CUI_F = 48,
+  TVMGR_SETTING_CUI_C = 49,
+  TVMGR_SETTING_CUL_B = 50,
+  TVMGR_SETTING_CUL_C = 51,
+  TVMGR_SETTING_CUL_L = 52,
+  TVMGR_SETTING_CMV_S = 53,
+  TVMGR_SETTING_CMV_C = 54,
+  TVMGR_SETTING_CMV_I = 55,
+  TVMGR_SETTING_CMN_S = 56,
+  TVMGR_SETTING_CMV_O = 57,
+  TVMGR_SETTING_CMU_A = 58,
+  TVMGR_SETTING_CMU_B = 59,
+  TVMGR_SETTING_CMU_C = 60,
+  TVMGR_SETTING_CMU_D = 61,
+  TVMGR_SETTING_CMU_E = 62,
+  TVMGR_SETTING_CMU_F = 63,
+  TVMGR_SETTING_CMU_G = 64,
+  TVMGR_SETTING_CCC_T = 65, /**< control prefix character, two hexadecimal digits when read */
+  TVMGR_SETTING_CCC_C = 66, /**< format prefix character, likewise */
+  TVMGR_SETTING_CCC_D = 67, /**< delimiter character, likewise */
+  TVMGR_SETTING_SCM_1 = 68,
+  TVMGR_SETTING_SCM_2 = 69,
+  TVMGR_SETTING_SCM_O = 70,
+  TVMGR_SETTING_SCM_C = 71,
+  TVMGR_SETTING_SCN_L = 72,
+  TVMGR_SETTING_SCN_C = 73,
+  TVMGR_SETTING_CPC_Y = 74, /**< not verified after it was written */
+  TVMGR_SETTING_CBB_M = 76, /**< a change of it counts as a change of resolution */
+  TVMGR_SETTING_CLA_C = 77,
+  TVMGR_SETTING_CFA_W = 78,
+  TVMGR_SETTING_INU_S = 79,
+  TVMGR_SETTING_INU_N = 80,
+  TVMGR_SETTING_INU_U = 81,
+  TVMGR_SETTING_INU_P = 82,
+  TVMGR_SETTING_INU_V = 83,
+  TVMGR_SETTING_CMP_U = 84,
+  /**< mode that goes with the resolutions */
+};
+
+/** Lists of the files that the printer stores. */
+enum TvmgrFileList {
+  TVMGR_LIST_PNG = 30,        /**< graphics, E:*.PNG */
+  TVMGR_LIST_TTF = 31,        /**< fonts, E:*.TTF */
+  TVMGR_LIST_TTE = 32,        /**< fonts, E:*.TTE */
+  TVMGR_LIST_FMT = 33,        /**< stored formats, E:*.FMT */
+  TVMGR_LIST_CNV = 34,        /**< Z:*.CNV */
+  TVMGR_LIST_BACKGROUND = 36, /**< the one file E:KORVDEF.BGD */
+  TVMGR_LIST_ZPL = 75,        /**< stored formats, E:*.ZPL */
+  TVMGR_LIST_GRF = 85         /**< graphics, E:*.GRF */
+};
+
+/** Operation codes of TVMGR_SetExecuteList. */
+enum TvmgrOperation {
+  TVMGR_OP_NONE = 0x1001000,              /**< does nothing, answers 0 */
+  TVMGR_OP_HEAD_MAINTENANCE = 0x1001001,  /**< "~J(C"; may keep the printer busy for minutes */
+  TVMGR_OP_HEAD_CHECK = 0x1001002,        /**< "~W(PNC" */
+  TVMGR_OP_MEDIA_CALIBRATION = 0x1001003, /**< "~JC" */
+  TVMGR_OP_FACTORY_RESET = 0x1001004, /**< restores and saves the factory settings, then reloads everything */
+  TVMGR_OP_INITIALIZE_MEMORY = 0x1001005,   /**< empties device E:, then refreshes the file lists */
+  TVMGR_OP_SEND_DATA = 0x1001006,           /**< sends the request's own bytes */
+  TVMGR_OP_PRINT_CONFIGURATION = 0x1001007, /**< "~WC" */
+  TVMGR_OP_WIPE_FONTS = 0x1001008,          /**< *.FNT, *.TTF, *.TTE on R:, E: and Z: */
+  TVMGR_OP_WIPE_BARCODES = 0x1001009,       /**< Z:*.BAR */
+  TVMGR_OP_WIPE_GRAPHICS = 0x100100A,       /**< *.PNG, *.GRF on R: and E: */
+  TVMGR_OP_WIPE_FORMATS = 0x100100B,        /**< *.FMT on R: and E: */
+  TVMGR_OP_RESET_PREFIX = 0x100100C         /**< prefix characters back to "~", "^" and "," */
+};
+
+/** Request kinds of TVMGR_UpdateRegistList. */
+enum TvmgrRequest {
+  TVMGR_REQUEST_REGISTER_GRAPHIC = 0x1001000,
+  TVMGR_REQUEST_REGISTER_FORMAT = 0x1001001,
+  TVMGR_REQUEST_REGISTER_FONT = 0x1001003,
+  TVMGR_REQUEST_DELETE_GRAPHIC = 0x1001004,
+  TVMGR_REQUEST_DELETE_FORMAT = 0x1001005,
+  TVMGR_REQUEST_DELETE_FONT = 0x1001007,
+  TVMGR_REQUEST_BACKGROUND = 0x1001008 /**< register or delete the background file */
+};
+
+/** Printer states of TVMGR_GetPrinterStatus. */
+enum TvmgrStatus {
+  TVMGR_STATUS_UNKNOWN = 0, /**< the printer did not answer: off-line or not reachable */
+  TVMGR_STATUS_IDLE = 1,
+  TVMGR_STATUS_BUSY = 2, /**< printing, in a maintenance routine, or off-line by its own panel */
+  TVMGR_STATUS_OTHER = 3 /**< any other state that the printer reports */
+};
+
+/** Kinds of printer search. */
+enum TvmgrSearchKind { TVMGR_SEARCH_USB = 0, TVMGR_SEARCH_NETWORK = 1 };
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Wide strings and records */
+
+/**
+ * A text member of a record: the address of zero-terminated UTF-16 text, or null for an empty one.
+ *
+ * Texts that the host passes in may point at any zero-terminated text. Texts that the module has written
+ * carry a header in front of the characters (TvmgrTextData); the host releases them with TvmgrTextRelease. A
+ * record to be written must start with null texts or with texts that the module (or a string class of the
+ * same layout) made.
+ */
+typedef const TvmgrChar* TvmgrText;
+
+struct TvmgrTextManager;
+
+/** The header in front of a text's characters. Hosts use the helpers below instead. */
+typedef struct TvmgrTextData {
+  struct TvmgrTextManager* manager; /**< owns this buffer; frees it */
+  int32_t length;                   /**< characters, without the terminator */
+  int32_t capacity;                 /**< characters, without the terminator */
+  int32_t references;               /**< changed atomically; negative: locked, not to be shared */
+  int32_t padding;
+} TvmgrTextData;
+
+/** The five functions of a string manager, each called with the manager first. */
+typedef struct TvmgrTextManagerFunctions {
+  TvmgrTextData* (*Allocate)(struct TvmgrTextManager*, int32_t chars, int32_t char_size);
+  void (*Free)(struct TvmgrTextManager*, TvmgrTextData*);
+  TvmgrTextData* (*Reallocate)(struct TvmgrTextManager*, TvmgrTextData*, int32_t chars, int32_t char_size);
+  TvmgrTextData* (*GetNilString)(struct TvmgrTextManager*);
+  struct TvmgrTextManager* (*Clone)(struct TvmgrTextManager*);
+} TvmgrTextManagerFunctions;
+
+typedef struct TvmgrTextManager {
+  const TvmgrTextManagerFunctions* functions;
+} TvmgrTextManager;
+
+/** What TVMGR_Backup is to write. A flag counts only when it is 1. */
+typedef struct TvmgrBackupInfo {
+  TvmgrText path;    /**< backup file on the host */
+  uint8_t settings;  /**< S: the settings */
+  uint8_t section_p; /**< P: named in the header only */
+  uint8_t section_i; /**< I: graphics (lists 30 and 85) */
+  uint8_t section_t; /**< T: stored formats (lists 33 and 75) */
+  uint8_t section_f; /**< F: fonts (lists 31 and 32) */
+  uint8_t section_c; /**< C: named in the header only */
+  uint8_t section_b; /**< B: the background file (list 36) */
+} TvmgrBackupInfo;
+
+/** One printer, as a search found it or as TVMGR_GetPrinterDeviceInfo reports it. */
+typedef struct TvmgrFoundPrinter {
+  int32_t kind;    /**< TVMGR_SEARCH_USB or TVMGR_SEARCH_NETWORK */
+  TvmgrText text1; /**< USB: model. Network: first name. Device info: the port name */
+  TvmgrText text2; /**< USB: IEEE 1284 device ID. Network: second name */
+  TvmgrText text3; /**< USB: device path */
+  int32_t value1;  /**< USB: vendor number, 0 when not read */
+  int32_t value2;  /**< USB: product number, 0 when not read */
+  TvmgrText text4; /**< USB: product name */
+  TvmgrText text5; /**< Network: address */
+} TvmgrFoundPrinter;
+
+/** The number of characters of a text; 0 for null. */
+static inline size_t TvmgrTextLength(TvmgrText text) {
+  size_t length = 0;
+  while (text != NULL && text[length] != 0) {
+    ++length;
+  }
+  return length;
+}
+
+/** Releases a text that the module has written into a record, and sets it to null. Null is allowed. */
+static inline void TvmgrTextRelease(TvmgrText* text) {
+  if (text != NULL && *text != NULL) {
+    TvmgrTextData* data = (TvmgrTextData*)(uintptr_t)((uintptr_t)*text - sizeof(TvmgrTextData));
+#if defined(_MSC_VER)
+    const int32_t left = (int32_t)_InterlockedDecrement((volatile long*)&data->references);
+#else
+    const int32_t left = __atomic_sub_fetch(&data->references, 1, __ATOMIC_ACQ_REL);
+#endif
+    if (left <= 0) {
+      data->manager->functions->Free(data->manager, data);
+    }
+    *text = NULL;
+  }
+}
+
+/** Releases the five texts of a record that the module has written. */
+static inline void TvmgrFoundPrinterRelease(TvmgrFoundPrinter* printer) {
+  TvmgrTextRelease(&printer->text1);
+  TvmgrTextRelease(&printer->text2);
+  TvmgrTextRelease(&printer->text3);
+  TvmgrTextRelease(&printer->text4);
+  TvmgrTextRelease(&printer->text5);
+}
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Life of the manager */
+
+/**
+ * Creates the manager and loads Ferrolink.dll.
+ *
+ * Sends nothing. There is no count: a second call makes a second manager and the first one is never released,
+ * so pair each call with TVMGR_Terminate.
+ *
+ * @retval 0   Ready: choose a printer with TVMGR_UpdatePortComInfo.
+ * @retval -3  The manager could not be allocated, or (manager in place) its port link could not.
+ * @retval -5  Ferrolink.dll is missing or incomplete. The manager is in place; its printer functions answer
+ * -1.
+ */
+int32_t TVMGR_Initialize(void);
+
+/**
+ * Destroys the manager: waits for a running printer search (up to 3 s), frees everything, closes
+ * Ferrolink.dll.
+ *
+ * @retval 0  Always, also without a manager.
+ */
+int32_t TVMGR_Terminate(void);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Choosing the printer */
+
+/**
+ * Chooses the printer that every later function talks to.
+ *
+ * Sends nothing. With a record, the printer is its device path (text3) or its address (text5), and the port
+ * name is port_name or, when that is null, the name of a printer port installed for it. With a port name
+ * alone, the spooler is asked which printer hangs on that port. Both null: an empty choice; Ferrolink.dll
+ * then gets empty strings. Every choice replaces the earlier one whole. Nothing is checked against the
+ * printer: TVMGR_GetPrinterStatus does that.
+ *
+ * @param record     the record of a search, or null; its texts are copied.
+ * @param port_name  a port of the print spooler ("USB001", "IP_192.0.2.7"), or null.
+ * @retval 0   Chosen.
+ * @retval -2  No manager or no port link.
+ * @retval -3  Out of memory; the earlier choice is still in force, the port name of it is forgotten.
+ */
+int32_t TVMGR_UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
+
+/**
+ * Reports the choice: kind (1 when there is an address, else 0), text1 port name, text3 device path, text5
+ * address.
+ *
+ * @param record  the host's record; its earlier texts are released. Release the new ones after use.
+ * @retval 0   Written.
+ * @retval -2  No manager, no port link, or record is null.
+ * @retval -3  Out of memory; the record is unchanged.
+ */
+int32_t TVMGR_GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Reading settings */
+
+/**
+ * Reads one setting, or everything.
+ *
+ * all false: one transaction with the setting's query, which refreshes its stored value; a value that no full
+ * load has stored before is dropped. For settings 3, 4, 5 and 76 the guard leaves the resolutions alone (mode
+ * only). Blocks up to four transactions (capture, neutralise, query, put back).
+ *
+ * all true: empties the value store, reads all 76 readable settings in one transaction, the eight file lists
+ * in eight, the background file when the printer has it, then the resolution settings again. Blocks up to
+ * fifteen transactions; on an answering printer a few seconds.
+ *
+ * @param all  true reads everything and ignores id.
+ * @param id   a setting identifier.
+ * @retval 0   Done. A printer that stayed silent is no error: compare the values.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval -7  The setting has no query (46) or does not exist.
+ * @retval other  Ferrolink.dll's own code. After a failed full load the value store must not be trusted.
+ */
+int32_t TVMGR_LoadSetting(bool all, int32_t id);
+
+/** Empties the load list. @retval 0 Always. @retval -2 No manager. */
+int32_t TVMGR_ClearLoadList(void);
+
+/**
+ * Appends a setting to the load list; the same one may stand in it several times.
+ *
+ * @retval 0   Appended. Any number is accepted; one without a query adds nothing to the transaction.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory.
+ */
+int32_t TVMGR_SetLoadList(uint32_t id);
+
+/**
+ * Reads the settings named in the load list.
+ *
+ * Sends one transaction with the query of every listed setting and refreshes the stored values. A value that
+ * no full load has stored before is dropped. The load list is kept. Blocks up to four transactions.
+ *
+ * @param flag  true: the guard puts the resolutions to neutral and back, false: it leaves them alone and
+ * touches the mode only. (The guard works with the negation of this argument as its no-change flag.)
+ * @retval 0   The answers that came are stored; a silent printer is not an error: compare the values.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval -7  The load list is empty or names no readable setting; nothing of it was sent.
+ * @retval other  Ferrolink.dll's own code, unchanged.
+ */
+int32_t TVMGR_LoadSettingByList(bool flag);
+
+/**
+ * Copies a stored value. Never talks to the printer.
+ *
+ * Ask for the length first (buffer null), then for the bytes with a buffer of exactly that length.
+ * TRAP: *length bytes are copied, not fewer; a length beyond the stored one reads out of bounds, and asking
+ * for the bytes of an empty value ends the process. Skip empty values.
+ *
+ * @param id      a setting identifier, or TVMGR_SETTING_BACKGROUND.
+ * @param buffer  null to ask for the length.
+ * @param length  bytes; written when buffer is null, read when it is not.
+ * @return true when a value is stored; false when none is, length is null, or there is no manager.
+ */
+bool TVMGR_GetSettingValue(int32_t id, uint8_t* buffer, int32_t* length);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Writing settings */
+
+/** Empties the update list. @retval 0 Always. @retval -2 No manager. */
+int32_t TVMGR_ClearUpdateList(void);
+
+/**
+ * Appends a setting and its new value to the update list.
+ *
+ * @param value   copied; null gives an empty value. Sent as it is, without quoting or checks.
+ * @param length  bytes; 0 or less gives an empty value.
+ * @retval 0   Appended.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory.
+ */
+int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length);
+
+/**
+ * Writes the settings of the update list, saves them, and proves it by reading back.
+ *
+ * One transaction with all set commands, the save and the closing command inside the resolution guard; then
+ * up to ten passes of 500 ms wait, full settings load, background file, resolution settings, until every
+ * written value (46 and 74 excepted) equals the printer's, letter case ignored. The update list is kept; the
+ * load list is replaced by 3, 4, 5, 76. Blocks up to 4 transactions, and for each pass 0.5 s and up to 10
+ * transactions. TRAP: on a printer whose resolutions or mode were not neutral, the guard puts settings 3, 4,
+ * 5 and 84 back to what they were, which undoes a new value for one of them: the result is then -82. TRAP: a
+ * printer that normalises a value ("600" stored as "0600") ends in -82 although it took the value.
+ *
+ * @retval 0    Every value is confirmed by the printer.
+ * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -2   No manager or no port link.
+ * @retval -82  Sent, but some value still differs after ten passes.
+ * @retval other  Ferrolink.dll's own code; what was written is not known.
+ */
+int32_t TVMGR_UpdatePrinterSetting(void);
+
+/** As TVMGR_UpdatePrinterSetting, but the guard leaves settings 3, 4 and 5 alone (84 is handled all the
+ * same). */
+int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void);
+
+/**
+ * Changes the printer's three prefix characters, saves, and reads them back into the value store.
+ *
+ * One transaction of up to 3 s, then a load of settings 65, 66, 67 whose result is ignored (the load list is
+ * replaced by these three). The characters are sent without any check: an unsuitable one makes the printer
+ * unreadable.
+ *
+ * @param control    default '~'
+ * @param format     default '^'
+ * @param delimiter  default ','
+ * @retval 0   Sent. Whether the printer took it: TVMGR_IsDefaultPrefix, or the values of 65, 66, 67.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval -3  Out of memory.
+ * @retval other  Ferrolink.dll's own code.
+ */
+int32_t TVMGR_UpdatePrefix(uint8_t control, uint8_t format, uint8_t delimiter);
+
+/**
+ * Asks the printer whether its prefix characters are the default ones. One transaction of up to 3 s.
+ *
+ * @param is_default  receives 1 or 0; may be null. TRAP: a silent printer or a short answer reads as 1.
+ * @retval 0   Asked.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval other  Ferrolink.dll's own code.
+ */
+int32_t TVMGR_IsDefaultPrefix(uint8_t* is_default);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Status, direct commands, operations */
+
+/**
+ * Asks the printer for its state. One exchange that waits up to 3 s; the resolution guard is not used.
+ *
+ * @param status  receives a value of enum TvmgrStatus; 0 when the printer did not answer.
+ * @retval 0   Asked: status says what came back.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval -7  status is null.
+ * @retval other  Ferrolink.dll's own code; status is 0.
+ */
+int32_t TVMGR_GetPrinterStatus(uint32_t* status);
+
+/**
+ * Sends the host's own bytes inside the resolution guard, followed by the closing command "^XA^H(E^XZ".
+ *
+ * One transaction (up to 60 s) and up to three of the guard. Nothing is saved, the answer is not handed out.
+ *
+ * @param data    bytes, sent unchanged
+ * @param length  bytes, at least 1
+ * @param allow_resolution_change  false: the guard leaves settings 3, 4 and 5 alone.
+ * @retval 0   Sent; the printer may have stayed silent.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval -7  data is null or length is less than 1; nothing was sent.
+ * @retval other  Ferrolink.dll's own code.
+ */
+int32_t TVMGR_DirectSendCommand(const uint8_t* data, int32_t length, bool allow_resolution_change);
+
+/**
+ * Stores the operation for TVMGR_ExecutePrinterOperation.
+ *
+ * TRAP: the data is replaced only when data is not null and length is at least 1; otherwise the bytes of an
+ * earlier call stay.
+ *
+ * @param code  a value of enum TvmgrOperation.
+ * @retval 0   Stored.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory; the earlier request is unchanged.
+ */
+int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length);
+
+/**
+ * Runs the stored operation and waits until the printer is no longer busy.
+ *
+ * Up to three transactions, 1 s, then a status poll each second for up to 60 s (300 s for HEAD_MAINTENANCE).
+ * A printer still busy after that is not reported: ask for its status. FACTORY_RESET reloads all settings
+ * afterwards, INITIALIZE_MEMORY the file lists. Operations 0x1001006 to 0x100100B write setting 42 as "T"
+ * before and put the stored value (or "T" when none is stored) back after. The request stays stored.
+ *
+ * @retval 0   Done; for TVMGR_OP_NONE nothing was sent.
+ * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -2  No manager or no port link.
+ * @retval -7  Unknown code, or SEND_DATA without data.
+ * @retval other  Ferrolink.dll's own code. Setting 42 may still be "T".
+ */
+int32_t TVMGR_ExecutePrinterOperation(void);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Stored files */
+
+/**
+ * The number of files in a list, as the last full load, registration, deletion or operation refreshed it.
+ *
+ * @param kind   a value of enum TvmgrFileList
+ * @param count  receives the number of files
+ * @retval 0   Written.
+ * @retval -2  No manager.
+ * @retval -7  count is null or there is no such list; nothing was written.
+ */
+int32_t TVMGR_GetRegistFileArraySize(int32_t kind, uint32_t* count);
+
+/**
+ * The name of one file of a list, with extension, without device letter.
+ *
+ * @param index   from 0. TRAP: a negative index raises std::invalid_argument.
+ * @param name    null to ask for the length; else receives the name and its terminator.
+ * @param length  characters. name null: receives the length without terminator. Otherwise the capacity of
+ * name, at least length + 1; unchanged. TRAP: a smaller capacity ends the process.
+ * @retval 0   Written.
+ * @retval -2  No manager.
+ * @retval -7  length is null, there is no such list, or index is at or beyond its count.
+ */
+int32_t TVMGR_GetRegistFileArrayData(int32_t kind, int32_t index, TvmgrChar* name, uint32_t* length);
+
+/**
+ * Fetches one stored file from device E:. One transaction.
+ *
+ * @param name        file name with extension, without device letter.
+ * @param mode        1 for stored formats (lists 33 and 75), any other value for everything else.
+ * @param timeout_ms  how long to wait for the first answer byte, in ms; 0 does not wait and fetches nothing.
+ * @retval 0    The answer's data is stored (possibly empty: no such file, or a silent printer).
+ * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -2   No manager or no port link.
+ * @retval -7   name is null or empty; nothing was sent.
+ * @retval -10  The payload could not be decoded; the stored data is empty.
+ * @retval other  Ferrolink.dll's own code; the data of the fetch before stays.
+ */
+int32_t TVMGR_LoadStoredData(const TvmgrChar* name, uint8_t mode, uint32_t timeout_ms);
+
+/**
+ * Copies the data of the last fetch: decoded bytes of a graphic, font or background file (a ":Z64:" payload
+ * stays compressed), or a stored format as text with its full name.
+ *
+ * @param buffer  null to ask for the size.
+ * @param length  bytes. In: the size of buffer. Out: the full size, also when fewer bytes were copied.
+ * @retval 0   Done; compare the lengths.
+ * @retval -2  No manager.
+ * @retval -7  length is null.
+ */
+int32_t TVMGR_GetStoredData(uint8_t* buffer, uint32_t* length);
+
+/** Has no effect on the lists or the pending request; kept for hosts that call it. @retval 0 @retval -2 No
+ * manager. */
+int32_t TVMGR_ClearRegistList(void);
+
+/**
+ * Stores the pending request of TVMGR_RegistData or TVMGR_DeleteData. It lasts until the next call.
+ *
+ * @param kind  a value of enum TvmgrRequest; any value is stored.
+ * @param primary    to delete: the file's name with extension, 8-bit text without terminator. To register:
+ * the printer's own download command for the file. Null or size 0: empty.
+ * @param secondary  further data of a format registration. Null or size 0: empty.
+ * @retval 0   Stored.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory; the earlier request is unchanged.
+ */
+int32_t TVMGR_UpdateRegistList(uint32_t kind, const uint8_t* primary, uint32_t primary_size,
+                               const uint8_t* secondary, uint32_t secondary_size);
+
+/**
+ * Stores a file in the printer's memory and proves it by listing the printer's files. This definition is the
+ * module's own.
+ *
+ * The pending request holds the file as an upload or a backup holds it ("~DYE:NAME,..." or "^XA^DF
+ * E:NAME...^XZ"); for REGISTER_FORMAT the secondary data follows it when not empty. One transaction (60 s; on
+ * a network port one minute more for each 20 MiB begun, at most 50 minutes), then up to ten passes of 500 ms
+ * wait and refresh of the kind's lists. For REGISTER_FORMAT the listing is searched but does not change the
+ * result.
+ *
+ * @retval 0    The file is listed.
+ * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -2   No manager or no port link.
+ * @retval -7   Not a register kind, no data, or no file name in it; nothing was sent.
+ * @retval -82  Sent, but the file is not listed after ten passes.
+ * @retval other  Ferrolink.dll's own code.
+ */
+int32_t TVMGR_RegistData(void);
+
+/**
+ * Deletes the file of the pending request from device E: and proves it by listing the printer's files.
+ *
+ * One transaction, then up to ten passes of 500 ms wait and refresh of the kind's lists. The background file
+ * (kind BACKGROUND) always takes ten passes and is not proved. TRAP: for any other kind the delete command is
+ * sent before the result says -7.
+ *
+ * @retval 0    The file is no longer listed (BACKGROUND: sent).
+ * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -2   No manager or no port link.
+ * @retval -7   Empty name (nothing was sent), or not a delete kind (sent!).
+ * @retval -82  Sent, but the file is still listed after ten passes.
+ * @retval other  Ferrolink.dll's own code.
+ */
+int32_t TVMGR_DeleteData(void);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Backup and restore */
+
+/** Stores what TVMGR_Backup is to write; the record is copied. Null changes nothing. @retval 0 @retval -2 No
+ * manager. */
+int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info);
+
+/** Backup is not available in this version. @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_Backup(uint8_t reload);
+
+/** Restore is not available in this version. @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_Restore(const TvmgrChar* path);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Finding printers */
+
+/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_StartSearchPrinter(uint32_t kind, uint32_t timeout);
+
+/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_StopSearchPrinter(uint32_t kind);
+
+/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_GetSearchPrinterStatus(void);
+
+/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_GetSearchedPrinterInfo(int32_t kind, int32_t index, TvmgrFoundPrinter* record, uint32_t* count);
+
+/* ----------------------------------------------------------------------------------------------------------------
+ */
+/* Fixed answers, kept for hosts that still call them */
+
+struct HWND__;
+
+/** @retval -7 Always. @retval -2 No manager. */
+int32_t TVMGR_SearchPort(void* reserved1, void* reserved2, uint32_t reserved3);
+/** @retval -103 Always. @retval -2 No manager. */
+int32_t TVMGR_CheckPort(uint32_t reserved);
+/** @retval 0 Always. @retval -2 No manager. */
+int32_t TVMGR_SendPrnFile(void* reserved);
+/** @retval 0 Always. @retval -2 No manager. */
+int32_t TVMGR_GetDeviceInfo(void* reserved1, void* reserved2, uint32_t reserved3, uint32_t reserved4);
+/** Stores a window handle (HWND) that nothing reads: the module sends no messages. @retval 0 @retval -2 No
+ * manager. */
+int32_t TVMGR_SetCallbackWnd(struct HWND__* window);
+
+#ifdef __cplusplus
+}  // extern "C"
+
+/* The binary layout, fixed for 64-bit Windows. */
+static_assert(sizeof(TvmgrChar) == 2 && sizeof(void*) == 8, "UTF-16 text and 64-bit pointers");
+static_assert(sizeof(bool) == 1, "bool is one byte");
+static_assert(sizeof(TvmgrTextData) == 24 && offsetof(TvmgrTextData, length) == 8 &&
+                  offsetof(TvmgrTextData, capacity) == 12 && offsetof(TvmgrTextData, references) == 16,
+              "text header");
+static_assert(sizeof(TvmgrBackupInfo) == 16 && offsetof(TvmgrBackupInfo, settings) == 8 &&
+                  offsetof(TvmgrBackupInfo, section_p) == 9 && offsetof(TvmgrBackupInfo, section_b) == 14,
+              "backup information");
+static_assert(sizeof(TvmgrFoundPrinter) == 56 && offsetof(TvmgrFoundPrinter, text1) == 8 &&
+                  offsetof(TvmgrFoundPrinter, text3) == 24 && offsetof(TvmgrFoundPrinter, value1) == 32 &&
+                  offsetof(TvmgrFoundPrinter, value2) == 36 && offsetof(TvmgrFoundPrinter, text4) == 40 &&
+                  offsetof(TvmgrFoundPrinter, text5) == 48,
+              "found printer");
+#endif
+
+#endif /* TAVIRA_TAVIRA_MANAGER_H_ */

@@ -1,0 +1,210 @@
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+#include "manager/tavira_manager.h"
+#include "platform/platform.h"
+#include "tavira/TaviraManager.h"
+
+namespace {
+
+using tavira::CTaviraManager;
+using tavira::ITaviraManager;
+
+/** The one manager of the process. */
+CTaviraManager* g_manager = nullptr;
+
+/**
+ * The boundary: no exception but the invalid argument of a negative index leaves the module. What is left is
+ * lack of memory, as std::bad_alloc or as a size that cannot be had.
+ */
+template <typename Call>
+std::int32_t Guarded(Call call) {
+  try {
+    return call();
+  } catch (const std::invalid_argument&) {
+    throw;
+  } catch (...) {
+    return TVMGR_OUT_OF_MEMORY;
+  }
+}
+
+/** Calls one operation of the manager; −2 without one. */
+template <typename Object, typename... Parameters, typename... Arguments>
+std::int32_t Forward(std::int32_t (Object::*operation)(Parameters...), Arguments... arguments) {
+  if (g_manager == nullptr) {
+    return TVMGR_NOT_INITIALIZED;
+  }
+  return Guarded([&] { return (g_manager->*operation)(arguments...); });
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t TVMGR_Initialize(void) {
+  // An earlier manager is not released: hosts rely on a second call starting afresh.
+  g_manager = nullptr;
+  return Guarded([] {
+    g_manager = std::make_unique<CTaviraManager>(tavira::MakePlatform()).release();
+    return g_manager->Start();
+  });
+}
+
+int32_t TVMGR_Terminate(void) {
+  delete g_manager;
+  g_manager = nullptr;
+  return TVMGR_OK;
+}
+
+int32_t TVMGR_LoadSetting(bool all, int32_t id) {
+  return Forward(&ITaviraManager::LoadSetting, all, id);
+}
+
+bool TVMGR_GetSettingValue(int32_t id, uint8_t* buffer, int32_t* length) {
+  return g_manager != nullptr && g_manager->GetSettingValue(id, buffer, length);
+}
+
+int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info) {
+  return Forward(&ITaviraManager::UpdateBackupInfo, info);
+}
+
+int32_t TVMGR_ClearLoadList(void) {
+  return Forward(&ITaviraManager::ClearLoadList);
+}
+
+int32_t TVMGR_ClearUpdateList(void) {
+  return Forward(&ITaviraManager::ClearUpdateList);
+}
+
+int32_t TVMGR_SetLoadList(uint32_t id) {
+  return Forward(&ITaviraManager::SetLoadList, id);
+}
+
+int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length) {
+  return Forward(&ITaviraManager::SetUpdateList, id, value, length);
+}
+
+int32_t TVMGR_UpdatePrinterSetting(void) {
+  return Forward(&ITaviraManager::UpdatePrinterSetting);
+}
+
+int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void) {
+  return Forward(&ITaviraManager::UpdatePrinterSettingNoChangeDPI);
+}
+
+int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length) {
+  return Forward(&ITaviraManager::SetExecuteList, code, data, length);
+}
+
+int32_t TVMGR_ExecutePrinterOperation(void) {
+  return Forward(&ITaviraManager::ExecutePrinterOperation);
+}
+
+int32_t TVMGR_ClearRegistList(void) {
+  return Forward(&ITaviraManager::ClearRegistList);
+}
+
+int32_t TVMGR_UpdateRegistList(uint32_t kind, const uint8_t* primary, uint32_t primary_size,
+                               const uint8_t* secondary, uint32_t secondary_size) {
+  return Forward(&ITaviraManager::UpdateRegistList, kind, primary, primary_size, secondary, secondary_size);
+}
+
+int32_t TVMGR_RegistData(void) {
+  return Forward(&ITaviraManager::RegistData);
+}
+
+int32_t TVMGR_DeleteData(void) {
+  return Forward(&ITaviraManager::DeleteData);
+}
+
+int32_t TVMGR_SearchPort(void* reserved1, void* reserved2, uint32_t reserved3) {
+  return Forward(&ITaviraManager::SearchPort, reserved1, reserved2, reserved3);
+}
+
+int32_t TVMGR_StartSearchPrinter(uint32_t kind, uint32_t timeout) {
+  return Forward(&ITaviraManager::StartSearchPrinter, kind, timeout);
+}
+
+int32_t TVMGR_StopSearchPrinter(uint32_t kind) {
+  return Forward(&ITaviraManager::StopSearchPrinter, kind);
+}
+
+int32_t TVMGR_GetSearchPrinterStatus(void) {
+  return Forward(&ITaviraManager::GetSearchPrinterStatus);
+}
+
+int32_t TVMGR_CheckPort(uint32_t reserved) {
+  return Forward(&ITaviraManager::CheckPort, reserved);
+}
+
+int32_t TVMGR_SetCallbackWnd(struct HWND__* window) {
+  return Forward(&ITaviraManager::SetCallbackWnd, window);
+}
+
+int32_t TVMGR_SendPrnFile(void* reserved) {
+  return Forward(&ITaviraManager::SendPrnFile, reserved);
+}
+
+int32_t TVMGR_GetDeviceInfo(void* reserved1, void* reserved2, uint32_t reserved3, uint32_t reserved4) {
+  return Forward(&ITaviraManager::GetDeviceInfo, reserved1, reserved2, reserved3, reserved4);
+}
+
+int32_t TVMGR_Backup(uint8_t reload) {
+  return Forward(&ITaviraManager::Backup, reload);
+}
+
+int32_t TVMGR_Restore(const TvmgrChar* path) {
+  return Forward(&ITaviraManager::Restore, path);
+}
+
+int32_t TVMGR_GetSearchedPrinterInfo(int32_t kind, int32_t index, TvmgrFoundPrinter* record,
+                                     uint32_t* count) {
+  return Forward(&ITaviraManager::GetSearchedPrinterInfo, kind, index, record, count);
+}
+
+int32_t TVMGR_GetRegistFileArraySize(int32_t kind, uint32_t* count) {
+  return Forward(&ITaviraManager::GetRegistFileArraySize, kind, count);
+}
+
+int32_t TVMGR_GetRegistFileArrayData(int32_t kind, int32_t index, TvmgrChar* name, uint32_t* length) {
+  return Forward(&ITaviraManager::GetRegistFileArrayData, kind, index, name, length);
+}
+
+int32_t TVMGR_LoadStoredData(const TvmgrChar* name, uint8_t mode, uint32_t timeout_ms) {
+  return Forward(&ITaviraManager::LoadStoredData, name, mode, timeout_ms);
+}
+
+int32_t TVMGR_GetStoredData(uint8_t* buffer, uint32_t* length) {
+  return Forward(&ITaviraManager::GetStoredData, buffer, length);
+}
+
+int32_t TVMGR_UpdatePrefix(uint8_t control, uint8_t format, uint8_t delimiter) {
+  return Forward(&ITaviraManager::UpdatePrefix, control, format, delimiter);
+}
+
+int32_t TVMGR_IsDefaultPrefix(uint8_t* is_default) {
+  return Forward(&ITaviraManager::IsDefaultPrefix, is_default);
+}
+
+int32_t TVMGR_GetPrinterStatus(uint32_t* status) {
+  return Forward(&ITaviraManager::GetPrinterStatus, status);
+}
+
+int32_t TVMGR_DirectSendCommand(const uint8_t* data, int32_t length, bool allow_resolution_change) {
+  return Forward(&ITaviraManager::DirectSendCommand, data, length, allow_resolution_change);
+}
+
+int32_t TVMGR_LoadSettingByList(bool flag) {
+  return Forward(&ITaviraManager::LoadSettingByList, flag);
+}
+
+int32_t TVMGR_UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {
+  return Forward(&CTaviraManager::UpdatePortComInfo, record, port_name);
+}
+
+int32_t TVMGR_GetPrinterDeviceInfo(TvmgrFoundPrinter* record) {
+  return Forward(&CTaviraManager::GetPrinterDeviceInfo, record);
+}
+
+}  // extern "C"

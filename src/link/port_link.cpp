@@ -1,0 +1,93 @@
+#include "link/port_link.h"
+
+#include <new>
+
+namespace tavira {
+namespace {
+
+constexpr const char* kLibraryFile = "Ferrolink.dll";
+
+}  // namespace
+
+void CPortLink::Forget() {
+  Close();
+  entries_.reset();
+  description_.reset();
+}
+
+std::int32_t CPortLink::Start() {
+  Forget();
+  entries_.reset(new (std::nothrow) tagLibraryEntries);
+  if (entries_ == nullptr) {
+    return TVMGR_OUT_OF_MEMORY;
+  }
+  entries_->module = modules_.Load(kLibraryFile);
+  if (entries_->module == nullptr) {
+    return TVMGR_PORT_LIBRARY_MISSING;
+  }
+  const auto find = [this](auto& entry, const char* name) {
+    entry = reinterpret_cast<std::remove_reference_t<decltype(entry)>>(
+        modules_.FindSymbol(entries_->module, name));
+    return entry != nullptr;
+  };
+  entries_->ready = find(entries_->initialize, "Initialize") && find(entries_->terminate, "Terminate") &&
+                    find(entries_->send_data, "SendData") && find(entries_->receive_data, "ReceiveData") &&
+                    find(entries_->clear_receive_data, "ClearReceiveData") &&
+                    find(entries_->get_port_com_index, "GetPortComIndex");
+  return entries_->ready ? TVMGR_OK : TVMGR_PORT_LIBRARY_MISSING;
+}
+
+std::int32_t CPortLink::Open(const tagPortDescription* description) {
+  if (!IsStarted()) {
+    return TVMGR_NOT_INITIALIZED;
+  }
+  if (description == nullptr) {
+    description = description_.get();
+  }
+  if (description == nullptr) {
+    return TVMGR_BAD_ARGUMENT;
+  }
+  const std::int32_t result = IsReady() ? entries_->initialize(description) : TVMGR_PORT_NOT_READY;
+  if (result != TVMGR_OK) {
+    Close();
+  }
+  return result;
+}
+
+void CPortLink::Close() {
+  if (IsReady()) {
+    entries_->terminate();
+  }
+}
+
+std::int32_t CPortLink::Send(std::string_view bytes) {
+  if (!IsReady()) {
+    return TVMGR_PORT_NOT_READY;
+  }
+  return entries_->send_data(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                             static_cast<std::uint32_t>(bytes.size()));
+}
+
+std::int32_t CPortLink::WaitingBytes(std::uint32_t& count) {
+  count = 0;
+  return IsReady() ? entries_->receive_data(nullptr, &count) : TVMGR_PORT_NOT_READY;
+}
+
+std::int32_t CPortLink::Receive(std::uint32_t count) {
+  if (!IsReady()) {
+    return TVMGR_PORT_NOT_READY;
+  }
+  receive_buffer_.resize(count);
+  return entries_->receive_data(reinterpret_cast<std::uint8_t*>(receive_buffer_.data()), &count);
+}
+
+tagPortDescription CPortLink::ExchangeDescription() const {
+  tagPortDescription description;
+  if (description_ != nullptr) {
+    description = *description_;
+  }
+  description.port_type = description.address.View().empty() ? kPortTypeDirect : kPortTypeNetwork;
+  return description;
+}
+
+}  // namespace tavira

@@ -1,0 +1,54 @@
+#include "manager/setting_store.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/fail_fast.h"
+
+namespace tavira {
+
+tagSettingRecord* CSettingStore::FindRecord(std::uint32_t id) {
+  const auto record = std::find_if(values_.begin(), values_.end(),
+                                   [id](const tagSettingRecord& candidate) { return candidate.id == id; });
+  return record == values_.end() ? nullptr : &*record;
+}
+
+const std::string* CSettingStore::FindValue(std::uint32_t id) const {
+  const tagSettingRecord* record = const_cast<CSettingStore*>(this)->FindRecord(id);
+  return record == nullptr ? nullptr : &record->value;
+}
+
+bool CSettingStore::CopyValue(std::uint32_t id, std::uint8_t* buffer, std::int32_t* length) const {
+  const std::string* value = length == nullptr ? nullptr : FindValue(id);
+  if (value == nullptr) {
+    return false;
+  }
+  if (buffer == nullptr) {
+    *length = static_cast<std::int32_t>(value->size());
+    return true;
+  }
+  if (value->empty()) {
+    FailFast();
+  }
+  // The host's length counts, by contract: a silently shorter copy would leave it with bytes it never got.
+  std::memcpy(buffer, value->data(), static_cast<std::size_t>(*length));
+  return true;
+}
+
+void CSettingStore::RefreshValues(std::vector<tagSettingRecord> records) {
+  for (tagSettingRecord& fresh : records) {
+    if (tagSettingRecord* stored = FindRecord(fresh.id)) {
+      stored->value = std::move(fresh.value);
+    }
+  }
+}
+
+void CSettingStore::PutValue(std::uint32_t id, std::string value) {
+  if (tagSettingRecord* stored = FindRecord(id)) {
+    stored->value = std::move(value);
+  } else {
+    values_.push_back({id, std::move(value)});
+  }
+}
+
+}  // namespace tavira

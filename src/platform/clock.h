@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tavira {
+
+/** Time as the module sees it. Tests pass one that `Sleep` advances, so that a time-out costs no real time.
+ */
+class IClock {
+ public:
+  virtual ~IClock() = default;
+
+  /** Milliseconds since some fixed moment; wraps after 2^32 ms. */
+  virtual std::uint32_t TickCount() = 0;
+
+  /** Blocks the calling thread for `ms` milliseconds. */
+  virtual void Sleep(std::uint32_t ms) = 0;
+};
+
+}  // namespace tavira

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/clock.h"
+#include "platform/module_loader.h"
+#include "platform/text_codec.h"
+
+namespace tavira {
+
+/** Everything that the module asks of the system it runs on. Owns its parts; they live as long as it does. */
+class IPlatform {
+ public:
+  virtual ~IPlatform() = default;
+  virtual IClock& Clock() = 0;
+  virtual IModuleLoader& Modules() = 0;
+  virtual ITextCodec& Text() = 0;
+};
+
+/** The platform this program was built for; unit tests link one of their own instead. */
+std::unique_ptr<IPlatform> MakePlatform();
+
+}  // namespace tavira

@@ -1,0 +1,68 @@
+#include "platform/platform.h"
+
+#include <dlfcn.h>
+
+#include <chrono>
+#include <thread>
+
+namespace tavira {
+namespace {
+
+class CPosixClock final : public IClock {
+ public:
+  std::uint32_t TickCount() override {
+    const auto since_start = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint32_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count());
+  }
+  void Sleep(std::uint32_t ms) override { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+};
+
+class CPosixModuleLoader final : public IModuleLoader {
+ public:
+  void* Load(const char* file_name) override { return ::dlopen(file_name, RTLD_NOW | RTLD_LOCAL); }
+  void* FindSymbol(void* module, const char* name) override { return ::dlsym(module, name); }
+};
+
+/** ISO 8859-1 stands in for the ANSI code page: one byte a character, like the code pages of Western Europe.
+ */
+class CLatin1TextCodec final : public ITextCodec {
+ public:
+  std::string ToAnsi(WideView text) override {
+    std::string result;
+    result.reserve(text.size());
+    for (const TvmgrChar character : text) {
+      result.push_back(character < 0x100 ? static_cast<char>(character) : '?');
+    }
+    return result;
+  }
+
+  WideString FromAnsi(std::string_view bytes) override {
+    WideString result;
+    result.reserve(bytes.size());
+    for (const char byte : bytes) {
+      result.push_back(static_cast<TvmgrChar>(static_cast<unsigned char>(byte)));
+    }
+    return result;
+  }
+};
+
+class CPosixPlatform final : public IPlatform {
+ public:
+  IClock& Clock() override { return clock_; }
+  IModuleLoader& Modules() override { return modules_; }
+  ITextCodec& Text() override { return text_; }
+
+ private:
+  CPosixClock clock_;
+  CPosixModuleLoader modules_;
+  CLatin1TextCodec text_;
+};
+
+}  // namespace
+
+std::unique_ptr<IPlatform> MakePlatform() {
+  return std::make_unique<CPosixPlatform>();
+}
+
+}  // namespace tavira

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/wide_string.h"
+
+namespace tavira {
+
+/** Conversion between wide text and the system's ANSI code page, in which the printer and host files are
+ * written. */
+class ITextCodec {
+ public:
+  virtual ~ITextCodec() = default;
+
+  /** Characters that the code page lacks become its replacement character. */
+  virtual std::string ToAnsi(WideView text) = 0;
+
+  virtual WideString FromAnsi(std::string_view bytes) = 0;
+};
+
+}  // namespace tavira

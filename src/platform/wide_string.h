@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tavira/TaviraManager.h"
+
+namespace tavira {
+
+/** UTF-16 text; std::wstring on Windows, so that host and Win32 pointers need no cast. */
+using WideString = std::basic_string<TvmgrChar>;
+using WideView = std::basic_string_view<TvmgrChar>;
+
+/** The wide form of ASCII text. */
+inline WideString WidenAscii(std::string_view ascii) {
+  return WideString(ascii.begin(), ascii.end());
+}
+
+/** The text that a host's pointer names, up to its terminator; empty for null. */
+inline WideView ViewHostText(const TvmgrChar* text) {
+  return text == nullptr ? WideView() : WideView(text);
+}
+
+}  // namespace tavira

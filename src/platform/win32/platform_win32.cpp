@@ -1,0 +1,70 @@
+#include "platform/platform.h"
+
+#include <windows.h>
+
+#include <limits>
+#include <stdexcept>
+
+namespace tavira {
+namespace {
+
+class CWin32Clock final : public IClock {
+ public:
+  std::uint32_t TickCount() override { return ::GetTickCount(); }
+  void Sleep(std::uint32_t ms) override { ::Sleep(ms); }
+};
+
+class CWin32ModuleLoader final : public IModuleLoader {
+ public:
+  void* Load(const char* file_name) override { return ::LoadLibraryW(WidenAscii(file_name).c_str()); }
+
+  void* FindSymbol(void* module, const char* name) override {
+    return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(module), name));
+  }
+};
+
+int CheckedSize(std::size_t size) {
+  if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+    throw std::length_error("text");
+  }
+  return static_cast<int>(size);
+}
+
+class CWin32TextCodec final : public ITextCodec {
+ public:
+  std::string ToAnsi(WideView text) override {
+    const int chars = CheckedSize(text.size());
+    const int bytes = ::WideCharToMultiByte(CP_ACP, 0, text.data(), chars, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(bytes), '\0');
+    ::WideCharToMultiByte(CP_ACP, 0, text.data(), chars, result.data(), bytes, nullptr, nullptr);
+    return result;
+  }
+
+  WideString FromAnsi(std::string_view bytes) override {
+    const int size = CheckedSize(bytes.size());
+    const int chars = ::MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, nullptr, 0);
+    WideString result(static_cast<std::size_t>(chars), L'\0');
+    ::MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, result.data(), chars);
+    return result;
+  }
+};
+
+class CWin32Platform final : public IPlatform {
+ public:
+  IClock& Clock() override { return clock_; }
+  IModuleLoader& Modules() override { return modules_; }
+  ITextCodec& Text() override { return text_; }
+
+ private:
+  CWin32Clock clock_;
+  CWin32ModuleLoader modules_;
+  CWin32TextCodec text_;
+};
+
+}  // namespace
+
+std::unique_ptr<IPlatform> MakePlatform() {
+  return std::make_unique<CWin32Platform>();
+}
+
+}  // namespace tavira

@@ -1,0 +1,184 @@
+#include "support/test_world.h"
+
+#include <algorithm>
+
+#include "support/allocation_faults.h"
+
+namespace tavira::test {
+namespace {
+
+CTestWorld* current = nullptr;
+
+/** One call of the module into the port library: logged, perhaps failed, and outside the count of
+ * allocations. */
+template <typename Action>
+std::int32_t PortCall(EPortCall call, Action action) {
+  const CAllocationPause pause;
+  CTestWorld& world = CTestWorld::Current();
+  world.calls.push_back(call);
+  std::int32_t code = 0;
+  return world.IsToFail(call, code) ? code : action(world.port);
+}
+
+std::int32_t Initialize(const void* description) {
+  return PortCall(EPortCall::kInitialize, [&](auto& port) { return port.Initialize(description); });
+}
+
+std::int32_t Terminate() {
+  return PortCall(EPortCall::kTerminate, [](auto& port) { return port.Terminate(); });
+}
+
+std::int32_t SendData(const std::uint8_t* data, std::uint32_t size) {
+  return PortCall(EPortCall::kSend, [&](auto& port) {
+    if (CTestWorld::Current().before_send) {
+      CTestWorld::Current().before_send();
+    }
+    return port.SendData(data, size);
+  });
+}
+
+std::int32_t ReceiveData(std::uint8_t* buffer, std::uint32_t* size) {
+  return PortCall(buffer == nullptr ? EPortCall::kPoll : EPortCall::kRead,
+                  [&](auto& port) { return port.ReceiveData(buffer, size); });
+}
+
+void NeverCalled() {
+  std::abort();
+}
+
+class CFakeModuleLoader final : public IModuleLoader {
+ public:
+  void* Load(const char* file_name) override {
+    const bool known = std::string_view(file_name) == "Ferrolink.dll";
+    return known && !CTestWorld::Current().library_is_missing ? this : nullptr;
+  }
+
+  void* FindSymbol(void*, const char* name) override {
+    const CAllocationPause pause;
+    CTestWorld& world = CTestWorld::Current();
+    world.symbol_lookups.emplace_back(name);
+    if (world.missing_symbols.contains(name)) {
+      return nullptr;
+    }
+    const std::string_view symbol = name;
+    if (symbol == "Initialize") {
+      return reinterpret_cast<void*>(&Initialize);
+    }
+    if (symbol == "Terminate") {
+      return reinterpret_cast<void*>(&Terminate);
+    }
+    if (symbol == "SendData") {
+      return reinterpret_cast<void*>(&SendData);
+    }
+    if (symbol == "ReceiveData") {
+      return reinterpret_cast<void*>(&ReceiveData);
+    }
+    return reinterpret_cast<void*>(&NeverCalled);
+  }
+};
+
+/** One byte a character, ISO 8859-1. */
+class CFakeTextCodec final : public ITextCodec {
+ public:
+  std::string ToAnsi(WideView text) override {
+    std::string bytes;
+    std::transform(text.begin(), text.end(), std::back_inserter(bytes),
+                   [](TvmgrChar c) { return c < 0x100 ? static_cast<char>(c) : '?'; });
+    return bytes;
+  }
+  WideString FromAnsi(std::string_view bytes) override {
+    WideString text;
+    std::transform(bytes.begin(), bytes.end(), std::back_inserter(text),
+                   [](char c) { return static_cast<TvmgrChar>(static_cast<unsigned char>(c)); });
+    return text;
+  }
+};
+
+class CFakePlatform final : public IPlatform {
+ public:
+  IClock& Clock() override { return CTestWorld::Current().clock; }
+  IModuleLoader& Modules() override { return modules_; }
+  ITextCodec& Text() override { return text_; }
+
+ private:
+  CFakeModuleLoader modules_;
+  CFakeTextCodec text_;
+};
+
+}  // namespace
+
+CTestWorld::CTestWorld()
+    : printer([this] { return clock.Now(); }), port(printer, [this] { return clock.Now(); }) {
+  current = this;
+}
+
+CTestWorld::~CTestWorld() {
+  current = nullptr;
+}
+
+CTestWorld& CTestWorld::Current() {
+  if (current == nullptr) {
+    std::abort();  // the module outlived the test's world
+  }
+  return *current;
+}
+
+int CTestWorld::Count(EPortCall call) const {
+  return static_cast<int>(std::count(calls.begin(), calls.end(), call));
+}
+
+std::vector<std::string> CTestWorld::Sent() const {
+  std::vector<std::string> sent;
+  for (const lxemu::tagExchange& exchange : port.Exchanges()) {
+    sent.push_back(exchange.sent);
+  }
+  return sent;
+}
+
+void CTestWorld::ClearLog() {
+  port.ClearLog();
+  calls.clear();
+}
+
+void CTestWorld::FailCall(std::uint32_t nth, std::int32_t code) {
+  fail_call = nth;
+  fail_code_ = code;
+  call_failed = false;
+  countable_calls_ = 0;
+}
+
+bool CTestWorld::IsToFail(EPortCall call, std::int32_t& code) {
+  if (call == EPortCall::kTerminate || fail_call == 0 || ++countable_calls_ != fail_call) {
+    return false;
+  }
+  code = fail_code_;
+  call_failed = true;
+  return true;
+}
+
+std::string StoredValue(std::int32_t id) {
+  std::int32_t length = 0;
+  if (!TVMGR_GetSettingValue(id, nullptr, &length)) {
+    return "(none)";
+  }
+  std::string value(static_cast<std::size_t>(length), '\0');
+  if (length > 0) {
+    TVMGR_GetSettingValue(id, reinterpret_cast<std::uint8_t*>(value.data()), &length);
+  }
+  return value;
+}
+
+void AppendUpdate(std::uint32_t id, std::string_view value) {
+  TVMGR_SetUpdateList(id, reinterpret_cast<const std::uint8_t*>(value.data()),
+                      static_cast<std::int32_t>(value.size()));
+}
+
+}  // namespace tavira::test
+
+namespace tavira {
+
+std::unique_ptr<IPlatform> MakePlatform() {
+  return std::make_unique<test::CFakePlatform>();
+}
+
+}  // namespace tavira

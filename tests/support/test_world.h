@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "emulator/port_endpoint.h"
+#include "emulator/printer.h"
+#include "platform/platform.h"
+
+namespace tavira::test {
+
+/** A clock that only Sleep advances, so that a time-out of a minute costs nothing. */
+class CVirtualClock final : public IClock {
+ public:
+  std::uint32_t TickCount() override { return static_cast<std::uint32_t>(now_ms_); }
+  void Sleep(std::uint32_t ms) override { now_ms_ += ms; }
+
+  std::uint64_t Now() const { return now_ms_; }
+
+ private:
+  std::uint64_t now_ms_ = 0xFFFFF000;  // wraps in 32 bits after four seconds of every test
+};
+
+/** The kinds of call that the module makes to the port library. */
+enum class EPortCall { kInitialize, kTerminate, kSend, kPoll, kRead };
+
+/**
+ * Everything outside the module for one test: virtual time, the port library's entry points with an emulated
+ * printer behind them, and faults. One at a time; the module's platform and entry points find it by Current.
+ */
+class CTestWorld {
+ public:
+  CTestWorld();
+  ~CTestWorld();
+  CTestWorld(const CTestWorld&) = delete;
+  CTestWorld& operator=(const CTestWorld&) = delete;
+  static CTestWorld& Current();
+
+  CVirtualClock clock;
+  lxemu::CPrinter printer;
+  lxemu::CPortEndpoint port;
+
+  bool library_is_missing = false;
+  std::set<std::string> missing_symbols;
+  std::vector<std::string> symbol_lookups; /**< in the order of the look-ups */
+
+  std::vector<EPortCall> calls;      /**< every call of the module, in order */
+  std::uint32_t fail_call = 0;       /**< see FailCall */
+  bool call_failed = false;          /**< whether the call to fail was reached */
+  std::function<void()> before_send; /**< runs before each send */
+
+  int Count(EPortCall call) const;
+
+  /** The command bytes of every transaction since the log was cleared. */
+  std::vector<std::string> Sent() const;
+
+  void ClearLog();
+
+  /** Gives the Nth Initialize, send, poll or read from now on the result `code` instead of its own. */
+  void FailCall(std::uint32_t nth, std::int32_t code);
+
+  /** Counts one call; true, with the code set, when it is the one to fail. */
+  bool IsToFail(EPortCall call, std::int32_t& code);
+
+ private:
+  std::uint32_t countable_calls_ = 0;
+  std::int32_t fail_code_ = 0;
+};
+
+/** The bytes of a stored setting; what GetSettingValue hands out, or "(none)". */
+std::string StoredValue(std::int32_t id);
+
+/** UTF-16 text for a host's argument. */
+inline WideString Wide(std::string_view ascii) {
+  return WidenAscii(ascii);
+}
+
+/** Sets a pending update from text. */
+void AppendUpdate(std::uint32_t id, std::string_view value);
+
+}  // namespace tavira::test

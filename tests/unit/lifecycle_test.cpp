@@ -1,0 +1,123 @@
+#include "support/module_test.h"
+
+namespace tavira::test {
+namespace {
+
+/** Every export but Initialize and Terminate, called with harmless arguments. */
+const std::vector<std::pair<const char*, std::function<std::int32_t()>>>& Forwarders() {
+  static const std::vector<std::pair<const char*, std::function<std::int32_t()>>> forwarders{
+      {"LoadSetting", [] { return TVMGR_LoadSetting(false, 1); }},
+      {"UpdateBackupInfo", [] { return TVMGR_UpdateBackupInfo(nullptr); }},
+      {"ClearLoadList", [] { return TVMGR_ClearLoadList(); }},
+      {"ClearUpdateList", [] { return TVMGR_ClearUpdateList(); }},
+      {"SetLoadList", [] { return TVMGR_SetLoadList(1); }},
+      {"SetUpdateList", [] { return TVMGR_SetUpdateList(1, nullptr, 0); }},
+      {"UpdatePrinterSetting", [] { return TVMGR_UpdatePrinterSetting(); }},
+      {"UpdatePrinterSettingNoChangeDPI", [] { return TVMGR_UpdatePrinterSettingNoChangeDPI(); }},
+      {"SetExecuteList", [] { return TVMGR_SetExecuteList(TVMGR_OP_NONE, nullptr, 0); }},
+      {"ExecutePrinterOperation", [] { return TVMGR_ExecutePrinterOperation(); }},
+      {"ClearRegistList", [] { return TVMGR_ClearRegistList(); }},
+      {"UpdateRegistList", [] { return TVMGR_UpdateRegistList(0, nullptr, 0, nullptr, 0); }},
+      {"RegistData", [] { return TVMGR_RegistData(); }},
+      {"DeleteData", [] { return TVMGR_DeleteData(); }},
+      {"SearchPort", [] { return TVMGR_SearchPort(nullptr, nullptr, 0); }},
+      {"StartSearchPrinter", [] { return TVMGR_StartSearchPrinter(7, 0); }},
+      {"StopSearchPrinter", [] { return TVMGR_StopSearchPrinter(7); }},
+      {"GetSearchPrinterStatus", [] { return TVMGR_GetSearchPrinterStatus(); }},
+      {"CheckPort", [] { return TVMGR_CheckPort(0); }},
+      {"SetCallbackWnd", [] { return TVMGR_SetCallbackWnd(nullptr); }},
+      {"SendPrnFile", [] { return TVMGR_SendPrnFile(nullptr); }},
+      {"GetDeviceInfo", [] { return TVMGR_GetDeviceInfo(nullptr, nullptr, 0, 0); }},
+      {"Backup", [] { return TVMGR_Backup(0); }},
+      {"Restore", [] { return TVMGR_Restore(nullptr); }},
+      {"GetSearchedPrinterInfo", [] { return TVMGR_GetSearchedPrinterInfo(7, 0, nullptr, nullptr); }},
+      {"GetRegistFileArraySize", [] { return TVMGR_GetRegistFileArraySize(0, nullptr); }},
+      {"GetRegistFileArrayData", [] { return TVMGR_GetRegistFileArrayData(0, 0, nullptr, nullptr); }},
+      {"LoadStoredData", [] { return TVMGR_LoadStoredData(nullptr, 0, 0); }},
+      {"GetStoredData", [] { return TVMGR_GetStoredData(nullptr, nullptr); }},
+      {"UpdatePrefix", [] { return TVMGR_UpdatePrefix('~', '^', ','); }},
+      {"IsDefaultPrefix", [] { return TVMGR_IsDefaultPrefix(nullptr); }},
+      {"GetPrinterStatus", [] { return TVMGR_GetPrinterStatus(nullptr); }},
+      {"DirectSendCommand", [] { return TVMGR_DirectSendCommand(nullptr, 0, false); }},
+      {"LoadSettingByList", [] { return TVMGR_LoadSettingByList(false); }},
+      {"UpdatePortComInfo", [] { return TVMGR_UpdatePortComInfo(nullptr, nullptr); }},
+      {"GetPrinterDeviceInfo", [] { return TVMGR_GetPrinterDeviceInfo(nullptr); }},
+  };
+  return forwarders;
+}
+
+void ExpectNoManager() {
+  for (const auto& [name, call] : Forwarders()) {
+    EXPECT_EQ(TVMGR_NOT_INITIALIZED, call()) << name;
+  }
+  std::int32_t length = 5;
+  EXPECT_FALSE(TVMGR_GetSettingValue(1, nullptr, &length));
+  EXPECT_EQ(5, length);
+}
+
+TEST(LifecycleTest, EveryExportIsHarmlessWithoutAManager) {
+  CTestWorld world;
+  EXPECT_EQ(TVMGR_OK, TVMGR_Terminate());
+  ExpectNoManager();
+  EXPECT_EQ(TVMGR_OK, TVMGR_Initialize());
+  EXPECT_EQ(TVMGR_OK, TVMGR_ClearLoadList());
+  EXPECT_EQ(TVMGR_OK, TVMGR_Terminate());
+  EXPECT_EQ(TVMGR_OK, TVMGR_Terminate());
+  ExpectNoManager();
+}
+
+TEST(LifecycleTest, FixedAnswersAreFixed) {
+  CTestWorld world;
+  TVMGR_Initialize();
+  int anything = 0;
+  EXPECT_EQ(-103, TVMGR_CheckPort(0));
+  EXPECT_EQ(-103, TVMGR_CheckPort(1));
+  EXPECT_EQ(-7, TVMGR_SearchPort(&anything, nullptr, 9));
+  EXPECT_EQ(0, TVMGR_SendPrnFile(&anything));
+  EXPECT_EQ(0, TVMGR_GetDeviceInfo(&anything, &anything, 1, 2));
+  EXPECT_EQ(0, TVMGR_SetCallbackWnd(reinterpret_cast<HWND__*>(&anything)));
+  EXPECT_EQ(0, TVMGR_SetCallbackWnd(nullptr));
+  TVMGR_Terminate();
+}
+
+TEST(LifecycleTest, EntryPointsAreLookedUpInOrderUpToTheFirstMissingOne) {
+  const std::vector<std::string> names{"Initialize",  "Terminate",        "SendData",
+                                       "ReceiveData", "ClearReceiveData", "GetPortComIndex"};
+  for (std::size_t missing = 0; missing <= names.size(); ++missing) {
+    CTestWorld world;
+    const bool complete = missing == names.size();
+    if (!complete) {
+      world.missing_symbols.insert(names[missing]);
+    }
+    EXPECT_EQ(complete ? TVMGR_OK : TVMGR_PORT_LIBRARY_MISSING, TVMGR_Initialize());
+    EXPECT_EQ(std::vector<std::string>(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(std::min(
+                                                                          missing + 1, names.size()))),
+              world.symbol_lookups);
+    EXPECT_EQ(complete ? TVMGR_OK : TVMGR_PORT_NOT_READY, TVMGR_LoadSetting(false, 1)) << missing;
+    std::uint32_t status = 9;
+    EXPECT_EQ(complete ? TVMGR_OK : TVMGR_PORT_NOT_READY, TVMGR_GetPrinterStatus(&status)) << missing;
+    TVMGR_Terminate();
+    if (!complete) {
+      EXPECT_TRUE(world.calls.empty());  // an incomplete library is never called, not even to terminate
+    }
+  }
+}
+
+TEST(LifecycleTest, AMissingLibraryLeavesAManagerThatReportsItself) {
+  CTestWorld world;
+  world.library_is_missing = true;
+  EXPECT_EQ(TVMGR_PORT_LIBRARY_MISSING, TVMGR_Initialize());
+  EXPECT_EQ(TVMGR_OK, TVMGR_SetLoadList(1));
+  EXPECT_EQ(TVMGR_PORT_NOT_READY, TVMGR_LoadSettingByList(false));
+  TVMGR_Terminate();
+}
+
+TEST(LifecycleTest, TerminateEndsThePortLibraryOnce) {
+  CTestWorld world;
+  TVMGR_Initialize();
+  TVMGR_Terminate();
+  EXPECT_EQ((std::vector<EPortCall>{EPortCall::kTerminate}), world.calls);
+}
+
+}  // namespace
+}  // namespace tavira::test

@@ -1,0 +1,50 @@
+#include "support/module_test.h"
+
+namespace tavira::test {
+namespace {
+
+using SettingStoreTest = CModuleTest;
+
+TEST_F(SettingStoreTest, ValuesAreHandedOutByLengthAndThenByBytes) {
+  world_.printer.SetSetting("IMP,S", "abcde");
+  world_.printer.SetSetting("IMF,V", "");
+  LoadAll();
+  std::int32_t length = -1;
+  EXPECT_FALSE(TVMGR_GetSettingValue(1, nullptr, nullptr));
+  EXPECT_FALSE(TVMGR_GetSettingValue(46, nullptr, &length));
+  EXPECT_EQ(-1, length);
+  EXPECT_TRUE(TVMGR_GetSettingValue(1, nullptr, &length));
+  EXPECT_EQ(5, length);
+  std::uint8_t buffer[8] = "xxxxxxx";
+  length = 3;
+  EXPECT_TRUE(TVMGR_GetSettingValue(1, buffer, &length));
+  EXPECT_STREQ("abcxxxx", reinterpret_cast<const char*>(buffer));
+  EXPECT_TRUE(TVMGR_GetSettingValue(2, nullptr, &length));
+  EXPECT_EQ(0, length);
+}
+
+TEST_F(SettingStoreTest, AskingForTheBytesOfAnEmptyValueEndsTheProcess) {
+  world_.printer.SetSetting("IMF,V", "");
+  LoadAll();
+  std::uint8_t byte = 0;
+  std::int32_t length = 1;
+  EXPECT_DEATH(TVMGR_GetSettingValue(2, &byte, &length), "");
+}
+
+TEST_F(SettingStoreTest, UpdateValuesAreCopiedAndBadLengthsAreEmpty) {
+  std::string value = "300";
+  AppendUpdate(3, value);
+  value = "xxx";
+  TVMGR_SetUpdateList(4, nullptr, 10);
+  TVMGR_SetUpdateList(5, reinterpret_cast<const std::uint8_t*>(value.data()), -1);
+  TVMGR_SetUpdateList(12, reinterpret_cast<const std::uint8_t*>(value.data()), 0);
+  AppendUpdate(12, std::string_view("\0,^", 3));
+  TVMGR_UpdatePrinterSettingNoChangeDPI();
+  using std::string_view_literals::operator""sv;
+  EXPECT_EQ(
+      "^XA^S(CLR,Z,300^XZ^XA^S(CLR,P,^XZ^XA^S(CLR,R,^XZ^XA^S(CMP,F,^XZ^XA^S(CMP,F,\0,^^XZ^XA^JUS^XZ^XA^H(E^XZ"sv,
+      world_.Sent().at(1));
+}
+
+}  // namespace
+}  // namespace tavira::test

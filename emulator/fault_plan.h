@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace lxemu {
+
+/// The calls of a port that a fault plan can fail. A poll is ReceiveData without a buffer, a read one with a
+/// buffer.
+enum class PortCall { kInitialize, kSendData, kPoll, kRead };
+
+/// Fails the Nth call of one entry point, counted from the moment the fault joined the plan.
+struct tagCallFault {
+  PortCall call = PortCall::kInitialize;
+  std::uint32_t nth = 1;   ///< 1 is the next call
+  std::int32_t code = -1;  ///< what the call returns instead of doing its work
+  std::uint32_t seen = 0;  ///< calls counted so far; kept by the endpoint
+};
+
+/// What goes wrong between host and printer. The printer itself executes every stream that reaches it.
+/// `Faults() = {}` ends all faults and starts the counts anew.
+struct tagFaultPlan {
+  std::uint32_t latency_ms = 0;              ///< from the send to the moment its whole answer is ready
+  bool silent = false;                       ///< no answer ever arrives
+  std::uint32_t silent_from = 0;             ///< no answer from the Nth send on (1 is the next one), 0: never
+  std::optional<std::size_t> cut_answer_at;  ///< answers end after this many bytes
+  std::vector<tagCallFault> call_faults;     ///< error codes of single calls
+  std::uint32_t sends_seen = 0;              ///< sends counted for silent_from; kept by the endpoint
+};
+
+}  // namespace lxemu

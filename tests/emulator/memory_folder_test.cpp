@@ -1,0 +1,126 @@
+#include "emulator/memory_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "test_printer.h"
+
+namespace lxemu {
+namespace {
+
+namespace fs = std::filesystem;
+
+class MemoryFolder : public testing::Test {
+ protected:
+  MemoryFolder() : folder(fs::temp_directory_path() / ("lxemu_" + std::to_string(std::random_device{}()))) {}
+  ~MemoryFolder() override {
+    std::error_code error;
+    fs::remove_all(folder, error);
+  }
+
+  fs::path folder;
+};
+
+TEST_F(MemoryFolder, KeepsWhatThePrinterKeepsWithoutPower) {
+  {
+    tagTestPrinter first;
+    CMemoryFolder memory(folder);
+    memory.Load(first.printer);
+    first("^XA^S(CLR,Z,300^XZ^XA^JUS^XZ^XA^S(CLR,P,150^XZ");
+    first.printer.SetSetting("CUL,L", std::string("a=b\\\n\xFF"));
+    first(
+        "\x1E"
+        "CT%");  // in force, not saved
+    first.printer.PutFile("E:CON.PNG", std::string("\0\r\n\x1A", 4), true);
+    first.printer.PutFile("Z:\x83g\\1.CNV", "table");
+    first.printer.PutFile("R:TEMP.PNG", "volatile");
+    EXPECT_TRUE(memory.Save(first.printer));
+  }
+  tagTestPrinter second;
+  CMemoryFolder(folder).Load(second.printer);
+  EXPECT_EQ(second.printer.Setting("CLR,Z"), "300");
+  EXPECT_EQ(second.printer.Setting("CLR,P"), "600");
+  EXPECT_EQ(second.printer.Setting("CUL,L"), "a=b\\\n\xFF");
+  EXPECT_EQ(second.printer.Setting("CCC,T"), "25");
+  EXPECT_EQ(second.printer.File("E:CON.PNG"), std::string("\0\r\n\x1A", 4));
+  EXPECT_TRUE(second.printer.IsProtected("E:CON.PNG"));
+  EXPECT_EQ(second.printer.File("Z:\x83g\\1.CNV"), "table");
+  EXPECT_FALSE(second.printer.IsProtected("Z:\x83g\\1.CNV"));
+  EXPECT_EQ(second.printer.File("R:TEMP.PNG"), std::nullopt);
+  second.printer.PowerCycle();
+  EXPECT_EQ(second.printer.Setting("CCC,T"), "7E");
+}
+
+TEST_F(MemoryFolder, WritesOnlyWhatChanged) {
+  tagTestPrinter printer;
+  CMemoryFolder memory(folder);
+  memory.Load(printer.printer);
+  EXPECT_TRUE(memory.Save(printer.printer));
+  EXPECT_FALSE(fs::exists(folder));  // nothing to keep, nothing made
+  printer.printer.PutFile("E:A.PNG", "a");
+  printer.printer.PutFile("E:B.PNG", "b");
+  memory.Save(printer.printer);
+  EXPECT_FALSE(fs::exists(folder / "settings.txt"));
+  // Marks that any rewriting would replace.
+  for (const char* name : {"A.PNG", "B.PNG"}) {
+    std::ofstream(folder / "E" / name) << "mark";
+  }
+  printer.printer.PutFile("E:B.PNG", "c");
+  printer("^XA^S(CLR,Z,300^JUS^XZ");
+  EXPECT_TRUE(memory.Save(printer.printer));
+  EXPECT_EQ(ReadHostFile(folder / "E" / "A.PNG"), "mark");
+  EXPECT_EQ(ReadHostFile(folder / "E" / "B.PNG"), "c");
+  EXPECT_TRUE(fs::exists(folder / "settings.txt"));
+  EXPECT_FALSE(fs::exists(folder / "write.tmp"));
+}
+
+TEST_F(MemoryFolder, RemovesDeletedFilesAlsoWhenTheNameComesBack) {
+  tagTestPrinter printer;
+  CMemoryFolder memory(folder);
+  printer.printer.PutFile("E:A.PNG", "a");
+  printer.printer.PutFile("E:B.PNG", "b", true);
+  memory.Save(printer.printer);
+  printer("^XA^JBE^XZ~DYE:a.png,B,P,3,0,new");
+  EXPECT_TRUE(memory.Save(printer.printer));
+  tagTestPrinter second;
+  CMemoryFolder(folder).Load(second.printer);
+  EXPECT_EQ(second.printer.File("E:A.PNG"), "new");
+  EXPECT_EQ(second.printer.File("E:B.PNG"), std::nullopt);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder / "E"), fs::directory_iterator()), 1);
+}
+
+TEST_F(MemoryFolder, TakesFilesThatSomebodyPutThereAndPassesOverOthers) {
+  fs::create_directories(folder / "E" / "FOLDER.PNG");
+  std::ofstream(folder / "E" / "LOGO.PNG") << "dropped";
+  std::ofstream(folder / "E" / "much too long a name.png") << "x";
+  std::ofstream(folder / "E" / "BAD%.PNG") << "x";
+  std::ofstream(folder / "settings.txt", std::ios::binary)
+      << "CLR,Z=300\r\nnonsense\nXYZ,1=2\nCLR,P=\\q\nCCC,T=zz\n";
+  std::ofstream(folder / "attributes.txt") << "E:LOGO.PNG\nE:NONE.PNG\n";
+  tagTestPrinter printer;
+  CMemoryFolder(folder).Load(printer.printer);
+  EXPECT_EQ(printer.printer.File("E:LOGO.PNG"), "dropped");
+  EXPECT_TRUE(printer.printer.IsProtected("E:LOGO.PNG"));
+  EXPECT_EQ(printer.printer.State().files.Matching('E', "*").size(), 1u);
+  EXPECT_EQ(printer.printer.Setting("CLR,Z"), "300");
+  EXPECT_EQ(printer.printer.Setting("CLR,P"), "600");
+  EXPECT_EQ(printer.printer.Setting("CCC,T"), "7E");
+}
+
+TEST_F(MemoryFolder, ReportsFailureAndTriesAgain) {
+  std::ofstream(folder) << "a file where the folder should be";
+  tagTestPrinter printer;
+  CMemoryFolder memory(folder);
+  memory.Load(printer.printer);
+  printer.printer.PutFile("E:A.PNG", "a");
+  EXPECT_FALSE(memory.Save(printer.printer));
+  fs::remove(folder);
+  EXPECT_TRUE(memory.Save(printer.printer));
+  EXPECT_EQ(ReadHostFile(folder / "E" / "A.PNG"), "a");
+}
+
+}  // namespace
+}  // namespace lxemu

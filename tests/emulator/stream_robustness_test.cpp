@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <random>
+#include <string>
+
+#include "emulator/object_payload.h"
+#include "test_printer.h"
+
+namespace lxemu {
+namespace {
+
+/// Streams of command pieces and random bytes: nearer to real streams than bytes alone.
+std::string RandomStream(std::mt19937& random) {
+  static constexpr std::array kPieces = std::to_array<std::string_view>({"^XA",
+                                                                         "^XZ",
+                                                                         "^S(CLR,Z,",
+                                                                         "~H(CLR,Z",
+                                                                         "^JUS",
+                                                                         "^JUF",
+                                                                         "^H(E",
+                                                                         "^HWE:*",
+                                                                         "^HFE:A",
+                                                                         "^H(YE:A.PNG",
+                                                                         "^IDE:*.?",
+                                                                         "^F(AE:A.PNG,Y",
+                                                                         "^WDE:",
+                                                                         "^DFE:A^FS",
+                                                                         "~DYE:A,B,P,5,0,",
+                                                                         ":B64:QUJD:",
+                                                                         ":Z64:eJw=",
+                                                                         "^CT",
+                                                                         "^CC",
+                                                                         "^CD",
+                                                                         "\x1E"
+                                                                         "CC",
+                                                                         "\x1E"
+                                                                         "CT",
+                                                                         "\x10H(CCC\x1FT",
+                                                                         "^JBE",
+                                                                         "^FX",
+                                                                         ",",
+                                                                         ":",
+                                                                         "^",
+                                                                         "~",
+                                                                         "\x1E",
+                                                                         "\x10"});
+  std::string stream;
+  const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
+  for (unsigned i = below(40); i > 0; --i) {
+    if (below(3) == 0) {
+      stream += static_cast<char>(below(256));
+    } else {
+      stream += kPieces[below(kPieces.size())];
+    }
+  }
+  return stream;
+}
+
+TEST(StreamRobustness, AnyBytesLeaveAPrinterThatStillAnswers) {
+  std::mt19937 random(4100);
+  for (int round = 0; round < 300; ++round) {
+    tagTestPrinter printer;
+    for (int i = 0; i < 20; ++i) {
+      printer.printer.Quirks().strict_prefix = (random() & 7) == 0;
+      printer(RandomStream(random));
+    }
+    printer.printer.Quirks().strict_prefix = false;
+    printer.now += 1'000'000;  // chance may have started a maintenance routine
+    printer(
+        "\x1EXA\x1E"
+        "CT~\x1E"
+        "CC^\x1E"
+        "CD,\x1EXZ");
+    ASSERT_EQ(printer("~H(SMA,S\x10H(CCC\x1FT"), Framed("^S(SMA,S,IL") + Framed("^S(CCC,T,7E")) << round;
+  }
+}
+
+/// Time for a stream made of repeated pieces, in seconds.
+double SecondsFor(const std::string& head, const std::string& piece, std::size_t bytes) {
+  std::string stream = head;
+  while (stream.size() < bytes) {
+    stream += piece;
+  }
+  tagTestPrinter printer;
+  const auto begin = std::chrono::steady_clock::now();
+  printer(stream);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+TEST(StreamRobustness, TimeGrowsWithTheLengthOnly) {
+  const std::pair<std::string, std::string> streams[] = {
+      {"", "^"},
+      {"", "^DF"},
+      {"", "~DYE:A,"},
+      {"", "~DYE:A,B,P,,,"},
+      {"^XA^DFE:A^FS", "^X"},
+      {"", "^FX"},
+      {"", "~H(CL"},
+      {"", "^S(CLR,Z,"},
+      {"", "^IDE:*?*?*?"},
+      {"~DYE:A,B,P,9,0,", ":B64:"},
+      {"", "^CC^"},
+      {"",
+       "\x1E"
+       "CC*"},
+      {"", "~DYE:A,B,P,1,0,x"},
+      {"^XA^S(CUL,L,", "text"},
+  };
+  for (const auto& [head, piece] : streams) {
+    // 64 times the length must not take 64 x 64 times as long; generous, since the machine may be busy.
+    const double small = SecondsFor(head, piece, std::size_t{1} << 12);
+    const double large = SecondsFor(head, piece, std::size_t{1} << 18);
+    EXPECT_LT(large, 64 * 12 * small + 0.5) << head << piece;
+  }
+}
+
+TEST(StreamRobustness, HandlesLargeFilesBothWays) {
+  std::string bytes(std::size_t{8} << 20, '\0');
+  std::mt19937_64 random(1);
+  for (std::size_t i = 0; i + 8 <= bytes.size(); i += 4096) {
+    const std::uint64_t word = random();
+    bytes.replace(i, 8, reinterpret_cast<const char*>(&word), 8);
+  }
+  tagTestPrinter source;
+  ASSERT_TRUE(source.printer.PutFile("E:LARGE.TTF", bytes));
+  const std::string answer = source("^XA^H(YE:LARGE.TTF^XZ");
+  tagTestPrinter target;
+  target("^XA^F(AE:LARGE.TTF,N^XZ\r\n" + answer + "\r\n^XA^F(AE:LARGE.TTF,Y^XZ\r\n");
+  const tagStoredFile* file = target.printer.State().files.Find({'E', "LARGE.TTF"});
+  ASSERT_NE(file, nullptr);
+  EXPECT_TRUE(file->bytes == bytes);
+  EXPECT_TRUE(file->is_protected);
+}
+
+TEST(StreamRobustness, SmallCompressedUploadsCannotFillTheHost) {
+  std::string bomb;
+  AppendPayload(bomb, std::string(std::size_t{4} << 20, 'x'), true);
+  tagTestPrinter printer;
+  printer.printer.Quirks().device_capacity = (std::uint64_t{4} << 20) - 1;
+  printer("~DYE:A,B,P,1,0," + bomb);
+  EXPECT_EQ(printer.printer.File("E:A.PNG"), std::nullopt);
+  EXPECT_EQ(printer.printer.Counts().refused, 1u);
+  printer.printer.Quirks().device_capacity += 1;
+  printer("~DYE:A,B,P,1,0," + bomb);
+  EXPECT_NE(printer.printer.File("E:A.PNG"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace lxemu

@@ -1,0 +1,104 @@
+#include "storage/base64.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+
+#include "base64_reference.h"
+
+namespace tavira::test {
+namespace {
+
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view kJunk{"=\r\n :-_.\0\x7F\x80\xC1\xFF", 13};
+
+class CInputs {
+ public:
+  char Character() { return kAlphabet[random_() % kAlphabet.size()]; }
+  char Junk() { return kJunk[random_() % kJunk.size()]; }
+  bool OneIn(unsigned n) { return random_() % n == 0; }
+
+  /** `length` bytes, each of which `is_junk` may turn into junk by its place. */
+  std::string Make(std::size_t length, const std::function<bool(std::size_t)>& is_junk) {
+    std::string text(length, '\0');
+    for (std::size_t i = 0; i < length; ++i) {
+      text[i] = is_junk(i) ? Junk() : Character();
+    }
+    return text;
+  }
+
+ private:
+  std::minstd_rand random_{20240229};
+};
+
+TEST(Base64Test, KnownTexts) {
+  const struct {
+    std::string_view text;
+    std::string_view bytes;
+  } cases[] = {
+      {"", ""},
+      {"TWFu", "Man"},
+      {"TWE=", "Ma"},
+      {"TQ==", "M"},
+      {"TWE", "Ma"},
+      {"TQ", "M"},
+      {"TWFuT", "Man"},  // a single character left over carries no whole byte
+      {"TW\r\nFu", "Man"},
+      {"TQ==TWFu", "M\x4D\x61"},  // the filler ends nothing: "TQTW" and "Fu"
+      {"=T-W F:u", "Man"},
+      {"====", ""},
+  };
+  for (const auto& [text, bytes] : cases) {
+    if (text == "TQ==TWFu") {
+      EXPECT_EQ(DecodeBase64OneByOne(text), DecodeBase64(text));
+    } else {
+      EXPECT_EQ(bytes, DecodeBase64(text)) << text;
+    }
+  }
+  const std::string all = DecodeBase64(kAlphabet);
+  ASSERT_EQ(48U, all.size());
+  EXPECT_EQ(std::string("\x00\x10\x83", 3), all.substr(0, 3));
+  EXPECT_EQ("\xFB\xFE\xFF\xBF"[0], DecodeBase64("+/7/")[0]);
+}
+
+TEST(Base64Test, EveryByteOutsideTheAlphabetIsPassedOver) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const char c = static_cast<char>(byte);
+    if (kAlphabet.find(c) == kAlphabet.npos) {
+      for (std::size_t at = 0; at <= 4; ++at) {
+        std::string text = "TWFu";
+        text.insert(at, 1, c);
+        EXPECT_EQ("Man", DecodeBase64(text)) << byte << " at " << at;
+      }
+    }
+  }
+}
+
+TEST(Base64Test, AgreesWithTheOneCharacterReferenceOnEveryKindOfInput) {
+  CInputs inputs;
+  const std::vector<std::pair<const char*, std::function<bool(std::size_t)>>> kinds{
+      {"clean", [](std::size_t) { return false; }},
+      {"lines of 76", [](std::size_t i) { return i % 78 >= 76; }},
+      {"lines of 61", [](std::size_t i) { return i % 62 == 61; }},
+      {"sparse junk", [&](std::size_t) { return inputs.OneIn(40); }},
+      {"half junk", [&](std::size_t) { return inputs.OneIn(2); }},
+      {"dense junk", [&](std::size_t) { return !inputs.OneIn(50); }},
+      {"all junk", [](std::size_t) { return true; }},
+      {"junk runs", [](std::size_t i) { return i % 3000 > 1000; }},
+      {"junk of the length that gives up a lone group", [](std::size_t i) { return i % 13 > 4; }},
+  };
+  std::vector<std::size_t> lengths{1020, 1021, 1024, 1025, 1027, 1028, 1029, 2047, 2048, 2052, 4097, 20011};
+  for (std::size_t length = 0; length < 90; ++length) {
+    lengths.push_back(length);
+  }
+  for (const auto& [kind, is_junk] : kinds) {
+    for (const std::size_t length : lengths) {
+      const std::string text = inputs.Make(length, is_junk);
+      ASSERT_EQ(DecodeBase64OneByOne(text), DecodeBase64(text)) << kind << ", " << length << " bytes";
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tavira::test

@@ -680,14 +680,56 @@ int32_t TVMGR_DeleteData(void);
  */
 /* Backup and restore */
 
-/** Stores what TVMGR_Backup is to write; the record is copied. Null changes nothing. @retval 0 @retval -2 No
- * manager. */
+/**
+ * Stores what TVMGR_Backup is to write; the record is copied.
+ *
+ * @param info  null changes nothing.
+ * @retval 0   Stored.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory; the earlier information is unchanged.
+ */
 int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info);
 
-/** Backup is not available in this version. @retval -7 Always. @retval -2 No manager. */
+/**
+ * Writes the printer's settings and stored files to one file on the host: the printer's own commands, which
+ * TVMGR_Restore sends back.
+ *
+ * The file is created or emptied, then written piece by piece (header, settings, one piece for each stored
+ * file, trailer), closed after each; nothing else is touched. Settings and file names are those loaded last:
+ * use reload 1 unless TVMGR_LoadSetting(true, 0) has just run. Files on device E: only. A failure after the
+ * header keeps the finished pieces and still ends the file with the trailer. Blocks for the load (reload 1)
+ * and up to one transaction for each stored file.
+ *
+ * @param reload  1 loads everything from the printer first; every other value does not.
+ * @retval 0    Complete.
+ * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -2   No manager or no port link.
+ * @retval -3   Out of memory; what was written is closed by the trailer.
+ * @retval -7   No path (nothing was done), or no section flag is 1 (the file is empty).
+ * @retval -10  A stored file came back with a payload that cannot be decoded.
+ * @retval -63  The file cannot be created, opened again or written (a full disk).
+ * @retval 4    The file is past 1 GiB; no more pieces were added, the trailer was.
+ * @retval other  Ferrolink.dll's own code while loading or fetching a file.
+ */
 int32_t TVMGR_Backup(uint8_t reload);
 
-/** Restore is not available in this version. @retval -7 Always. @retval -2 No manager. */
+/**
+ * Sends a backup file back to the printer, whole and unchecked, in one send, then loads everything.
+ *
+ * Inside the resolution guard; then 1 s, setting 84 as the guard captured it, save, full load. Waits up to 60
+ * s for the printer's answer to the file; on a network port with a file above 20 MiB one minute for each 20
+ * MiB and one more, at most 50 minutes. Needs memory for the file once, plus 10 bytes. TRAP: a printer that
+ * stays silent is no error: compare the loaded values, or back up again and compare the files.
+ *
+ * @param path  the backup file.
+ * @retval 0    Sent, and everything was loaded again. Also for an empty file (nothing was sent).
+ * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -2   No manager or no port link.
+ * @retval -63  The file does not exist or cannot be opened; nothing was sent.
+ * @retval -65  The file cannot be read whole, or there is no memory for it; nothing was sent.
+ * @retval other  Ferrolink.dll's own code while sending (the printer may have taken part of the file) or
+ * loading.
+ */
 int32_t TVMGR_Restore(const TvmgrChar* path);
 
 /* ----------------------------------------------------------------------------------------------------------------

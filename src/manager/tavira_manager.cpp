@@ -20,6 +20,8 @@ CTaviraManager::CTaviraManager(std::unique_ptr<IPlatform> platform)
       prefix_(port_, store_, loader_),
       status_(port_),
       operations_(port_, store_, guard_, full_load_, files_, background_),
+      backup_(port_, store_, full_load_, files_, stored_data_, *platform_),
+      restore_(port_, guard_, full_load_, platform_->Files()),
       selection_(port_, spooler_) {}
 
 std::int32_t CTaviraManager::UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {
@@ -38,8 +40,9 @@ bool CTaviraManager::GetSettingValue(std::int32_t id, std::uint8_t* buffer, std:
   return store_.CopyValue(static_cast<std::uint32_t>(id), buffer, length);
 }
 
-std::int32_t CTaviraManager::UpdateBackupInfo(const TvmgrBackupInfo*) {
-  return TVMGR_BAD_ARGUMENT;
+std::int32_t CTaviraManager::UpdateBackupInfo(const TvmgrBackupInfo* info) {
+  backup_.SetInfo(info);
+  return TVMGR_OK;
 }
 
 std::int32_t CTaviraManager::ClearLoadList() {
@@ -132,12 +135,12 @@ std::int32_t CTaviraManager::GetDeviceInfo(void*, void*, std::uint32_t, std::uin
   return TVMGR_OK;
 }
 
-std::int32_t CTaviraManager::Backup(std::uint8_t) {
-  return TVMGR_BAD_ARGUMENT;
+std::int32_t CTaviraManager::Backup(std::uint8_t reload) {
+  return backup_.Run(reload);
 }
 
-std::int32_t CTaviraManager::Restore(const TvmgrChar*) {
-  return TVMGR_BAD_ARGUMENT;
+std::int32_t CTaviraManager::Restore(const TvmgrChar* path) {
+  return restore_.Run(path);
 }
 
 std::int32_t CTaviraManager::GetSearchedPrinterInfo(std::int32_t, std::int32_t, TvmgrFoundPrinter*,

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "backup/backup.h"
+#include "backup/restore.h"
 #include "discovery/port_selection.h"
 #include "link/printer_port.h"
 #include "manager/itavira_manager.h"
@@ -87,6 +89,8 @@ class CTaviraManager final : public ITaviraManager {
   CPrefixOperations prefix_;
   CPrinterStatus status_;
   CPrinterOperations operations_;
+  CBackup backup_;
+  CRestore restore_;
   CNoSpoolerLookup spooler_;
   CPortSelection selection_;
 };

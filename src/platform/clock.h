@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 
 namespace tavira {
 
@@ -15,6 +16,9 @@ class IClock {
 
   /** Blocks the calling thread for `ms` milliseconds. */
   virtual void Sleep(std::uint32_t ms) = 0;
+
+  /** The host's local date and time. */
+  virtual std::tm LocalTime() = 0;
 };
 
 }  // namespace tavira

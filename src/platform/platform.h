@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/clock.h"
+#include "platform/file_system.h"
 #include "platform/module_loader.h"
 #include "platform/text_codec.h"
 
@@ -15,6 +16,7 @@ class IPlatform {
   virtual IClock& Clock() = 0;
   virtual IModuleLoader& Modules() = 0;
   virtual ITextCodec& Text() = 0;
+  virtual IFileSystem& Files() = 0;
 };
 
 /** The platform this program was built for; unit tests link one of their own instead. */

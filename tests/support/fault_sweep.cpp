@@ -24,6 +24,7 @@ void ExpectInvariants(const tagSweptOperation& operation, CTestWorld& world) {
     operation.check(world);
   }
   world.fail_call = 0;
+  world.fail_file_call = 0;
   EXPECT_EQ(TVMGR_OK, TVMGR_LoadSetting(true, 0)) << "the manager is no longer usable";
   EXPECT_EQ(world.printer.Setting("IMP,S"), StoredValue(TVMGR_SETTING_IMP_S));
 }
@@ -68,6 +69,15 @@ void SweepPortCalls(const tagSweptOperation& operation) {
     world.FailCall(nth, kInjectedCode);
     const std::int32_t result = operation.run();
     reached = world.call_failed;
+    return result;
+  });
+}
+
+void SweepFileCalls(const tagSweptOperation& operation) {
+  Sweep(operation, [&](CTestWorld& world, std::uint32_t nth, bool& reached) {
+    world.fail_file_call = nth;
+    const std::int32_t result = operation.run();
+    reached = world.file_calls.size() >= nth;
     return result;
   });
 }

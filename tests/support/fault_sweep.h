@@ -31,4 +31,7 @@ void SweepPortCalls(const tagSweptOperation& operation);
 /** The same with the Nth allocation. */
 void SweepAllocations(const tagSweptOperation& operation);
 
+/** The same with the Nth call to the host's file system. */
+void SweepFileCalls(const tagSweptOperation& operation);
+
 }  // namespace tavira::test

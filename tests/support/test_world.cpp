@@ -94,15 +94,69 @@ class CFakeTextCodec final : public ITextCodec {
   }
 };
 
+class CFaultyFile final : public IHostFile {
+ public:
+  explicit CFaultyFile(std::unique_ptr<IHostFile> file) : file_(std::move(file)) {}
+  bool SeekToEnd(std::uint64_t& size) override { return !Fails(EFileCall::kSeek) && file_->SeekToEnd(size); }
+  bool GetSize(std::uint64_t& size) override { return !Fails(EFileCall::kSize) && file_->GetSize(size); }
+  bool Write(std::string_view bytes) override {
+    if (Fails(EFileCall::kWrite)) {
+      file_->Write(bytes.substr(0, bytes.size() / 2));  // as a full disk does
+      return false;
+    }
+    return file_->Write(bytes);
+  }
+  bool Read(std::span<char> buffer, std::size_t& got) override {
+    return !Fails(EFileCall::kRead) && file_->Read(buffer, got);
+  }
+  bool Close() override {
+    const bool fails = Fails(EFileCall::kClose);
+    return file_->Close() && !fails;
+  }
+
+ private:
+  static bool Fails(EFileCall call) { return CTestWorld::Current().IsToFail(call); }
+
+  std::unique_ptr<IHostFile> file_;
+};
+
+/** The real file system with the world's file faults. */
+class CFaultyFileSystem final : public IFileSystem {
+ public:
+  std::unique_ptr<IHostFile> Create(const WideString& path) override {
+    return Wrap(EFileCall::kCreate, [&] { return files_->Create(path); });
+  }
+  std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) override {
+    return Wrap(EFileCall::kOpen, [&] { return files_->OpenForWriting(path); });
+  }
+  std::unique_ptr<IHostFile> OpenForReading(const WideString& path) override {
+    return Wrap(EFileCall::kOpen, [&] { return files_->OpenForReading(path); });
+  }
+
+ private:
+  template <typename Open>
+  static std::unique_ptr<IHostFile> Wrap(EFileCall call, Open open) {
+    if (CTestWorld::Current().IsToFail(call)) {
+      return nullptr;
+    }
+    std::unique_ptr<IHostFile> file = open();
+    return file == nullptr ? nullptr : std::make_unique<CFaultyFile>(std::move(file));
+  }
+
+  std::unique_ptr<IFileSystem> files_ = MakeFileSystem();
+};
+
 class CFakePlatform final : public IPlatform {
  public:
   IClock& Clock() override { return CTestWorld::Current().clock; }
   IModuleLoader& Modules() override { return modules_; }
   ITextCodec& Text() override { return text_; }
+  IFileSystem& Files() override { return files_; }
 
  private:
   CFakeModuleLoader modules_;
   CFakeTextCodec text_;
+  CFaultyFileSystem files_;
 };
 
 }  // namespace
@@ -138,6 +192,7 @@ std::vector<std::string> CTestWorld::Sent() const {
 void CTestWorld::ClearLog() {
   port.ClearLog();
   calls.clear();
+  file_calls.clear();
 }
 
 void CTestWorld::FailCall(std::uint32_t nth, std::int32_t code) {
@@ -154,6 +209,12 @@ bool CTestWorld::IsToFail(EPortCall call, std::int32_t& code) {
   code = fail_code_;
   call_failed = true;
   return true;
+}
+
+bool CTestWorld::IsToFail(EFileCall call) {
+  const CAllocationPause pause;
+  file_calls.push_back(call);
+  return fail_file_call != 0 && file_calls.size() == fail_file_call;
 }
 
 std::string StoredValue(std::int32_t id) {

@@ -17,6 +17,17 @@ class CVirtualClock final : public IClock {
  public:
   std::uint32_t TickCount() override { return static_cast<std::uint32_t>(now_ms_); }
   void Sleep(std::uint32_t ms) override { now_ms_ += ms; }
+  /** 5 April 2026, 13:07:09. */
+  std::tm LocalTime() override {
+    std::tm local{};
+    local.tm_year = 126;
+    local.tm_mon = 3;
+    local.tm_mday = 5;
+    local.tm_hour = 13;
+    local.tm_min = 7;
+    local.tm_sec = 9;
+    return local;
+  }
 
   std::uint64_t Now() const { return now_ms_; }
 
@@ -26,6 +37,9 @@ class CVirtualClock final : public IClock {
 
 /** The kinds of call that the module makes to the port library. */
 enum class EPortCall { kInitialize, kTerminate, kSend, kPoll, kRead };
+
+/** The kinds of call that the module makes to the host's file system. */
+enum class EFileCall { kCreate, kOpen, kSeek, kSize, kWrite, kRead, kClose };
 
 /**
  * Everything outside the module for one test: virtual time, the port library's entry points with an emulated
@@ -50,6 +64,8 @@ class CTestWorld {
   std::vector<EPortCall> calls;      /**< every call of the module, in order */
   std::uint32_t fail_call = 0;       /**< see FailCall */
   bool call_failed = false;          /**< whether the call to fail was reached */
+  std::vector<EFileCall> file_calls; /**< likewise, of files */
+  std::size_t fail_file_call = 0;    /**< fails the Nth of them since the log was cleared; 0 none */
   std::function<void()> before_send; /**< runs before each send */
 
   int Count(EPortCall call) const;
@@ -64,6 +80,9 @@ class CTestWorld {
 
   /** Counts one call; true, with the code set, when it is the one to fail. */
   bool IsToFail(EPortCall call, std::int32_t& code);
+
+  /** Logs one file call; true when it is the one to fail. */
+  bool IsToFail(EFileCall call);
 
  private:
   std::uint32_t countable_calls_ = 0;

@@ -16,6 +16,13 @@ class CPosixClock final : public IClock {
         std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count());
   }
   void Sleep(std::uint32_t ms) override { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+
+  std::tm LocalTime() override {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    return local;
+  }
 };
 
 class CPosixModuleLoader final : public IModuleLoader {
@@ -52,11 +59,13 @@ class CPosixPlatform final : public IPlatform {
   IClock& Clock() override { return clock_; }
   IModuleLoader& Modules() override { return modules_; }
   ITextCodec& Text() override { return text_; }
+  IFileSystem& Files() override { return *files_; }
 
  private:
   CPosixClock clock_;
   CPosixModuleLoader modules_;
   CLatin1TextCodec text_;
+  std::unique_ptr<IFileSystem> files_ = MakeFileSystem();
 };
 
 }  // namespace

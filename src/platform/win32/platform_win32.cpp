@@ -12,6 +12,13 @@ class CWin32Clock final : public IClock {
  public:
   std::uint32_t TickCount() override { return ::GetTickCount(); }
   void Sleep(std::uint32_t ms) override { ::Sleep(ms); }
+
+  std::tm LocalTime() override {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_s(&local, &now);
+    return local;
+  }
 };
 
 class CWin32ModuleLoader final : public IModuleLoader {
@@ -54,11 +61,13 @@ class CWin32Platform final : public IPlatform {
   IClock& Clock() override { return clock_; }
   IModuleLoader& Modules() override { return modules_; }
   ITextCodec& Text() override { return text_; }
+  IFileSystem& Files() override { return *files_; }
 
  private:
   CWin32Clock clock_;
   CWin32ModuleLoader modules_;
   CWin32TextCodec text_;
+  std::unique_ptr<IFileSystem> files_ = MakeFileSystem();
 };
 
 }  // namespace

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/file_system.h"
+
+namespace tavira {
+
+/**
+ * A host file that grows by whole pieces and is closed after each, so that a failure or the end of the
+ * process leaves the finished ones as they are. Results: 0, −63, or 4 when the file is past 1 GiB.
+ */
+class CBackupFile {
+ public:
+  CBackupFile(IFileSystem& files, WideString path) : files_(files), path_(std::move(path)) {}
+
+  /** Creates the file or empties it. */
+  std::int32_t Create();
+
+  /** Opens the file, adds the bytes at its end, closes it. No bytes: does nothing. */
+  std::int32_t Append(std::string_view bytes);
+
+  /** As Append, whatever the file's size: for the trailer that ends every backup. */
+  std::int32_t AppendTrailer(std::string_view bytes);
+
+ private:
+  std::int32_t Append(std::string_view bytes, std::uint64_t largest_size);
+
+  IFileSystem& files_;
+  WideString path_;
+};
+
+}  // namespace tavira

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "platform/wide_string.h"
+
+namespace tavira {
+
+/**
+ * One open file of the host, unbuffered: each operation is one call to the system, so that what a piecewise
+ * writer has finished survives the end of the process. Closed at the end of its life at the latest.
+ */
+class IHostFile {
+ public:
+  virtual ~IHostFile() = default;
+
+  /** `size` receives the file's length in bytes; the position is then its end. */
+  virtual bool SeekToEnd(std::uint64_t& size) = 0;
+
+  /** `size` receives the file's length in bytes; the position stays. */
+  virtual bool GetSize(std::uint64_t& size) = 0;
+
+  /** Writes all bytes at the position, or fails. */
+  virtual bool Write(std::string_view bytes) = 0;
+
+  /** Fills `buffer` from the position; `got` receives the bytes read, fewer only at the file's end. */
+  virtual bool Read(std::span<char> buffer, std::size_t& got) = 0;
+
+  virtual bool Close() = 0;
+};
+
+/** Files of the host by path; paths beyond ASCII and beyond 260 characters are taken whole or refused. */
+class IFileSystem {
+ public:
+  virtual ~IFileSystem() = default;
+
+  /** Creates the file or empties it; open for writing. Null when that fails. */
+  virtual std::unique_ptr<IHostFile> Create(const WideString& path) = 0;
+
+  /** Opens an existing file for reading and writing as it is. Null when that fails. */
+  virtual std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) = 0;
+
+  /** Opens an existing file for reading. Null when that fails. */
+  virtual std::unique_ptr<IHostFile> OpenForReading(const WideString& path) = 0;
+};
+
+/** The file system of the platform this program was built for. */
+std::unique_ptr<IFileSystem> MakeFileSystem();
+
+}  // namespace tavira

@@ -1,0 +1,91 @@
+#include "platform/file_system.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <utility>
+
+namespace tavira {
+namespace {
+
+class CPosixFile final : public IHostFile {
+ public:
+  explicit CPosixFile(int descriptor) : descriptor_(descriptor) {}
+  ~CPosixFile() override { Close(); }
+  CPosixFile(const CPosixFile&) = delete;
+  CPosixFile& operator=(const CPosixFile&) = delete;
+
+  bool SeekToEnd(std::uint64_t& size) override {
+    const off_t position = ::lseek(descriptor_, 0, SEEK_END);
+    size = static_cast<std::uint64_t>(position);
+    return position >= 0;
+  }
+
+  bool GetSize(std::uint64_t& size) override {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+      return false;
+    }
+    size = static_cast<std::uint64_t>(status.st_size);
+    return true;
+  }
+
+  bool Write(std::string_view bytes) override {
+    while (!bytes.empty()) {
+      const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+      if (written <= 0) {
+        return false;
+      }
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+  }
+
+  bool Read(std::span<char> buffer, std::size_t& got) override {
+    got = 0;
+    while (got < buffer.size()) {
+      const ssize_t read = ::read(descriptor_, buffer.data() + got, buffer.size() - got);
+      if (read < 0) {
+        return false;
+      }
+      if (read == 0) {
+        break;
+      }
+      got += static_cast<std::size_t>(read);
+    }
+    return true;
+  }
+
+  bool Close() override {
+    const int descriptor = std::exchange(descriptor_, -1);
+    return descriptor == -1 || ::close(descriptor) == 0;
+  }
+
+ private:
+  int descriptor_;
+};
+
+class CPosixFileSystem final : public IFileSystem {
+ public:
+  std::unique_ptr<IHostFile> Create(const WideString& path) override {
+    return Open(path, O_WRONLY | O_CREAT | O_TRUNC);
+  }
+  std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) override { return Open(path, O_RDWR); }
+  std::unique_ptr<IHostFile> OpenForReading(const WideString& path) override { return Open(path, O_RDONLY); }
+
+ private:
+  static std::unique_ptr<IHostFile> Open(const WideString& path, int flags) {
+    const int descriptor = ::open(std::filesystem::path(path).c_str(), flags | O_CLOEXEC, 0666);
+    return descriptor < 0 ? nullptr : std::make_unique<CPosixFile>(descriptor);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<IFileSystem> MakeFileSystem() {
+  return std::make_unique<CPosixFileSystem>();
+}
+
+}  // namespace tavira

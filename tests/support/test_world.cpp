@@ -214,6 +214,9 @@ bool CTestWorld::IsToFail(EPortCall call, std::int32_t& code) {
 bool CTestWorld::IsToFail(EFileCall call) {
   const CAllocationPause pause;
   file_calls.push_back(call);
+  if (before_file_call) {
+    before_file_call();
+  }
   return fail_file_call != 0 && file_calls.size() == fail_file_call;
 }
 

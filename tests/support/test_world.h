@@ -61,12 +61,13 @@ class CTestWorld {
   std::set<std::string> missing_symbols;
   std::vector<std::string> symbol_lookups; /**< in the order of the look-ups */
 
-  std::vector<EPortCall> calls;      /**< every call of the module, in order */
-  std::uint32_t fail_call = 0;       /**< see FailCall */
-  bool call_failed = false;          /**< whether the call to fail was reached */
-  std::vector<EFileCall> file_calls; /**< likewise, of files */
-  std::size_t fail_file_call = 0;    /**< fails the Nth of them since the log was cleared; 0 none */
-  std::function<void()> before_send; /**< runs before each send */
+  std::vector<EPortCall> calls;           /**< every call of the module, in order */
+  std::uint32_t fail_call = 0;            /**< see FailCall */
+  bool call_failed = false;               /**< whether the call to fail was reached */
+  std::vector<EFileCall> file_calls;      /**< likewise, of files */
+  std::size_t fail_file_call = 0;         /**< fails the Nth of them since the log was cleared; 0 none */
+  std::function<void()> before_file_call; /**< runs before each file call */
+  std::function<void()> before_send;      /**< runs before each send */
 
   int Count(EPortCall call) const;
 

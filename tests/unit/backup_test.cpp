@@ -58,6 +58,24 @@ TEST_F(BackupTest, EveryPieceIsOneOpenSeekWriteClose) {
       world_.file_calls);
 }
 
+TEST_F(BackupTest, AtEveryFileCallTheFileHoldsWholePieces) {
+  world_.printer.PutFile("E:A.PNG", "a");
+  world_.printer.PutFile("E:B.ZPL", "^FDb^FS");
+  LoadAll();
+  std::vector<std::string> snapshots;
+  world_.before_file_call = [&] { snapshots.push_back(file_.Read()); };
+  EXPECT_EQ(TVMGR_OK, Backup(ChooseAll));
+  world_.before_file_call = nullptr;
+  const std::string whole = file_.Read();
+  EXPECT_LE(20U, snapshots.size());
+  for (const std::string& snapshot : snapshots) {  // what the end of the process would leave
+    EXPECT_TRUE(snapshot.empty() || snapshot.ends_with("\r\n")) << snapshot;
+    ASSERT_TRUE(whole.starts_with(snapshot)) << snapshot;
+    const std::string_view rest = std::string_view(whole).substr(snapshot.size());
+    EXPECT_TRUE(rest.empty() || rest.starts_with("^FX") || rest == kBackupTrailer) << rest;
+  }
+}
+
 TEST_F(BackupTest, BadRequestsFailAsDocumented) {
   TvmgrBackupInfo info{};
   info.settings = 1;

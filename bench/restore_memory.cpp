@@ -61,6 +61,10 @@ class CBenchPlatform final : public tavira::IPlatform {
   tavira::IModuleLoader& Modules() override { return modules_; }
   tavira::ITextCodec& Text() override { return real_->Text(); }
   tavira::IFileSystem& Files() override { return real_->Files(); }
+  tavira::ISockets& Sockets() override { return real_->Sockets(); }
+  tavira::IUsbTree& Usb() override { return real_->Usb(); }
+  tavira::IRegistryKey& LocalMachine() override { return real_->LocalMachine(); }
+  tavira::IProfileFile& Profiles() override { return real_->Profiles(); }
 
  private:
   CInstantClock clock_;

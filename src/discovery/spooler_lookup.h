@@ -16,11 +16,4 @@ class ISpoolerLookup {
   virtual WideString FindPortName(const tagFoundPrinter& printer) = 0;
 };
 
-/** Knows no ports: a port name reaches the port library as it is. */
-class CNoSpoolerLookup final : public ISpoolerLookup {
- public:
-  void FillFromPort(WideView, tagFoundPrinter&) override {}
-  WideString FindPortName(const tagFoundPrinter&) override { return {}; }
-};
-
 }  // namespace tavira

@@ -7,7 +7,8 @@
 
 namespace tavira {
 
-/** One USB printer interface of this machine; texts are empty and numbers 0 where something could not be read. */
+/** One USB printer interface of this machine; texts are empty and numbers 0 where something could not be
+ * read. */
 struct tagUsbRawEntry {
   WideString instance_id;  /**< of the device that has the printer interface */
   WideString device_path;  /**< the port library opens it */

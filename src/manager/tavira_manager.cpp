@@ -22,6 +22,8 @@ CTaviraManager::CTaviraManager(std::unique_ptr<IPlatform> platform)
       operations_(port_, store_, guard_, full_load_, files_, background_),
       backup_(port_, store_, full_load_, files_, stored_data_, *platform_),
       restore_(port_, guard_, full_load_, platform_->Files()),
+      module_settings_(platform_->Profiles()),
+      spooler_(platform_->LocalMachine(), platform_->Usb(), module_settings_),
       selection_(port_, spooler_) {}
 
 std::int32_t CTaviraManager::UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {

@@ -4,7 +4,9 @@
 
 #include "backup/backup.h"
 #include "backup/restore.h"
+#include "discovery/module_settings.h"
 #include "discovery/port_selection.h"
+#include "discovery/spooler_ports.h"
 #include "link/printer_port.h"
 #include "manager/itavira_manager.h"
 #include "manager/setting_store.h"
@@ -91,7 +93,8 @@ class CTaviraManager final : public ITaviraManager {
   CPrinterOperations operations_;
   CBackup backup_;
   CRestore restore_;
-  CNoSpoolerLookup spooler_;
+  CModuleSettings module_settings_;
+  CSpoolerPorts spooler_;
   CPortSelection selection_;
 };
 

@@ -5,7 +5,11 @@
 #include "platform/clock.h"
 #include "platform/file_system.h"
 #include "platform/module_loader.h"
+#include "platform/profile_file.h"
+#include "platform/registry.h"
+#include "platform/sockets.h"
 #include "platform/text_codec.h"
+#include "platform/usb_tree.h"
 
 namespace tavira {
 
@@ -17,6 +21,10 @@ class IPlatform {
   virtual IModuleLoader& Modules() = 0;
   virtual ITextCodec& Text() = 0;
   virtual IFileSystem& Files() = 0;
+  virtual ISockets& Sockets() = 0;
+  virtual IUsbTree& Usb() = 0;
+  virtual IRegistryKey& LocalMachine() = 0;
+  virtual IProfileFile& Profiles() = 0;
 };
 
 /** The platform this program was built for; unit tests link one of their own instead. */

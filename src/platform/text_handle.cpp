@@ -71,9 +71,9 @@ TvmgrTextManager* ModuleClone(TvmgrTextManager* manager) {
   return manager;
 }
 
-constinit const TvmgrTextManagerFunctions module_functions{ModuleAllocate, ModuleFree, ModuleReallocate,
+constinit const TvmgrTextManagerFunctions kModuleFunctions{ModuleAllocate, ModuleFree, ModuleReallocate,
                                                            ModuleGetNilString, ModuleClone};
-constinit TvmgrTextManager module_manager{&module_functions};
+constinit TvmgrTextManager module_manager{&kModuleFunctions};
 
 TvmgrText NewText(TvmgrTextManager* manager, WideView text) {
   if (text.size() >= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {

@@ -12,7 +12,7 @@ constexpr std::string_view kObjectCommand = "~DY";
 constexpr std::string_view kFormatCommand = "^DF";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-constexpr std::uint64_t kBytesPerExtraMinute = 20U * 1024 * 1024;
+constexpr std::uint64_t kBytesPerExtraMinute = std::uint64_t{20} << 20;
 constexpr std::uint64_t kMsPerMinute = 60000;
 constexpr std::uint64_t kLongestTimeoutMs = 50 * kMsPerMinute;
 

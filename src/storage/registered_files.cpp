@@ -5,7 +5,6 @@
 #include <stdexcept>
 
 #include "command/fixed_commands.h"
-#include "command/text.h"
 #include "platform/fail_fast.h"
 #include "storage/directory_parser.h"
 
@@ -33,14 +32,6 @@ std::size_t IndexOf(std::int32_t list) {
   const auto found = std::find_if(kListCommands.begin(), kListCommands.end(),
                                   [list](const tagListCommand& candidate) { return candidate.list == list; });
   return static_cast<std::size_t>(found - kListCommands.begin());
-}
-
-bool EqualsIgnoringCase(WideView left, WideView right) {
-  const auto fold = [](TvmgrChar c) {
-    return c < 0x80 ? static_cast<TvmgrChar>(FoldCase(static_cast<char>(c))) : c;
-  };
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [fold](TvmgrChar a, TvmgrChar b) { return fold(a) == fold(b); });
 }
 
 }  // namespace

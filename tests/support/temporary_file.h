@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -15,9 +15,8 @@ namespace tavira::test {
 class CTemporaryFile {
  public:
   CTemporaryFile() {
-    static std::atomic<int> count = 0;
-    const auto unique = std::filesystem::path(u8"tavira_\u00e4\u00f6_" + Number(count++) + u8"_" +
-                                              Number(reinterpret_cast<std::uintptr_t>(this)) + u8".bak");
+    const auto unique = std::filesystem::path(u8"tavira_\u00e4\u00f6_" + Number(std::random_device()()) +
+                                              u8"_" + Number(std::random_device()()) + u8".bak");
     path_ = std::filesystem::temp_directory_path() / unique;
     text_ = path_.string<TvmgrChar>();
     std::ofstream(path_, std::ios::binary | std::ios::app).close();
@@ -42,7 +41,7 @@ class CTemporaryFile {
   }
 
  private:
-  static std::u8string Number(std::uintptr_t number) {
+  static std::u8string Number(unsigned number) {
     const std::string digits = std::to_string(number);
     return {digits.begin(), digits.end()};
   }

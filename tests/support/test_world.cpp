@@ -152,11 +152,19 @@ class CFakePlatform final : public IPlatform {
   IModuleLoader& Modules() override { return modules_; }
   ITextCodec& Text() override { return text_; }
   IFileSystem& Files() override { return files_; }
+  ISockets& Sockets() override { return *sockets_; }
+  IUsbTree& Usb() override { return *usb_; }
+  IRegistryKey& LocalMachine() override { return *local_machine_; }
+  IProfileFile& Profiles() override { return *profiles_; }
 
  private:
   CFakeModuleLoader modules_;
   CFakeTextCodec text_;
   CFaultyFileSystem files_;
+  std::unique_ptr<ISockets> sockets_ = MakeSockets();
+  std::unique_ptr<IUsbTree> usb_ = MakeUsbTree();
+  std::unique_ptr<IRegistryKey> local_machine_ = MakeLocalMachine();
+  std::unique_ptr<IProfileFile> profiles_ = MakeProfileFile();
 };
 
 }  // namespace

@@ -60,12 +60,20 @@ class CPosixPlatform final : public IPlatform {
   IModuleLoader& Modules() override { return modules_; }
   ITextCodec& Text() override { return text_; }
   IFileSystem& Files() override { return *files_; }
+  ISockets& Sockets() override { return *sockets_; }
+  IUsbTree& Usb() override { return *usb_; }
+  IRegistryKey& LocalMachine() override { return *local_machine_; }
+  IProfileFile& Profiles() override { return *profiles_; }
 
  private:
   CPosixClock clock_;
   CPosixModuleLoader modules_;
   CLatin1TextCodec text_;
   std::unique_ptr<IFileSystem> files_ = MakeFileSystem();
+  std::unique_ptr<ISockets> sockets_ = MakeSockets();
+  std::unique_ptr<IUsbTree> usb_ = MakeUsbTree();
+  std::unique_ptr<IRegistryKey> local_machine_ = MakeLocalMachine();
+  std::unique_ptr<IProfileFile> profiles_ = MakeProfileFile();
 };
 
 }  // namespace

@@ -1,0 +1,44 @@
+#!/bin/bash
+# Checks that the public header compiles alone, as C and C++, with every compiler at hand and no warning.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+
+header=include/tavira/TaviraManager.h
+warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+count=0 failed=0
+
+# A source file, not the header itself: included twice, and each inline function instantiated by its address.
+cat >"$work/alone.c" <<'SOURCE'
+#include <tavira/TaviraManager.h>
+#include <tavira/TaviraManager.h>
+size_t (*text_length)(TvmgrText) = TvmgrTextLength;
+void (*text_release)(TvmgrText*) = TvmgrTextRelease;
+void (*printer_release)(TvmgrFoundPrinter*) = TvmgrFoundPrinterRelease;
+SOURCE
+cp "$work/alone.c" "$work/alone.cpp"
+
+compile() {
+  local compiler=$1 standard=$2 source=$3
+  command -v "$compiler" >/dev/null || return 0
+  count=$((count + 1))
+  "$compiler" -std="$standard" "${warnings[@]}" -Iinclude -fsyntax-only "$source" || {
+    echo "$header:1: $compiler -std=$standard does not accept it"
+    failed=1
+  }
+}
+
+for compiler in gcc x86_64-w64-mingw32-gcc-posix clang; do
+  compile "$compiler" c11 "$work/alone.c"
+done
+for compiler in g++ x86_64-w64-mingw32-g++-posix clang++; do
+  compile "$compiler" c++17 "$work/alone.cpp"
+  compile "$compiler" c++20 "$work/alone.cpp"
+done
+if ((count == 0)); then
+  echo "public_header: no compiler found"
+  failed=1
+fi
+((failed)) || echo "public_header: compiles alone in $count ways"
+exit "$failed"

@@ -736,16 +736,58 @@ int32_t TVMGR_Restore(const TvmgrChar* path);
  */
 /* Finding printers */
 
-/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+/**
+ * Starts a search for printers and returns; a worker thread ends the search after 3 s.
+ *
+ * An earlier search is waited for first (up to 3 s, longer while it asks printers that have fallen silent).
+ * USB: the printers are listed at once. Network: one datagram to 255.255.255.255, port 3289; printers
+ * announce themselves while the search runs and are asked for their names when it ends. Results are there
+ * once the status is 0.
+ *
+ * @param kind     a value of enum TvmgrSearchKind.
+ * @param timeout  not used: a search always takes 3 s.
+ * @retval 0   Running: the status is 1.
+ * @retval -1  The worker thread could not be started; end the search with TVMGR_StopSearchPrinter.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory.
+ * @retval -7  No such kind. A worker runs all the same, and the status ends at 0.
+ * @retval -9  No network: the socket could not be opened or the datagram not be sent. As above.
+ */
 int32_t TVMGR_StartSearchPrinter(uint32_t kind, uint32_t timeout);
 
-/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+/**
+ * Ends a search before its time and makes its results. May be called from another thread than the start.
+ *
+ * Network: asks each printer that has announced itself for its names, in two exchanges; a printer that has
+ * fallen silent since costs up to 18 s.
+ *
+ * @param kind  the kind that was started.
+ * @retval 0   The results are made, the status is 0.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory; the results are incomplete.
+ * @retval -7  No such kind.
+ */
 int32_t TVMGR_StopSearchPrinter(uint32_t kind);
 
-/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+/** @retval 1 A search runs. @retval 0 None does. @retval -2 No manager. */
 int32_t TVMGR_GetSearchPrinterStatus(void);
 
-/** The printer search is not available in this version. @retval -7 Always. @retval -2 No manager. */
+/**
+ * Reads the results of the last search of a kind.
+ *
+ * Waits while the results are being made. Never talks to a printer.
+ *
+ * @param kind    a value of enum TvmgrSearchKind.
+ * @param index   from 0; beyond the last printer nothing is copied. TRAP: a negative index with a record
+ * raises std::invalid_argument.
+ * @param record  receives the printer; may be null. Its earlier texts are released; release the new ones
+ * after use.
+ * @param count   receives the number of printers found; may be null.
+ * @retval 0   Done; compare index and count.
+ * @retval -2  No manager.
+ * @retval -3  Out of memory; the record is unchanged.
+ * @retval -7  No such kind.
+ */
 int32_t TVMGR_GetSearchedPrinterInfo(int32_t kind, int32_t index, TvmgrFoundPrinter* record, uint32_t* count);
 
 /* ----------------------------------------------------------------------------------------------------------------

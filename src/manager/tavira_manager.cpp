@@ -24,6 +24,8 @@ CTaviraManager::CTaviraManager(std::unique_ptr<IPlatform> platform)
       restore_(port_, guard_, full_load_, platform_->Files()),
       module_settings_(platform_->Profiles()),
       spooler_(platform_->LocalMachine(), platform_->Usb(), module_settings_),
+      usb_printers_(platform_->Usb(), module_settings_, platform_->Text()),
+      search_(platform_->Sockets(), platform_->Clock(), platform_->Text(), usb_printers_),
       selection_(port_, spooler_) {}
 
 std::int32_t CTaviraManager::UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {
@@ -109,16 +111,16 @@ std::int32_t CTaviraManager::SearchPort(void*, void*, std::uint32_t) {
   return TVMGR_BAD_ARGUMENT;
 }
 
-std::int32_t CTaviraManager::StartSearchPrinter(std::uint32_t, std::uint32_t) {
-  return TVMGR_BAD_ARGUMENT;
+std::int32_t CTaviraManager::StartSearchPrinter(std::uint32_t kind, std::uint32_t timeout) {
+  return search_.Start(kind, timeout);
 }
 
-std::int32_t CTaviraManager::StopSearchPrinter(std::uint32_t) {
-  return TVMGR_BAD_ARGUMENT;
+std::int32_t CTaviraManager::StopSearchPrinter(std::uint32_t kind) {
+  return search_.Stop(kind);
 }
 
 std::int32_t CTaviraManager::GetSearchPrinterStatus() {
-  return TVMGR_BAD_ARGUMENT;
+  return search_.Status();
 }
 
 std::int32_t CTaviraManager::CheckPort(std::uint32_t) {
@@ -145,9 +147,9 @@ std::int32_t CTaviraManager::Restore(const TvmgrChar* path) {
   return restore_.Run(path);
 }
 
-std::int32_t CTaviraManager::GetSearchedPrinterInfo(std::int32_t, std::int32_t, TvmgrFoundPrinter*,
-                                                    std::uint32_t*) {
-  return TVMGR_BAD_ARGUMENT;
+std::int32_t CTaviraManager::GetSearchedPrinterInfo(std::int32_t kind, std::int32_t index,
+                                                    TvmgrFoundPrinter* record, std::uint32_t* count) {
+  return search_.GetInfo(kind, index, record, count);
 }
 
 std::int32_t CTaviraManager::GetRegistFileArraySize(std::int32_t kind, std::uint32_t* count) {

@@ -6,7 +6,9 @@
 #include "backup/restore.h"
 #include "discovery/module_settings.h"
 #include "discovery/port_selection.h"
+#include "discovery/printer_search.h"
 #include "discovery/spooler_ports.h"
+#include "discovery/usb_enumeration.h"
 #include "link/printer_port.h"
 #include "manager/itavira_manager.h"
 #include "manager/setting_store.h"
@@ -95,6 +97,8 @@ class CTaviraManager final : public ITaviraManager {
   CRestore restore_;
   CModuleSettings module_settings_;
   CSpoolerPorts spooler_;
+  CUsbEnumeration usb_printers_;
+  CPrinterSearch search_;
   CPortSelection selection_;
 };
 

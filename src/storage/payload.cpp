@@ -75,7 +75,7 @@ void CompleteFormatName(std::string& format, std::string_view requested_name) {
   const std::size_t field = command + kDownloadFormat.size();
   const std::size_t field_end = std::min(format.find_first_of(kNameEnds, field), format.size());
   const std::size_t begin = std::min(format.find_first_not_of(kBlanks, field), field_end);
-  const std::size_t end = std::min(format.find_first_of(kBlanks, begin), field_end);
+  const std::size_t end = begin == field_end ? begin : format.find_last_not_of(kBlanks, field_end - 1) + 1;
   std::string name = format.substr(begin, end - begin);
   if (name.size() < 2 || name[1] != ':') {
     name.insert(0, kDevice);

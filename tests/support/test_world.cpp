@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "link/port_description.h"
 #include "support/allocation_faults.h"
 
 namespace tavira::test {
@@ -20,7 +21,7 @@ std::int32_t PortCall(EPortCall call, Action action) {
   return world.IsToFail(call, code) ? code : action(world.port);
 }
 
-std::int32_t Initialize(const void* description) {
+std::int32_t Initialize(const tagPortDescription* description) {
   return PortCall(EPortCall::kInitialize, [&](auto& port) { return port.Initialize(description); });
 }
 

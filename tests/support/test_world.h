@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <set>
@@ -32,7 +33,7 @@ class CVirtualClock final : public IClock {
   std::uint64_t Now() const { return now_ms_; }
 
  private:
-  std::uint64_t now_ms_ = 0xFFFFF000;  // wraps in 32 bits after four seconds of every test
+  std::atomic<std::uint64_t> now_ms_ = 0xFFFFF000;  // wraps in 32 bits after four seconds of every test
 };
 
 /** The kinds of call that the module makes to the port library. */

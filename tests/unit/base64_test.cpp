@@ -45,16 +45,12 @@ TEST(Base64Test, KnownTexts) {
       {"TQ", "M"},
       {"TWFuT", "Man"},  // a single character left over carries no whole byte
       {"TW\r\nFu", "Man"},
-      {"TQ==TWFu", "M\x4D\x61"},  // the filler ends nothing: "TQTW" and "Fu"
+      {"TQ==TWFu", "M\x04\xD6\x16"},  // the filler ends nothing: "TQTW" and "Fu"
       {"=T-W F:u", "Man"},
       {"====", ""},
   };
   for (const auto& [text, bytes] : cases) {
-    if (text == "TQ==TWFu") {
-      EXPECT_EQ(DecodeBase64OneByOne(text), DecodeBase64(text));
-    } else {
-      EXPECT_EQ(bytes, DecodeBase64(text)) << text;
-    }
+    EXPECT_EQ(bytes, DecodeBase64(text)) << text;
   }
   const std::string all = DecodeBase64(kAlphabet);
   ASSERT_EQ(48U, all.size());

@@ -40,9 +40,14 @@ TEST(DirectoryParserTest, ReadsNameAndMarkFromTheirColumns) {
 
 TEST(DirectoryParserTest, TheNameIsTheFieldUpToItsFirstBlank) {
   const std::pair<std::string_view, std::string_view> cases[] = {
-      {"ABCDEFGH.PNG", "ABCDEFGH.PNG"}, {"ABCDEFGH.PNGX", "ABCDEFGH.PNG"}, {"A.B", "A.B"},
-      {"AB  .PNG", "AB"},               {" A.PNG", ""},                    {"", ""},
-      {"\xC4\xFF.PNG", "\xC4\xFF.PNG"}, {"A\tB.PNG", "A\tB.PNG"},
+      {"ABCDEFGH.PNG", "ABCDEFGH.PNG"},
+      {"ABCDEFGH.PNGX", "ABCDEFGH.PNG"},
+      {"A.B", "A.B"},
+      {"AB  .PNG", "AB"},
+      {" A.PNG", ""},
+      {"", ""},
+      {"\xC4\xFF.PNG", "\xC4\xFF.PNG"},
+      {"A\tB.PNG", "A\tB.PNG"},
   };
   for (const auto& [field, name] : cases) {
     EXPECT_EQ(Names{std::string(name)}, NamesOf(Line(field))) << field;
@@ -51,8 +56,11 @@ TEST(DirectoryParserTest, TheNameIsTheFieldUpToItsFirstBlank) {
 
 TEST(DirectoryParserTest, SkipsWhatIsNoFileLineAndGoesOn) {
   const std::string skipped[] = {
-      Line("R.PNG", ' ', 'R'),     Line("LOWER.PNG", ' ', 'e'), Line("SHORT.PNG", ' ', 'E', 29),
-      "E:MOVED.PNG                      ", "x",
+      Line("R.PNG", ' ', 'R'),
+      Line("LOWER.PNG", ' ', 'e'),
+      Line("SHORT.PNG", ' ', 'E', 29),
+      "E:MOVED.PNG                      ",
+      "x",
   };
   for (const std::string& line : skipped) {
     EXPECT_EQ((Names{"B.PNG", "C.CNV"}),

@@ -21,8 +21,8 @@ inline const std::string kBackgroundUpload = "^XA^H(YE:KORVDEF.BGD^XZ";
 /** One side of the resolution guard. */
 inline std::string GuardWrite(const std::string& first, const std::string& second, const std::string& third,
                               const std::string& mode) {
-  return "^XA^S(CLR,Z," + first + "^XZ^XA^S(CLR,P," + second + "^XZ^XA^S(CLR,R," + third +
-         "^XZ^XA^S(CMP,U," + mode + "^XZ" + kSaving;
+  return "^XA^S(CLR,Z," + first + "^XZ^XA^S(CLR,P," + second + "^XZ^XA^S(CLR,R," + third + "^XZ^XA^S(CMP,U," +
+         mode + "^XZ" + kSaving;
 }
 
 /** The same where the resolutions must not be changed. */

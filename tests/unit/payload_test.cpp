@@ -70,7 +70,8 @@ TEST(PayloadTest, AFormatGetsTheDeviceAndTheExtensionItLacks) {
       {"^XA^dfLABEL^XZ", "LABEL.FMT", "^XA^dfLABEL^XZ"},
       {"no format", "LABEL.FMT", "no format"},
       {"", "LABEL.FMT", ""},
-      {"\x02\r\n^XA ^DFE:A.ZPL^FS^FD,\r\n ^FS^XZ\x03", "A.ZPL", "\x02\r\n^XA ^DFE:A.ZPL^FS^FD,\r\n ^FS^XZ\x03"},
+      {"\x02\r\n^XA ^DFE:A.ZPL^FS^FD,\r\n ^FS^XZ\x03", "A.ZPL",
+       "\x02\r\n^XA ^DFE:A.ZPL^FS^FD,\r\n ^FS^XZ\x03"},
   };
   for (const auto& [format, requested, completed] : cases) {
     std::string text(format);

@@ -12,10 +12,15 @@ namespace {
 
 class CPosixFile final : public IHostFile {
  public:
-  explicit CPosixFile(int descriptor) : descriptor_(descriptor) {}
+  CPosixFile() = default;
   ~CPosixFile() override { Close(); }
   CPosixFile(const CPosixFile&) = delete;
   CPosixFile& operator=(const CPosixFile&) = delete;
+
+  bool Open(const std::filesystem::path& path, int flags) {
+    descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
+    return descriptor_ >= 0;
+  }
 
   bool SeekToEnd(std::uint64_t& size) override {
     const off_t position = ::lseek(descriptor_, 0, SEEK_END);
@@ -64,7 +69,7 @@ class CPosixFile final : public IHostFile {
   }
 
  private:
-  int descriptor_;
+  int descriptor_ = -1;
 };
 
 class CPosixFileSystem final : public IFileSystem {
@@ -77,8 +82,8 @@ class CPosixFileSystem final : public IFileSystem {
 
  private:
   static std::unique_ptr<IHostFile> Open(const WideString& path, int flags) {
-    const int descriptor = ::open(std::filesystem::path(path).c_str(), flags | O_CLOEXEC, 0666);
-    return descriptor < 0 ? nullptr : std::make_unique<CPosixFile>(descriptor);
+    auto file = std::make_unique<CPosixFile>();  // before the descriptor: it must not be lost when memory is
+    return file->Open(path, flags) ? std::move(file) : nullptr;
   }
 };
 

@@ -13,10 +13,16 @@ constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
 class CWin32File final : public IHostFile {
  public:
-  explicit CWin32File(HANDLE handle) : handle_(handle) {}
+  CWin32File() = default;
   ~CWin32File() override { Close(); }
   CWin32File(const CWin32File&) = delete;
   CWin32File& operator=(const CWin32File&) = delete;
+
+  bool Open(const WideString& path, DWORD access, DWORD share, DWORD disposition) {
+    handle_ =
+        ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return handle_ != INVALID_HANDLE_VALUE;
+  }
 
   bool SeekToEnd(std::uint64_t& size) override {
     LARGE_INTEGER position{};
@@ -70,7 +76,7 @@ class CWin32File final : public IHostFile {
  private:
   static DWORD Transfer(std::size_t size) { return static_cast<DWORD>(std::min(size, kLargestTransfer)); }
 
-  HANDLE handle_;
+  HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
 /** The form of a path that the system takes at any length: absolute, with the prefix that lifts its limit. */
@@ -103,9 +109,8 @@ class CWin32FileSystem final : public IFileSystem {
  private:
   static std::unique_ptr<IHostFile> Open(const WideString& path, DWORD access, DWORD share,
                                          DWORD disposition) {
-    const HANDLE handle = ::CreateFileW(UnlimitedPath(path).c_str(), access, share, nullptr, disposition,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr);
-    return handle == INVALID_HANDLE_VALUE ? nullptr : std::make_unique<CWin32File>(handle);
+    auto file = std::make_unique<CWin32File>();  // before the handle: it must not be lost when memory is
+    return file->Open(UnlimitedPath(path), access, share, disposition) ? std::move(file) : nullptr;
   }
 };
 

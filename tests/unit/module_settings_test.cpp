@@ -1,0 +1,75 @@
+#include "discovery/module_settings.h"
+
+#include <gtest/gtest.h>
+
+#include "discovery_fakes.h"
+
+namespace tavira::test {
+namespace {
+
+std::vector<WideString> WideList(std::initializer_list<std::string_view> texts) {
+  std::vector<WideString> list;
+  for (const std::string_view text : texts) {
+    list.push_back(WidenAscii(text));
+  }
+  return list;
+}
+
+TEST(ModuleSettingsTest, ListsHoldWhatStandsUnderTheKeys0To19) {
+  CMemoryProfile profile;
+  profile.values = {{"SupportPrinter/0", "first"},         {"SupportPrinter/5", "second"},
+                    {"SupportPrinter/19", "third"},        {"SupportPrinter/20", "never"},
+                    {"SupportPrinter/05", "never either"}, {"SupportDriver/10", "driver"}};
+  const CModuleSettings settings(profile);
+  tagSupportedNames names{WideList({"stale"}), WideList({"stale"})};
+  EXPECT_EQ(0, settings.ReadSupportedNames(names));
+  EXPECT_EQ(WideList({"first", "second", "third"}), names.printers);
+  EXPECT_EQ(WideList({"driver"}), names.drivers);
+  profile.values.clear();
+  EXPECT_EQ(0, settings.ReadSupportedNames(names));
+  EXPECT_TRUE(names.printers.empty() && names.drivers.empty());
+}
+
+TEST(ModuleSettingsTest, ValuesAreCutToTheirBuffers) {
+  CMemoryProfile profile;
+  profile.values = {{"SupportPrinter/0", std::string(400, 'p')},
+                    {"Search/UserUSBHubName", std::string(400, 'h')}};
+  const CModuleSettings settings(profile);
+  tagSupportedNames names;
+  settings.ReadSupportedNames(names);
+  EXPECT_EQ(259U, names.printers.at(0).size());
+  EXPECT_EQ(63U, settings.UserHubName().size());
+}
+
+TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
+  const std::string deep = "C:\\" + std::string(244, 'd');  // the file's path: 257 characters
+  struct tagCase {
+    std::string module;
+    std::string file;  // empty: there is no path
+  };
+  const tagCase cases[] = {{"C:\\Tools\\Label\\TaviraManager.dll", "\\Tools\\Label\\Setting.ini"},
+                           {"D:TaviraManager.dll", "Setting.ini"},
+                           {"C:\\TaviraManager.dll", "\\Setting.ini"},
+                           {"\\\\server\\share\\TaviraManager.dll", "\\\\server\\share\\Setting.ini"},
+                           {"C:/a/b\\c.d/TaviraManager.dll", "/a/b\\c.d/Setting.ini"},
+                           {deep + "\\T.dll", deep.substr(2) + "\\Setting.ini"},
+                           {deep + "dd\\T.dll", deep.substr(2) + "dd\\Setting.ini"},
+                           {deep + "ddd\\T.dll", ""},
+                           {deep + std::string(40, 'd') + "\\T.dll", ""},
+                           {"", ""}};
+  for (const tagCase& entry : cases) {
+    CMemoryProfile profile;
+    profile.module_path = WidenAscii(entry.module);
+    profile.values = {{"SupportPrinter/0", "printer"}, {"Search/UserUSBHubName", "hub"}};
+    const CModuleSettings settings(profile);
+    tagSupportedNames names{WideList({"kept"}), {}};
+    EXPECT_EQ(entry.file.empty() ? -1 : 0, settings.ReadSupportedNames(names)) << entry.module;
+    EXPECT_EQ(WideList({entry.file.empty() ? "kept" : "printer"}), names.printers);
+    EXPECT_EQ(entry.file.empty() ? "" : "hub", settings.UserHubName());
+    EXPECT_EQ(entry.file.empty() ? std::set<WideString>() : std::set<WideString>{WidenAscii(entry.file)},
+              profile.paths);
+  }
+}
+
+}  // namespace
+}  // namespace tavira::test

@@ -1,0 +1,140 @@
+#include "discovery/spooler_ports.h"
+
+#include <gtest/gtest.h>
+
+#include "discovery_fakes.h"
+
+namespace tavira::test {
+namespace {
+
+tagMemoryKey Values(std::map<std::string, std::string> texts) {
+  return {{}, std::move(texts), {}};
+}
+
+tagMemoryKey Path(std::initializer_list<std::string> names, tagMemoryKey key) {
+  for (auto name = std::rbegin(names); name != std::rend(names); ++name) {
+    tagMemoryKey above;
+    above.subkeys.emplace_back(*name, std::move(key));
+    key = std::move(above);
+  }
+  return key;
+}
+
+tagRecordedInterface UsbPrinter(std::string path, std::optional<tagMemoryKey> parameters) {
+  return {EUsbInterface::kPrinter, "USB\\LX\\1", std::move(path), std::move(parameters)};
+}
+
+/** A machine with network ports, USB printers and installed printers. */
+class SpoolerPortsTest : public ::testing::Test {
+ protected:
+  SpoolerPortsTest() {
+    tagMemoryKey ports;
+    ports.subkeys = {{"IP_192.0.2.7", Values({{"IPAddress", "192.0.2.7"}, {"HostName", "label-7"}})},
+                     {"Warehouse", Values({{"IPAddress", ""}, {"HostName", "Warehouse.example"}})},
+                     {"Broken", Values({})},
+                     {"IP_192.0.2.7_1", Values({{"HostName", "192.0.2.7"}})},
+                     {"Third", Values({{"IPAddress", "192.0.2.7"}})}};
+    usb_.interfaces = {
+        UsbPrinter("\\\\?\\usb#one", tagMemoryKey{{}, {{"Base Name", "USB"}}, {{"Port Number", 1}}}),
+        UsbPrinter("\\\\?\\usb#none", std::nullopt),
+        UsbPrinter("\\\\?\\usb#unnumbered", tagMemoryKey{{}, {{"Base Name", "USB"}}, {}}),
+        UsbPrinter("\\\\?\\usb#twelve", tagMemoryKey{{}, {}, {{"Port Number", 12}}}),
+        UsbPrinter("\\\\?\\usb#dot4", tagMemoryKey{{}, {{"Base Name", "DOT4_"}}, {{"Port Number", 1}}}),
+        UsbPrinter("\\\\?\\usb#many", tagMemoryKey{{}, {}, {{"Port Number", 1234}}})};
+    root_ = Path({"SYSTEM", "CurrentControlSet", "Control", "Print"},
+                 {{{"Monitors", Path({"Standard TCP/IP Port", "Ports"}, ports)}, {"Printers", {}}}, {}, {}});
+  }
+
+  void Install(const std::string& name, const std::string& port, const std::string& driver) {
+    tagMemoryKey* key = &root_;
+    for (const std::size_t place : {0, 0, 0, 0, 1}) {
+      key = &key->subkeys[place].second;
+    }
+    key->subkeys.emplace_back(name, Values({{"Port", port}, {"Printer Driver", driver}}));
+  }
+
+  std::pair<WideString, WideString> Fill(std::string_view port_name) {
+    CMemoryRegistryKey machine(root_);
+    tagFoundPrinter printer;
+    CSpoolerPorts(machine, usb_, settings_).FillFromPort(WidenAscii(port_name), printer);
+    return {printer.text3, printer.text5};
+  }
+
+  WideString Find(std::string_view device_path, std::string_view address) {
+    CMemoryRegistryKey machine(root_);
+    tagFoundPrinter printer;
+    printer.text3 = WidenAscii(device_path);
+    printer.text5 = WidenAscii(address);
+    return CSpoolerPorts(machine, usb_, settings_).FindPortName(printer);
+  }
+
+  tagMemoryKey root_;
+  CRecordedUsbTree usb_;
+  CMemoryProfile profile_;
+  CModuleSettings settings_{profile_};
+};
+
+TEST_F(SpoolerPortsTest, APortNameGivesThePathOrAddressBehindIt) {
+  struct tagCase {
+    const char* port_name;
+    const char* device_path;
+    const char* address;
+  };
+  const tagCase cases[] = {{"IP_192.0.2.7", "", "192.0.2.7"},
+                           {"Warehouse", "", "Warehouse.example"},
+                           {"Broken", "", ""},
+                           {"USB001", "\\\\?\\usb#one", ""},
+                           {"usb012", "\\\\?\\usb#twelve", ""},
+                           {"DOT4_001", "\\\\?\\usb#dot4", ""},
+                           {"USB1234", "\\\\?\\usb#many", ""},
+                           {"USB1", "", ""},
+                           {"USB002", "", ""},
+                           {"LPT1:", "", ""},
+                           {"", "", ""}};
+  for (const tagCase& entry : cases) {
+    const auto [device_path, address] = Fill(entry.port_name);
+    EXPECT_EQ(WidenAscii(entry.device_path), device_path) << entry.port_name;
+    EXPECT_EQ(WidenAscii(entry.address), address) << entry.port_name;
+  }
+}
+
+TEST_F(SpoolerPortsTest, ARecordGivesThePortOfItsAddressOrPath) {
+  EXPECT_EQ(WidenAscii("Warehouse"), Find("", "WAREHOUSE.EXAMPLE"));
+  EXPECT_EQ(WidenAscii("IP_192.0.2.7"), Find("", "LABEL-7"));
+  EXPECT_EQ(WidenAscii("USB001"), Find("\\\\?\\USB#ONE", ""));
+  EXPECT_EQ(WidenAscii("USB012"), Find("\\\\?\\usb#twelve", "198.51.100.1"));
+  EXPECT_EQ(WidenAscii("Warehouse"), Find("\\\\?\\usb#one", "warehouse.example"));
+  for (const char* path : {"\\\\?\\usb#none", "\\\\?\\usb#unnumbered", "\\\\?\\usb#gone", ""}) {
+    EXPECT_EQ(WideString(), Find(path, "198.51.100.1")) << path;
+  }
+}
+
+TEST_F(SpoolerPortsTest, OfSeveralPortsTheOneOfTheFirstSupportedPrinterIsTaken) {
+  const auto find = [this] { return Find("", "192.0.2.7"); };
+  EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
+  Install("Office", "IP_192.0.2.7", "Other driver");
+  Install("Dispatch", "Third", "LX driver");
+  Install("Pool", "Warehouse,IP_192.0.2.7_1", "LX driver 2");
+  EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
+  profile_.values["SupportDriver/7"] = "lx DRIVER";
+  EXPECT_EQ(WidenAscii("Third"), find());
+  profile_.values["SupportDriver/3"] = "LX driver 2";
+  EXPECT_EQ(WidenAscii("IP_192.0.2.7_1"), find());
+  profile_.values["SupportPrinter/19"] = "office";
+  EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
+  profile_.values["SupportPrinter/18"] = "Dispatch";
+  EXPECT_EQ(WidenAscii("Third"), find());
+  profile_.module_path.clear();  // no Setting.ini: no preference
+  EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
+}
+
+TEST_F(SpoolerPortsTest, WithoutASpoolerNothingIsFound) {
+  root_ = {};
+  usb_.lists_devices = false;
+  EXPECT_EQ(std::pair(WideString(), WideString()), Fill("USB001"));
+  EXPECT_EQ(std::pair(WideString(), WideString()), Fill("IP_192.0.2.7"));
+  EXPECT_EQ(WideString(), Find("\\\\?\\usb#one", "192.0.2.7"));
+}
+
+}  // namespace
+}  // namespace tavira::test

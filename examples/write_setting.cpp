@@ -1,0 +1,80 @@
+// Writes one setting, has the printer save it, and says whether the printer confirms it.
+//
+//   write_setting NUMBER VALUE [PORT]     for example: write_setting 6 12 USB001
+#include <tavira/TaviraManager.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+// The module lives as long as this object.
+class CModule {
+ public:
+  CModule() : result_(TVMGR_Initialize()) {}
+  ~CModule() { TVMGR_Terminate(); }
+  CModule(const CModule&) = delete;
+  CModule& operator=(const CModule&) = delete;
+  std::int32_t Result() const { return result_; }
+
+ private:
+  std::int32_t result_;
+};
+
+std::string StoredValue(std::int32_t id) {
+  std::int32_t length = 0;
+  if (!TVMGR_GetSettingValue(id, nullptr, &length) || length <= 0) {
+    return {};
+  }
+  std::string value(static_cast<std::size_t>(length), '\0');
+  TVMGR_GetSettingValue(id, reinterpret_cast<std::uint8_t*>(value.data()), &length);
+  return value;
+}
+
+std::int32_t Write(std::int32_t id, const std::string& value, const wchar_t* port) {
+  std::int32_t result = TVMGR_UpdatePortComInfo(nullptr, port);
+  if (result == TVMGR_OK) {
+    result = TVMGR_ClearUpdateList();
+  }
+  if (result == TVMGR_OK) {
+    result = TVMGR_SetUpdateList(static_cast<std::uint32_t>(id),
+                                 reinterpret_cast<const std::uint8_t*>(value.data()),
+                                 static_cast<std::int32_t>(value.size()));
+  }
+  return result == TVMGR_OK ? TVMGR_UpdatePrinterSetting() : result;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count < 3) {
+    std::fputs("usage: write_setting NUMBER VALUE [PORT]\n", stderr);
+    return 2;
+  }
+  const std::int32_t id = std::atoi(arguments[1]);
+  const std::string value = arguments[2];
+  // Port names are ASCII, so each character becomes one of UTF-16.
+  const std::string port = count > 3 ? arguments[3] : "";
+  const std::wstring wide_port(port.begin(), port.end());
+
+  const CModule module;
+  if (module.Result() != TVMGR_OK) {
+    std::fprintf(stderr, "TVMGR_Initialize: %d (-5: Ferrolink.dll is missing or incomplete)\n",
+                 static_cast<int>(module.Result()));
+    return 1;
+  }
+  const std::int32_t result = Write(id, value, port.empty() ? nullptr : wide_port.c_str());
+  switch (result) {
+    case TVMGR_OK:
+      std::printf("setting %d is %s\n", static_cast<int>(id), value.c_str());
+      return 0;
+    case TVMGR_NOT_CONFIRMED:
+      std::printf("setting %d was sent as %s, the printer shows %s\n", static_cast<int>(id), value.c_str(),
+                  StoredValue(id).c_str());
+      return 1;
+    default:
+      std::fprintf(stderr, "writing setting %d failed: %d\n", static_cast<int>(id), static_cast<int>(result));
+      return 1;
+  }
+}

@@ -1,0 +1,24 @@
+#include <gmock/gmock.h>
+
+#include "cli_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class CExamplesTest : public CCliTest {};
+
+TEST_F(CExamplesTest, WriteASettingAndReadSettings) {
+  WriteIni("[printer]\nunanswered=CLR,P\n");
+  const tagRun written = RunProgram(ProgramFolder() / "write_setting.exe", {"6", "12", "USB001"});
+  EXPECT_EQ(written.exit_code, 0U) << written.err;
+  EXPECT_EQ(written.out, "setting 6 is 12\r\n");
+  EXPECT_THAT(Log(), HasSubstr("\"USB001\""));
+
+  const tagRun read = RunProgram(ProgramFolder() / "read_settings.exe", {});
+  EXPECT_EQ(read.exit_code, 1U);
+  EXPECT_EQ(read.out,
+            "first resolution: 600\r\nsecond resolution: not answered\r\nthird resolution: 600\r\n");
+}
+
+}  // namespace

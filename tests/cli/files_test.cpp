@@ -1,0 +1,115 @@
+#include <gmock/gmock.h>
+
+#include "cli_fixture.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+class CFilesTest : public CCliTest {};
+
+TEST_F(CFilesTest, PutStoresEachKindWithItsBytes) {
+  const std::string bytes = AllBytes(1000);
+  const struct {
+    std::string host_name;
+    std::string contents;
+    std::vector<std::string> options;
+    std::string stored_name;
+    std::string stored;
+  } cases[] = {
+      {"logo.png", bytes, {}, "LOGO.PNG", bytes},
+      {"b\xC3\xA4r.png",
+       bytes.substr(0, 998),
+       {"--name", "BEAR.GRF", "--row-bytes", "2"},
+       "BEAR.GRF",
+       bytes.substr(0, 998)},
+      {"font.tte", bytes.substr(0, 997), {}, "FONT.TTE", bytes.substr(0, 997)},
+      {"any.bin", "x", {"--name", "KORVDEF", "--kind", "background"}, "KORVDEF.BGD", "x"},
+      {"label.zpl", "^XA^FO1,1^FDx^FS^XZ\r\n", {}, "LABEL.ZPL", "^FO1,1^FDx^FS"},
+      {"bare.fmt", "^FDy^FS", {"--kind", "format"}, "BARE.FMT", "^FDy^FS"},
+      {"ready.txt", "^XA^DFE:READY.ZPL^FS^FDz^FS^XZ", {}, "READY.ZPL", "^FDz^FS"},
+      {"object.txt", "~DYE:RAW,B,T,3,0,abc", {}, "RAW.TTF", "abc"},
+  };
+  std::vector<std::vector<std::string>> all;
+  for (const auto& file : cases) {
+    all.push_back({"put", HostFile(file.host_name, file.contents)});
+    all.back().insert(all.back().end(), file.options.begin(), file.options.end());
+  }
+  const std::vector<tagRun> runs = TvmgrEach(all);
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    EXPECT_EQ(runs[i].exit_code, 0U) << cases[i].host_name << ": " << runs[i].err;
+    EXPECT_EQ(StoredOnE(cases[i].stored_name), cases[i].stored) << cases[i].host_name;
+  }
+}
+
+TEST_F(CFilesTest, ListsFetchesAndRemoves) {
+  const std::string bytes = AllBytes(5000);
+  StoreOnE("LOGO.PNG", bytes);
+  StoreOnE("FONT.TTF", "font");
+  StoreOnE("LABEL.ZPL", "^FDx^FS");
+  const std::string target = HostFile("r\xC3\xA9sultat.png", "older and longer contents");
+  const std::vector<tagRun> runs = TvmgrEach({{"files", "--json"},
+                                              {"files", "--list", "format"},
+                                              {"fetch", "logo.png"},
+                                              {"fetch", "LABEL.ZPL"},
+                                              {"fetch", "LOGO.PNG", "-o", target, "--json"}});
+  for (const tagRun& run : runs) {
+    EXPECT_EQ(run.exit_code, 0U) << run.err;
+  }
+  EXPECT_EQ(json::parse(runs[0].out),
+            json::parse(R"([{"list":30,"type":"png","kind":"graphic","name":"LOGO.PNG"},
+                                             {"list":31,"type":"ttf","kind":"font","name":"FONT.TTF"},
+                                             {"list":75,"type":"zpl","kind":"format","name":"LABEL.ZPL"}])"));
+  EXPECT_EQ(runs[1].out, "TYPE  KIND    NAME\nzpl   format  LABEL.ZPL\n");
+  // To a pipe and to a file, without a byte more or less.
+  EXPECT_EQ(runs[2].out, bytes);
+  EXPECT_EQ(runs[3].out, "^XA^DFE:LABEL.ZPL^FS^FDx^FS^XZ");
+  EXPECT_EQ(json::parse(runs[4].out)["bytes"], 5000);
+  EXPECT_EQ(ReadFileBytes(HostPath("r\xC3\xA9sultat.png")), bytes);
+
+  const tagRun removed = Tvmgr({"rm", "LOGO.PNG", "NONE.PNG", "LABEL.ZPL", "--yes"});
+  EXPECT_EQ(removed.exit_code, 1U);
+  EXPECT_EQ(removed.out,
+            "NAME       REMOVED  REASON\n"
+            "LOGO.PNG   yes\n"
+            "NONE.PNG   no       the printer has no such file\n"
+            "LABEL.ZPL  yes\n");
+  EXPECT_EQ(StoredOnE("LOGO.PNG") + StoredOnE("LABEL.ZPL"), "");
+  EXPECT_EQ(StoredOnE("FONT.TTF"), "font");
+}
+
+TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
+  const std::string two = HostFile("two.zpl", "^XA^FDa^FS^XZ^XA^FDb^FS^XZ");
+  struct tagFailing {
+    std::vector<std::string> arguments;
+    unsigned exit_code;
+    std::string why;
+  };
+  const std::vector<tagFailing> cases = {
+      {{"fetch", "NONE.PNG"}, 1, "no file NONE.PNG"},
+      {{"fetch", "NONE.PNG", "--unlisted", "--timeout", "0.3"}, 1, "sent nothing"},
+      {{"put", "C:\\no\\such\\file.png"}, 1, "cannot be opened"},
+      {{"put", two}, 1, "more than one format"},
+      {{"rm", "LOGO.PNG"}, 2, "--yes"},
+      {{"fetch", "LOGO.PNG", "-o", "C:\\no\\such\\folder\\x"}, 1, "cannot be created"},
+  };
+  StoreOnE("LOGO.PNG", "bytes");
+  std::vector<std::vector<std::string>> all;
+  for (const tagFailing& failing : cases) {
+    all.push_back(failing.arguments);
+  }
+  const std::vector<tagRun> runs = TvmgrEach(all);
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    EXPECT_EQ(runs[i].exit_code, cases[i].exit_code) << testing::PrintToString(cases[i].arguments);
+    EXPECT_THAT(runs[i].err, HasSubstr(cases[i].why));
+    EXPECT_EQ(runs[i].out, "");
+  }
+  // A format that the printer drops: the module reports success, the list does not.
+  WriteIni("[printer]\ndevice_capacity=10\n");
+  const tagRun full = Tvmgr({"put", HostFile("label.zpl", "^XA^FO10,10^FDlong enough^FS^XZ")});
+  EXPECT_EQ(full.exit_code, 1U);
+  EXPECT_THAT(full.err, HasSubstr("does not list it"));
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "cli_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class CUsageTest : public CCliTest {};
+
+TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
+  const std::string file = HostFile("label.zpl", "^XA^XZ");
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+      {{}, "subcommand"},
+      {{"nonsense"}, "nonsense"},
+      {{"get"}, "--all"},
+      {{"get", "CLR,Q"}, "CLR,Q"},
+      {{"get", "30"}, "\"30\""},
+      {{"get", "3", "--all"}, "--all"},
+      {{"set", "CLM,P"}, "KEY=VALUE"},
+      {{"set", "6=1", "CLM,P=2"}, "two values for CLM,P"},
+      {{"set", "CLM,P=1^XZ"}, "tvmgr send"},
+      {{"set", "CCC,T=!"}, "prefix --set"},
+      {{"prefix", "--set", "!", "@"}, "--set"},
+      {{"prefix", "--set", "!", "!", ";"}, "differ"},
+      {{"prefix", "--set", "a", "@", ";"}, "\"a\""},
+      {{"status", "--count", "2"}, "--watch"},
+      {{"op", "explode"}, "explode"},
+      {{"op", "send-data"}, "--file"},
+      {{"op", "head-check", "--text", "x"}, "send-data"},
+      {{"send", "--text", "a", "-"}, "once"},
+      {{"send", "--text", "\xE2\x99\xA5"}, "code page"},
+      {{"files", "--list", "exe"}, "exe"},
+      {{"rm", "*.PNG", "--yes"}, "* ?"},
+      {{"rm", "TOOLONGNAME.PNG", "--yes"}, "TOOLONGNAME"},
+      {{"put", file, "--kind", "font"}, "font"},
+      {{"put", file, "--name", "OTHER.BGD"}, "KORVDEF.BGD"},
+      {{"--device", "x", "--address", "y", "status"}, "--address"},
+  };
+  std::vector<std::vector<std::string>> all;
+  for (const auto& [arguments, why] : cases) {
+    all.push_back(arguments);
+  }
+  const std::vector<tagRun> runs = TvmgrEach(all);
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    EXPECT_EQ(runs[i].exit_code, 2U) << testing::PrintToString(all[i]) << runs[i].err;
+    EXPECT_THAT(runs[i].err, HasSubstr(cases[i].second));
+    EXPECT_EQ(runs[i].out, "");
+  }
+  EXPECT_EQ(Log(), "");
+}
+
+TEST_F(CUsageTest, HelpNamesEveryCommandAndEachHasExamples) {
+  const std::vector<std::string> commands = {"ports", "status", "get",   "set", "prefix", "codes",
+                                             "op",    "files",  "fetch", "put", "rm",     "send"};
+  std::vector<std::vector<std::string>> all{{"--help"}};
+  for (const std::string& command : commands) {
+    all.push_back({command, "--help"});
+  }
+  const std::vector<tagRun> runs = TvmgrEach(all);
+  for (std::size_t i = 0; i < commands.size(); ++i) {
+    EXPECT_THAT(runs.front().out, HasSubstr("\n  " + commands[i] + "  "));
+    EXPECT_EQ(runs[i + 1].exit_code, 0U);
+    EXPECT_THAT(runs[i + 1].out, HasSubstr("\n  tvmgr " + commands[i])) << "no example";
+    EXPECT_EQ(runs[i + 1].err, "");
+  }
+}
+
+TEST_F(CUsageTest, CommandsWithoutPrinterWork) {
+  const nlohmann::json codes = Json({"codes"});
+  const auto unreadable =
+      std::find_if(codes.begin(), codes.end(), [](const auto& code) { return code["code"] == -5; });
+  ASSERT_NE(unreadable, codes.end());
+  EXPECT_THAT((*unreadable)["advice"].get<std::string>(), HasSubstr("beside TaviraManager.dll"));
+
+  EXPECT_TRUE(Json({"ports"}).is_array());
+
+  const nlohmann::json operations = Json({"op", "--list"});
+  EXPECT_EQ(operations.size(), 13U);
+  for (const auto& operation : operations) {
+    const auto name = operation["name"].get<std::string>();
+    const bool destroys =
+        name.find("wipe") == 0 || name.find("reset") != std::string::npos || name == "initialize-memory";
+    EXPECT_EQ(operation["confirm"], destroys) << name;
+  }
+}
+
+}  // namespace

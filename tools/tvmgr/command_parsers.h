@@ -1,0 +1,21 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <vector>
+
+#include "options.h"
+
+namespace tvmgr {
+
+/** A command of the parser, and what runs it once its arguments are read. */
+struct tagCommand {
+  CLI::App* parser;
+  std::function<int()> run;
+};
+
+// Both add their commands to the program's parser. `global` has to outlive the commands.
+void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+
+}  // namespace tvmgr

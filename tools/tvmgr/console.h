@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tvmgr {
+
+enum class EStream { kInput, kOutput, kError };
+
+/** True when the stream is a console, false for files, pipes and the null device. */
+bool IsTerminal(EStream stream);
+
+/**
+ * Puts the three streams in order for the life of the program: UTF-8 on a console, bytes unchanged
+ * everywhere. Gives the console its code page back at the end.
+ */
+class CConsoleSetup {
+ public:
+  CConsoleSetup();
+  ~CConsoleSetup();
+  CConsoleSetup(const CConsoleSetup&) = delete;
+  CConsoleSetup& operator=(const CConsoleSetup&) = delete;
+
+ private:
+  unsigned int earlier_code_page_ = 0;
+};
+
+/** While one exists, Ctrl-C does not end the process but ends the waiting. One at a time. */
+class CInterruptWait {
+ public:
+  CInterruptWait();
+  ~CInterruptWait();
+  CInterruptWait(const CInterruptWait&) = delete;
+  CInterruptWait& operator=(const CInterruptWait&) = delete;
+
+  /** Waits; true as soon as Ctrl-C or Ctrl-Break was pressed since the construction. */
+  bool WaitFor(std::uint32_t ms) const;
+};
+
+/**
+ * Has the user confirm something that cannot be undone by typing "yes". Ends the command when the answer is
+ * another, or (usage) when there is nobody to ask and agreed is not set.
+ *
+ * @param what  completes "This will ..."
+ */
+void Confirm(const std::string& what, bool agreed);
+
+/** Writes text to stderr in one piece, so that nothing of another thread or process comes in between. */
+void WriteError(const std::string& text);
+
+/** The local time, "2031-05-04 13:14:15.167". */
+std::string TimeStamp();
+
+}  // namespace tvmgr

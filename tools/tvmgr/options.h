@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tvmgr {
+
+// What the command line says, as plain records: the commands know nothing of the argument parser. All texts
+// are UTF-8.
+
+/** Options that every command takes. */
+struct tagGlobalOptions {
+  std::string port;      /**< port of the print spooler; empty: none */
+  std::string device;    /**< USB device path; empty: none */
+  std::string address;   /**< host name or address; empty: none */
+  bool json = false;     /**< results on stdout as JSON */
+  bool quiet = false;    /**< no progress and no remarks on stderr, errors only */
+  bool verbose = false;  /**< every call of the module with result and duration, on stderr */
+  bool no_check = false; /**< do not ask for the printer's status before long work */
+};
+
+struct tagGetOptions {
+  std::vector<std::string> settings; /**< numbers or keys */
+  bool all = false;
+};
+
+struct tagSetOptions {
+  std::vector<std::string> assignments; /**< KEY=VALUE */
+  bool keep_resolution = false;
+};
+
+struct tagPrefixOptions {
+  std::vector<std::string> characters; /**< control, format, delimiter; empty: not to be set */
+  bool to_default = false;
+};
+
+struct tagStatusOptions {
+  bool watch = false;
+  bool every_poll = false;            /**< a line for each poll, not only for each change */
+  double interval_s = 1.0;            /**< seconds from poll to poll */
+  std::optional<std::uint32_t> count; /**< polls */
+  std::optional<double> duration_s;   /**< seconds */
+};
+
+/** Bytes for the printer: from a file, from the command line, or from stdin. */
+struct tagDataSource {
+  std::string file;
+  std::optional<std::string> text;
+  std::string stdin_mark; /**< "-" or empty */
+};
+
+struct tagOperationOptions {
+  std::string name;
+  bool list = false;
+  bool yes = false;
+  tagDataSource data;
+};
+
+struct tagSendOptions {
+  tagDataSource data;
+  bool allow_resolution_change = false;
+};
+
+struct tagFilesOptions {
+  std::string list; /**< list or group of lists; empty: all */
+};
+
+struct tagFetchOptions {
+  std::string name;
+  std::string output; /**< file of the host; empty: stdout */
+  double timeout_s = 60.0;
+  bool unlisted = false; /**< do not look the name up in the printer's lists first */
+};
+
+struct tagPutOptions {
+  std::string file;
+  std::string name;            /**< empty: the file's own name */
+  std::string kind;            /**< empty: from the extension */
+  std::uint32_t row_bytes = 0; /**< bytes in one row of a GRF graphic; 0: not stated */
+};
+
+struct tagRemoveOptions {
+  std::vector<std::string> names;
+  bool yes = false;
+};
+
+}  // namespace tvmgr

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tvmgr {
+
+/** A result code in words. */
+struct tagResultWords {
+  std::int32_t code;
+  std::string_view name; /**< as in enum TvmgrResult; empty for a code of the port library */
+  std::string_view meaning;
+  std::string_view advice; /**< what to do about it; empty for success */
+};
+
+/** Every result code of the module itself, success first. */
+std::span<const tagResultWords> AllResults();
+
+/** What any other code is: the port library's own. */
+const tagResultWords& PortLibraryResult();
+
+/** "code: meaning: advice", for codes of the module and of the port library. */
+std::string ExplainResult(std::int32_t code);
+
+}  // namespace tvmgr

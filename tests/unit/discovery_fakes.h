@@ -35,9 +35,10 @@ class CMemoryProfile final : public IProfileFile {
 
 /** A registry key in memory. */
 struct tagMemoryKey {
-  std::vector<std::pair<std::string, tagMemoryKey>> subkeys;
-  std::map<std::string, std::string> texts;
-  std::map<std::string, std::uint32_t> numbers;
+  std::string name{};
+  std::map<std::string, std::string> texts{};
+  std::map<std::string, std::uint32_t> numbers{};
+  std::vector<tagMemoryKey> subkeys{};
 };
 
 class CMemoryRegistryKey final : public IRegistryKey {
@@ -46,8 +47,8 @@ class CMemoryRegistryKey final : public IRegistryKey {
 
   std::unique_ptr<IRegistryKey> Open(const WideString& path) override {
     const std::size_t end = path.find('\\');
-    for (const auto& [name, key] : key_.subkeys) {
-      if (EqualsIgnoringCase(WidenAscii(name), WideView(path).substr(0, end))) {
+    for (const tagMemoryKey& key : key_.subkeys) {
+      if (EqualsIgnoringCase(WidenAscii(key.name), WideView(path).substr(0, end))) {
         CMemoryRegistryKey found(key);
         return end == WideString::npos ? std::make_unique<CMemoryRegistryKey>(key)
                                        : found.Open(path.substr(end + 1));
@@ -57,8 +58,8 @@ class CMemoryRegistryKey final : public IRegistryKey {
   }
   std::vector<WideString> SubkeyNames() override {
     std::vector<WideString> names;
-    for (const auto& [name, key] : key_.subkeys) {
-      names.push_back(WidenAscii(name));
+    for (const tagMemoryKey& key : key_.subkeys) {
+      names.push_back(WidenAscii(key.name));
     }
     return names;
   }

@@ -56,6 +56,8 @@ TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
                            {deep + "dd\\T.dll", deep.substr(2) + "dd\\Setting.ini"},
                            {deep + "ddd\\T.dll", ""},
                            {deep + std::string(40, 'd') + "\\T.dll", ""},
+                           {"C:\\a\\" + std::string(250, 'n') + ".dll", "\\a\\Setting.ini"},
+                           {"C:\\a\\" + std::string(251, 'n') + ".dll", ""},
                            {"", ""}};
   for (const tagCase& entry : cases) {
     CMemoryProfile profile;

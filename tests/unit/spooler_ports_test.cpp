@@ -7,17 +7,13 @@
 namespace tavira::test {
 namespace {
 
-tagMemoryKey Values(std::map<std::string, std::string> texts) {
-  return {{}, std::move(texts), {}};
+tagMemoryKey Key(std::string name, std::vector<tagMemoryKey> subkeys) {
+  return {std::move(name), {}, {}, std::move(subkeys)};
 }
 
-tagMemoryKey Path(std::initializer_list<std::string> names, tagMemoryKey key) {
-  for (auto name = std::rbegin(names); name != std::rend(names); ++name) {
-    tagMemoryKey above;
-    above.subkeys.emplace_back(*name, std::move(key));
-    key = std::move(above);
-  }
-  return key;
+tagMemoryKey UsbParameters(std::map<std::string, std::string> texts,
+                           std::map<std::string, std::uint32_t> numbers) {
+  return {"Device Parameters", std::move(texts), std::move(numbers)};
 }
 
 tagRecordedInterface UsbPrinter(std::string path, std::optional<tagMemoryKey> parameters) {
@@ -28,47 +24,51 @@ tagRecordedInterface UsbPrinter(std::string path, std::optional<tagMemoryKey> pa
 class SpoolerPortsTest : public ::testing::Test {
  protected:
   SpoolerPortsTest() {
-    tagMemoryKey ports;
-    ports.subkeys = {{"IP_192.0.2.7", Values({{"IPAddress", "192.0.2.7"}, {"HostName", "label-7"}})},
-                     {"Warehouse", Values({{"IPAddress", ""}, {"HostName", "Warehouse.example"}})},
-                     {"Broken", Values({})},
-                     {"IP_192.0.2.7_1", Values({{"HostName", "192.0.2.7"}})},
-                     {"Third", Values({{"IPAddress", "192.0.2.7"}})}};
+    ports_ = {{"IP_192.0.2.7", {{"IPAddress", "192.0.2.7"}, {"HostName", "label-7"}}},
+              {"Warehouse", {{"IPAddress", ""}, {"HostName", "Warehouse.example"}}},
+              {"Broken"},
+              {"IP_192.0.2.7_1", {{"HostName", "192.0.2.7"}}},
+              {"Third", {{"IPAddress", "192.0.2.7"}}}};
     usb_.interfaces = {
-        UsbPrinter("\\\\?\\usb#one", tagMemoryKey{{}, {{"Base Name", "USB"}}, {{"Port Number", 1}}}),
+        UsbPrinter("\\\\?\\usb#one", UsbParameters({{"Base Name", "USB"}}, {{"Port Number", 1}})),
         UsbPrinter("\\\\?\\usb#none", std::nullopt),
-        UsbPrinter("\\\\?\\usb#unnumbered", tagMemoryKey{{}, {{"Base Name", "USB"}}, {}}),
-        UsbPrinter("\\\\?\\usb#twelve", tagMemoryKey{{}, {}, {{"Port Number", 12}}}),
-        UsbPrinter("\\\\?\\usb#dot4", tagMemoryKey{{}, {{"Base Name", "DOT4_"}}, {{"Port Number", 1}}}),
-        UsbPrinter("\\\\?\\usb#many", tagMemoryKey{{}, {}, {{"Port Number", 1234}}})};
-    root_ = Path({"SYSTEM", "CurrentControlSet", "Control", "Print"},
-                 {{{"Monitors", Path({"Standard TCP/IP Port", "Ports"}, ports)}, {"Printers", {}}}, {}, {}});
+        UsbPrinter("\\\\?\\usb#unnumbered", UsbParameters({{"Base Name", "USB"}}, {})),
+        UsbPrinter("\\\\?\\usb#twelve", UsbParameters({}, {{"Port Number", 12}})),
+        UsbPrinter("\\\\?\\usb#dot4", UsbParameters({{"Base Name", "DOT4_"}}, {{"Port Number", 1}})),
+        UsbPrinter("\\\\?\\usb#many", UsbParameters({}, {{"Port Number", 1234}}))};
   }
 
   void Install(const std::string& name, const std::string& port, const std::string& driver) {
-    tagMemoryKey* key = &root_;
-    for (const std::size_t place : {0, 0, 0, 0, 1}) {
-      key = &key->subkeys[place].second;
-    }
-    key->subkeys.emplace_back(name, Values({{"Port", port}, {"Printer Driver", driver}}));
+    installed_.push_back({name, {{"Port", port}, {"Printer Driver", driver}}});
   }
 
-  std::pair<WideString, WideString> Fill(std::string_view port_name) {
-    CMemoryRegistryKey machine(root_);
+  tagMemoryKey Machine() const {
+    const tagMemoryKey monitors = Key("Monitors", {Key("Standard TCP/IP Port", {Key("Ports", ports_)})});
+    const tagMemoryKey print = Key("Print", {monitors, Key("Printers", installed_)});
+    return Key("", {Key("SYSTEM", {Key("CurrentControlSet", {Key("Control", {print})})})});
+  }
+
+  std::pair<WideString, WideString> Fill(std::string_view port_name) { return Fill(port_name, Machine()); }
+  std::pair<WideString, WideString> Fill(std::string_view port_name, const tagMemoryKey& root) {
+    CMemoryRegistryKey machine(root);
     tagFoundPrinter printer;
     CSpoolerPorts(machine, usb_, settings_).FillFromPort(WidenAscii(port_name), printer);
     return {printer.text3, printer.text5};
   }
 
   WideString Find(std::string_view device_path, std::string_view address) {
-    CMemoryRegistryKey machine(root_);
+    return Find(device_path, address, Machine());
+  }
+  WideString Find(std::string_view device_path, std::string_view address, const tagMemoryKey& root) {
+    CMemoryRegistryKey machine(root);
     tagFoundPrinter printer;
     printer.text3 = WidenAscii(device_path);
     printer.text5 = WidenAscii(address);
     return CSpoolerPorts(machine, usb_, settings_).FindPortName(printer);
   }
 
-  tagMemoryKey root_;
+  std::vector<tagMemoryKey> ports_;
+  std::vector<tagMemoryKey> installed_;
   CRecordedUsbTree usb_;
   CMemoryProfile profile_;
   CModuleSettings settings_{profile_};
@@ -114,6 +114,7 @@ TEST_F(SpoolerPortsTest, OfSeveralPortsTheOneOfTheFirstSupportedPrinterIsTaken) 
   EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
   Install("Office", "IP_192.0.2.7", "Other driver");
   Install("Dispatch", "Third", "LX driver");
+  Install("Spare", "Third", "Other driver");
   Install("Pool", "Warehouse,IP_192.0.2.7_1", "LX driver 2");
   EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
   profile_.values["SupportDriver/7"] = "lx DRIVER";
@@ -129,11 +130,11 @@ TEST_F(SpoolerPortsTest, OfSeveralPortsTheOneOfTheFirstSupportedPrinterIsTaken) 
 }
 
 TEST_F(SpoolerPortsTest, WithoutASpoolerNothingIsFound) {
-  root_ = {};
   usb_.lists_devices = false;
-  EXPECT_EQ(std::pair(WideString(), WideString()), Fill("USB001"));
-  EXPECT_EQ(std::pair(WideString(), WideString()), Fill("IP_192.0.2.7"));
-  EXPECT_EQ(WideString(), Find("\\\\?\\usb#one", "192.0.2.7"));
+  for (const char* port_name : {"USB001", "IP_192.0.2.7"}) {
+    EXPECT_EQ(std::pair(WideString(), WideString()), Fill(port_name, {}));
+  }
+  EXPECT_EQ(WideString(), Find("\\\\?\\usb#one", "192.0.2.7", {}));
 }
 
 }  // namespace

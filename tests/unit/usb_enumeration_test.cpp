@@ -61,7 +61,7 @@ void AddHub(CRecordedUsbTree& tree, const char* instance_id) {
   tree.interfaces.push_back({EUsbInterface::kHub, "USB\\ROOT_HUB\\OTHER", "\\\\?\\other"});
   tree.interfaces.push_back({EUsbInterface::kHub, instance_id, kHubPath});
   tagRecordedAnswers& hub = tree.answers[kHubPath];
-  hub.node_information = NodeInformation(4);
+  hub.node_information = NodeInformation(kPort);
   hub.connections[kPort] = Connection(kPort);
   hub.strings[{kPort, 0, 0}] = Descriptor({kEnglish, 0x0411});
   hub.strings[{kPort, 3, kEnglish}] = Descriptor({'L', 'X', ' ', 0x20AC});
@@ -97,13 +97,15 @@ CRecordedUsbTree TwoHubsTree() {
   return tree;
 }
 
-/** One function of a composite device: the device itself has the port, its function a number of its own. */
+/** Below a function of a composite device: the device itself has the port, what is below it numbers of its
+ * own. */
 CRecordedUsbTree CompositeTree() {
   CRecordedUsbTree tree;
   tree.devices = {{"HTREE\\ROOT\\0", "", {}, 0},
                   {"USB\\ROOT_HUB20\\4&2", "usbhub", 0, 0},
                   {"USB\\VID_0B1C&PID_4100\\9", "usbccgp", kPort, 1},
-                  {kPrinterId, "usbprint", 1, 2}};
+                  {"USB\\VID_0B1C&PID_4100&MI_00\\7", "usbcomp", 2, 2},
+                  {kPrinterId, "usbprint", 1, 3}};
   AddHub(tree, "USB\\ROOT_HUB20\\4&2");
   AddPrinter(tree);
   return tree;

@@ -28,14 +28,20 @@
  *  7. Encoding. Wide text is UTF-16. Bytes sent to the printer and text in host files are in the system's
  * ANSI code page. Setting values are bytes exactly as the printer reports them, without terminator.
  *  8. Settings are named by the numbers of enum TvmgrSetting, file lists by enum TvmgrFileList. The two
- * number spaces are separate, even where a number stands in both.
+ *     number spaces are separate, even where a number stands in both.
  *  9. Loaded values. TVMGR_LoadSetting(true, 0) fills the value store; TVMGR_LoadSetting(false, id) and
  *     TVMGR_LoadSettingByList only refresh values that a full load has stored. Values are read with
  *     TVMGR_GetSettingValue.
- * 10. Resolution guard. Loads, updates, direct commands, and restore put the printer's resolutions (settings
- * 3, 4, 5) at 600 and its mode (setting 84) at "D" while they work, when they were not so already, and put
- * them back afterwards. Each side is one more transaction that saves. The captured state is kept until an
- * update of 3, 4, 5 or 76, a factory reset or a restore makes it stale.
+ * 10. Resolution guard. Loads, updates, direct commands and restore put the printer's resolutions (settings
+ *     3, 4, 5) at 600 and its mode (setting 84) at "D" while they work, when they were not so already, and put
+ *     them back afterwards. Each side is one more transaction that saves. What was captured is kept until an
+ *     update of 3, 4, 5 or 76, a factory reset or a restore makes it stale.
+ *     TRAP: choosing another printer does not make it stale. Use a new manager (TVMGR_Terminate,
+ *     TVMGR_Initialize) for each printer, or the second one may be given the first one's resolutions.
+ *     TRAP: while the guard holds, setting 84 reads "D": a load of a printer in another mode stores that.
+ *     TRAP: a printer that leaves the capture unanswered but takes commands is put at 600 and an empty mode.
+ * 11. Silence again. Where a function's 0 says only that commands were sent, TVMGR_GetPrinterStatus tells a
+ *     silent printer (status 0) from one that is there, in 3 s.
  */
 #ifndef TAVIRA_TAVIRA_MANAGER_H_
 #define TAVIRA_TAVIRA_MANAGER_H_
@@ -180,12 +186,12 @@ enum TvmgrFileList {
 
 /** Operation codes of TVMGR_SetExecuteList. */
 enum TvmgrOperation {
-  TVMGR_OP_NONE = 0x1001000,              /**< does nothing, answers 0 */
-  TVMGR_OP_HEAD_MAINTENANCE = 0x1001001,  /**< "~J(C"; may keep the printer busy for minutes */
-  TVMGR_OP_HEAD_CHECK = 0x1001002,        /**< "~W(PNC" */
-  TVMGR_OP_MEDIA_CALIBRATION = 0x1001003, /**< "~JC" */
-  TVMGR_OP_FACTORY_RESET = 0x1001004, /**< restores and saves the factory settings, then reloads everything */
-  TVMGR_OP_INITIALIZE_MEMORY = 0x1001005,   /**< empties device E:, then refreshes the file lists */
+  TVMGR_OP_NONE = 0x1001000,                /**< does nothing, answers 0 */
+  TVMGR_OP_HEAD_MAINTENANCE = 0x1001001,    /**< "~J(C"; may keep the printer busy for minutes */
+  TVMGR_OP_HEAD_CHECK = 0x1001002,          /**< "~W(PNC" */
+  TVMGR_OP_MEDIA_CALIBRATION = 0x1001003,   /**< "~JC" */
+  TVMGR_OP_FACTORY_RESET = 0x1001004,       /**< restores and saves the factory settings, then reloads them */
+  TVMGR_OP_INITIALIZE_MEMORY = 0x1001005,   /**< empties device E:, then refreshes the file lists (but 34) */
   TVMGR_OP_SEND_DATA = 0x1001006,           /**< sends the request's own bytes */
   TVMGR_OP_PRINT_CONFIGURATION = 0x1001007, /**< "~WC" */
   TVMGR_OP_WIPE_FONTS = 0x1001008,          /**< *.FNT, *.TTF, *.TTE on R:, E: and Z: */
@@ -210,15 +216,14 @@ enum TvmgrRequest {
 enum TvmgrStatus {
   TVMGR_STATUS_UNKNOWN = 0, /**< the printer did not answer: off-line or not reachable */
   TVMGR_STATUS_IDLE = 1,
-  TVMGR_STATUS_BUSY = 2, /**< printing, in a maintenance routine, or off-line by its own panel */
+  TVMGR_STATUS_BUSY = 2, /**< one of the states SP, PR, CL, OF */
   TVMGR_STATUS_OTHER = 3 /**< any other state that the printer reports */
 };
 
 /** Kinds of printer search. */
 enum TvmgrSearchKind { TVMGR_SEARCH_USB = 0, TVMGR_SEARCH_NETWORK = 1 };
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Wide strings and records */
 
 /**
@@ -313,8 +318,7 @@ static inline void TvmgrFoundPrinterRelease(TvmgrFoundPrinter* printer) {
   TvmgrTextRelease(&printer->text5);
 }
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Life of the manager */
 
 /**
@@ -326,7 +330,7 @@ static inline void TvmgrFoundPrinterRelease(TvmgrFoundPrinter* printer) {
  * @retval 0   Ready: choose a printer with TVMGR_UpdatePortComInfo.
  * @retval -3  The manager could not be allocated, or (manager in place) its port link could not.
  * @retval -5  Ferrolink.dll is missing or incomplete. The manager is in place; its printer functions answer
- * -1.
+ *     -1.
  */
 int32_t TVMGR_Initialize(void);
 
@@ -338,8 +342,7 @@ int32_t TVMGR_Initialize(void);
  */
 int32_t TVMGR_Terminate(void);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Choosing the printer */
 
 /**
@@ -355,7 +358,7 @@ int32_t TVMGR_Terminate(void);
  * @param port_name  a port of the print spooler ("USB001", "IP_192.0.2.7"), or null.
  * @retval 0   Chosen.
  * @retval -2  No manager or no port link.
- * @retval -3  Out of memory; the earlier choice is still in force, the port name of it is forgotten.
+ * @retval -3  Out of memory; the earlier choice is still in force, its port name is forgotten.
  */
 int32_t TVMGR_UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
 
@@ -370,8 +373,7 @@ int32_t TVMGR_UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar
  */
 int32_t TVMGR_GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Reading settings */
 
 /**
@@ -383,7 +385,7 @@ int32_t TVMGR_GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
  *
  * all true: empties the value store, reads all 76 readable settings in one transaction, the eight file lists
  * in eight, the background file when the printer has it, then the resolution settings again. Blocks up to
- * fifteen transactions; on an answering printer a few seconds.
+ * sixteen transactions; on an answering printer a few seconds.
  *
  * @param all  true reads everything and ignores id.
  * @param id   a setting identifier.
@@ -414,7 +416,7 @@ int32_t TVMGR_SetLoadList(uint32_t id);
  * no full load has stored before is dropped. The load list is kept. Blocks up to four transactions.
  *
  * @param flag  true: the guard puts the resolutions to neutral and back, false: it leaves them alone and
- * touches the mode only. (The guard works with the negation of this argument as its no-change flag.)
+ *     touches the mode only. (The guard works with the negation of this argument as its no-change flag.)
  * @retval 0   The answers that came are stored; a silent printer is not an error: compare the values.
  * @retval -1  Ferrolink.dll is incomplete.
  * @retval -2  No manager or no port link.
@@ -437,8 +439,7 @@ int32_t TVMGR_LoadSettingByList(bool flag);
  */
 bool TVMGR_GetSettingValue(int32_t id, uint8_t* buffer, int32_t* length);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Writing settings */
 
 /** Empties the update list. @retval 0 Always. @retval -2 No manager. */
@@ -462,9 +463,12 @@ int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length);
  * up to ten passes of 500 ms wait, full settings load, background file, resolution settings, until every
  * written value (46 and 74 excepted) equals the printer's, letter case ignored. The update list is kept; the
  * load list is replaced by 3, 4, 5, 76. Blocks up to 4 transactions, and for each pass 0.5 s and up to 10
- * transactions. TRAP: on a printer whose resolutions or mode were not neutral, the guard puts settings 3, 4,
- * 5 and 84 back to what they were, which undoes a new value for one of them: the result is then -82. TRAP: a
- * printer that normalises a value ("600" stored as "0600") ends in -82 although it took the value.
+ * transactions.
+ *
+ * TRAP: on a printer whose resolutions or mode were not neutral, the guard puts settings 3, 4,
+ * 5 and 84 back to what they were, which undoes a new value for one of them: the result is then -82.
+ *
+ * TRAP: a printer that normalises a value ("600" stored as "0600") ends in -82 although it took the value.
  *
  * @retval 0    Every value is confirmed by the printer.
  * @retval -1   Ferrolink.dll is incomplete.
@@ -481,9 +485,9 @@ int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void);
 /**
  * Changes the printer's three prefix characters, saves, and reads them back into the value store.
  *
- * One transaction of up to 3 s, then a load of settings 65, 66, 67 whose result is ignored (the load list is
- * replaced by these three). The characters are sent without any check: an unsuitable one makes the printer
- * unreadable.
+ * One transaction of up to 3 s, then a load of settings 65, 66, 67, up to four transactions, whose result is
+ * ignored (the load list is replaced by these three). The characters are sent without any check: an unsuitable
+ * one makes the printer unreadable.
  *
  * @param control    default '~'
  * @param format     default '^'
@@ -507,8 +511,7 @@ int32_t TVMGR_UpdatePrefix(uint8_t control, uint8_t format, uint8_t delimiter);
  */
 int32_t TVMGR_IsDefaultPrefix(uint8_t* is_default);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Status, direct commands, operations */
 
 /**
@@ -555,10 +558,13 @@ int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length)
 /**
  * Runs the stored operation and waits until the printer is no longer busy.
  *
- * Up to three transactions, 1 s, then a status poll each second for up to 60 s (300 s for HEAD_MAINTENANCE).
- * A printer still busy after that is not reported: ask for its status. FACTORY_RESET reloads all settings
- * afterwards, INITIALIZE_MEMORY the file lists. Operations 0x1001006 to 0x100100B write setting 42 as "T"
- * before and put the stored value (or "T" when none is stored) back after. The request stays stored.
+ * Up to three transactions, 1 s, then a status poll each second for up to 60 s (300 s for HEAD_MAINTENANCE). A
+ * printer still busy after that is not reported: ask for its status. FACTORY_RESET then reloads the settings,
+ * the background file and the resolutions (1 s and up to eight transactions), INITIALIZE_MEMORY the file lists
+ * but 34 and the background file (likewise). The request stays stored.
+ *
+ * TRAP: operations 0x1001006 to 0x100100B write setting 42 as "T" before, and after it the value that is stored
+ * here; when none is stored, "T" stays. Load everything first.
  *
  * @retval 0   Done; for TVMGR_OP_NONE nothing was sent.
  * @retval -1  Ferrolink.dll is incomplete.
@@ -568,8 +574,7 @@ int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length)
  */
 int32_t TVMGR_ExecutePrinterOperation(void);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Stored files */
 
 /**
@@ -589,7 +594,9 @@ int32_t TVMGR_GetRegistFileArraySize(int32_t kind, uint32_t* count);
  * @param index   from 0. TRAP: a negative index raises std::invalid_argument.
  * @param name    null to ask for the length; else receives the name and its terminator.
  * @param length  characters. name null: receives the length without terminator. Otherwise the capacity of
- * name, at least length + 1; unchanged. TRAP: a smaller capacity ends the process.
+ *     name, at least length + 1; unchanged.
+ *
+ * TRAP: a smaller capacity ends the process.
  * @retval 0   Written.
  * @retval -2  No manager.
  * @retval -7  length is null, there is no such list, or index is at or beyond its count.
@@ -632,7 +639,7 @@ int32_t TVMGR_ClearRegistList(void);
  *
  * @param kind  a value of enum TvmgrRequest; any value is stored.
  * @param primary    to delete: the file's name with extension, 8-bit text without terminator. To register:
- * the printer's own download command for the file. Null or size 0: empty.
+ *     the printer's own download command for the file. Null or size 0: empty.
  * @param secondary  further data of a format registration. Null or size 0: empty.
  * @retval 0   Stored.
  * @retval -2  No manager.
@@ -648,10 +655,11 @@ int32_t TVMGR_UpdateRegistList(uint32_t kind, const uint8_t* primary, uint32_t p
  * The pending request holds the file as an upload or a backup holds it ("~DYE:NAME,..." or "^XA^DF
  * E:NAME...^XZ"); for REGISTER_FORMAT the secondary data follows it when not empty. One transaction (60 s; on
  * a network port one minute more for each 20 MiB begun, at most 50 minutes), then up to ten passes of 500 ms
- * wait and refresh of the kind's lists. For REGISTER_FORMAT the listing is searched but does not change the
- * result.
+ * wait and refresh of the kind's lists, up to two transactions (graphics: list 30, or 85 for a GRF).
  *
- * @retval 0    The file is listed.
+ * TRAP: REGISTER_FORMAT takes one pass, and its listing does not change the result: look into lists 33 and 75.
+ *
+ * @retval 0    The file is listed (REGISTER_FORMAT: sent).
  * @retval -1   Ferrolink.dll is incomplete.
  * @retval -2   No manager or no port link.
  * @retval -7   Not a register kind, no data, or no file name in it; nothing was sent.
@@ -663,9 +671,10 @@ int32_t TVMGR_RegistData(void);
 /**
  * Deletes the file of the pending request from device E: and proves it by listing the printer's files.
  *
- * One transaction, then up to ten passes of 500 ms wait and refresh of the kind's lists. The background file
- * (kind BACKGROUND) always takes ten passes and is not proved. TRAP: for any other kind the delete command is
- * sent before the result says -7.
+ * One transaction, then up to ten passes of 500 ms wait and refresh of the kind's lists, up to two transactions.
+ * The background file (kind BACKGROUND) always takes ten passes and is not proved.
+ *
+ * TRAP: for any other kind the delete command is sent before the result says -7.
  *
  * @retval 0    The file is no longer listed (BACKGROUND: sent).
  * @retval -1   Ferrolink.dll is incomplete.
@@ -676,8 +685,7 @@ int32_t TVMGR_RegistData(void);
  */
 int32_t TVMGR_DeleteData(void);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Backup and restore */
 
 /**
@@ -704,7 +712,7 @@ int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info);
  * @retval 0    Complete.
  * @retval -1   Ferrolink.dll is incomplete.
  * @retval -2   No manager or no port link.
- * @retval -3   Out of memory; what was written is closed by the trailer.
+ * @retval -3   Out of memory; whole pieces were written, closed by the trailer if there was memory for it.
  * @retval -7   No path (nothing was done), or no section flag is 1 (the file is empty).
  * @retval -10  A stored file came back with a payload that cannot be decoded.
  * @retval -63  The file cannot be created, opened again or written (a full disk).
@@ -718,8 +726,11 @@ int32_t TVMGR_Backup(uint8_t reload);
  *
  * Inside the resolution guard; then 1 s, setting 84 as the guard captured it, save, full load. Waits up to 60
  * s for the printer's answer to the file; on a network port with a file above 20 MiB one minute for each 20
- * MiB and one more, at most 50 minutes. Needs memory for the file once, plus 10 bytes. TRAP: a printer that
- * stays silent is no error: compare the loaded values, or back up again and compare the files.
+ * MiB and one more, at most 50 minutes. Needs memory for the file once, plus 10 bytes.
+ *
+ * TRAP: a printer that stays silent is no error: compare the loaded values, or back up again and compare files.
+ * TRAP: the captured resolutions are dropped once the file is sent: a printer that was not at 600 gets them back
+ * only from the file (its settings section).
  *
  * @param path  the backup file.
  * @retval 0    Sent, and everything was loaded again. Also for an empty file (nothing was sent).
@@ -728,12 +739,11 @@ int32_t TVMGR_Backup(uint8_t reload);
  * @retval -63  The file does not exist or cannot be opened; nothing was sent.
  * @retval -65  The file cannot be read whole, or there is no memory for it; nothing was sent.
  * @retval other  Ferrolink.dll's own code while sending (the printer may have taken part of the file) or
- * loading.
+ *     loading.
  */
 int32_t TVMGR_Restore(const TvmgrChar* path);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Finding printers */
 
 /**
@@ -779,9 +789,9 @@ int32_t TVMGR_GetSearchPrinterStatus(void);
  *
  * @param kind    a value of enum TvmgrSearchKind.
  * @param index   from 0; beyond the last printer nothing is copied. TRAP: a negative index with a record
- * raises std::invalid_argument.
+ *     raises std::invalid_argument.
  * @param record  receives the printer; may be null. Its earlier texts are released; release the new ones
- * after use.
+ *     after use.
  * @param count   receives the number of printers found; may be null.
  * @retval 0   Done; compare index and count.
  * @retval -2  No manager.
@@ -790,8 +800,7 @@ int32_t TVMGR_GetSearchPrinterStatus(void);
  */
 int32_t TVMGR_GetSearchedPrinterInfo(int32_t kind, int32_t index, TvmgrFoundPrinter* record, uint32_t* count);
 
-/* ----------------------------------------------------------------------------------------------------------------
- */
+/* -------------------------------------------------------------------------------------------------------- */
 /* Fixed answers, kept for hosts that still call them */
 
 struct HWND__;
@@ -804,27 +813,34 @@ int32_t TVMGR_CheckPort(uint32_t reserved);
 int32_t TVMGR_SendPrnFile(void* reserved);
 /** @retval 0 Always. @retval -2 No manager. */
 int32_t TVMGR_GetDeviceInfo(void* reserved1, void* reserved2, uint32_t reserved3, uint32_t reserved4);
-/** Stores a window handle (HWND) that nothing reads: the module sends no messages. @retval 0 @retval -2 No
- * manager. */
+/** Takes a window handle (HWND), without any effect: the module sends no messages. @retval 0 @retval -2 No manager. */
 int32_t TVMGR_SetCallbackWnd(struct HWND__* window);
 
 #ifdef __cplusplus
 }  // extern "C"
+#endif
 
 /* The binary layout, fixed for 64-bit Windows. */
-static_assert(sizeof(TvmgrChar) == 2 && sizeof(void*) == 8, "UTF-16 text and 64-bit pointers");
-static_assert(sizeof(bool) == 1, "bool is one byte");
-static_assert(sizeof(TvmgrTextData) == 24 && offsetof(TvmgrTextData, length) == 8 &&
-                  offsetof(TvmgrTextData, capacity) == 12 && offsetof(TvmgrTextData, references) == 16,
-              "text header");
-static_assert(sizeof(TvmgrBackupInfo) == 16 && offsetof(TvmgrBackupInfo, settings) == 8 &&
-                  offsetof(TvmgrBackupInfo, section_p) == 9 && offsetof(TvmgrBackupInfo, section_b) == 14,
-              "backup information");
-static_assert(sizeof(TvmgrFoundPrinter) == 56 && offsetof(TvmgrFoundPrinter, text1) == 8 &&
-                  offsetof(TvmgrFoundPrinter, text3) == 24 && offsetof(TvmgrFoundPrinter, value1) == 32 &&
-                  offsetof(TvmgrFoundPrinter, value2) == 36 && offsetof(TvmgrFoundPrinter, text4) == 40 &&
-                  offsetof(TvmgrFoundPrinter, text5) == 48,
-              "found printer");
+#ifdef __cplusplus
+#define TVMGR_ASSERT_LAYOUT(condition, message) static_assert(condition, message)
+#else
+#define TVMGR_ASSERT_LAYOUT(condition, message) _Static_assert(condition, message)
 #endif
+TVMGR_ASSERT_LAYOUT(sizeof(TvmgrChar) == 2 && sizeof(void*) == 8, "UTF-16 text and 64-bit pointers");
+TVMGR_ASSERT_LAYOUT(sizeof(bool) == 1, "bool is one byte");
+TVMGR_ASSERT_LAYOUT(sizeof(TvmgrTextData) == 24 && offsetof(TvmgrTextData, length) == 8 &&
+                        offsetof(TvmgrTextData, capacity) == 12 && offsetof(TvmgrTextData, references) == 16,
+                    "text header");
+TVMGR_ASSERT_LAYOUT(sizeof(TvmgrBackupInfo) == 16 && offsetof(TvmgrBackupInfo, settings) == 8 &&
+                        offsetof(TvmgrBackupInfo, section_p) == 9 &&
+                        offsetof(TvmgrBackupInfo, section_b) == 14,
+                    "backup information");
+TVMGR_ASSERT_LAYOUT(sizeof(TvmgrFoundPrinter) == 56 && offsetof(TvmgrFoundPrinter, text1) == 8 &&
+                        offsetof(TvmgrFoundPrinter, text3) == 24 &&
+                        offsetof(TvmgrFoundPrinter, value1) == 32 &&
+                        offsetof(TvmgrFoundPrinter, value2) == 36 &&
+                        offsetof(TvmgrFoundPrinter, text4) == 40 && offsetof(TvmgrFoundPrinter, text5) == 48,
+                    "found printer");
+#undef TVMGR_ASSERT_LAYOUT
 
 #endif /* TAVIRA_TAVIRA_MANAGER_H_ */

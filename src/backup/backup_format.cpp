@@ -19,7 +19,7 @@ constexpr std::string_view kCloseComment = "^FS";
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kSeparatorLine = "^FX^FS\r\n";
 
-/** Not the order of the setting table: the printer takes 77 before the resolutions. */
+/** Not the order of the setting table, and on purpose: 77 stands before the resolutions, 76 behind them. */
 constexpr std::array<std::uint32_t, 55> kBackupSettings{
     6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24,
     25, 26, 27, 28, 29, 35, 36, 38, 39, 40, 41, 42, 43, 44, 45, 47, 48, 49, 50,
@@ -83,7 +83,7 @@ std::string FormatFileBlock(std::string_view ansi_name, std::string_view downloa
   lines.reserve(download_command.size() + 2 * ansi_name.size() + 64);
   lines.append(kSeparatorLine);
   if (!download_command.empty()) {
-    AppendAttribute(lines, ansi_name, "N");  // a marked file refuses to be written again
+    AppendAttribute(lines, ansi_name, "N");  // the mark off while it is written again
     lines.append(download_command).append(kLineEnd);
     AppendAttribute(lines, ansi_name, mark ? "Y" : "N");
   }

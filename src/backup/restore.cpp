@@ -8,6 +8,7 @@
 #include "command/command_builder.h"
 #include "command/fixed_commands.h"
 #include "link/frame.h"
+#include "settings/ignore_outcome.h"
 
 namespace tavira {
 namespace {
@@ -77,7 +78,7 @@ std::int32_t CRestore::Run(const TvmgrChar* path) {
   }
   port_.Clock().Sleep(kSettleMs);
   guard_.Invalidate();
-  WriteModeBack();
+  IgnoreOutcome([this] { WriteModeBack(); });  // the load that follows shows the printer's state in any case
   return full_load_.LoadEverything();
 }
 
@@ -97,7 +98,7 @@ void CRestore::WriteModeBack() {
   std::string& commands = port_.NewCommand();
   AppendSetCommand(commands, TVMGR_SETTING_CMP_U, guard_.ModeText());
   commands.append(kSaveCommand).append(kClosingCommand);
-  port_.Exchange();  // the load that follows shows the printer's state in any case
+  port_.Exchange();
 }
 
 }  // namespace tavira

@@ -25,7 +25,7 @@ constexpr tagProtocol kProtocols[] = {
 /** The first number drawn is taken as it is, even when it is a system port. */
 std::uint16_t DrawLocalPort(IClock& clock) {
   std::tm now = clock.LocalTime();
-  std::minstd_rand generator(static_cast<std::minstd_rand::result_type>(std::mktime(&now)));
+  std::mt19937 generator(static_cast<std::mt19937::result_type>(std::mktime(&now)));
   return static_cast<std::uint16_t>(std::uniform_int_distribution<int>(0, 0x7FFF)(generator));
 }
 

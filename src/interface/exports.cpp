@@ -43,7 +43,7 @@ std::int32_t Forward(std::int32_t (Object::*operation)(Parameters...), Arguments
 extern "C" {
 
 int32_t TVMGR_Initialize(void) {
-  // An earlier manager is not released: hosts rely on a second call starting afresh.
+  // An earlier manager is not released: a second call starts afresh, by definition.
   g_manager = nullptr;
   return Guarded([] {
     g_manager = std::make_unique<CTaviraManager>(tavira::MakePlatform()).release();

@@ -10,7 +10,7 @@ constexpr std::uint32_t kPollIntervalMs = 100;
 /** Waits for the first announcement; `count` stays 0 when none comes in time. */
 std::int32_t WaitForAnswer(CPortLink& link, IClock& clock, std::uint32_t timeout_ms, std::uint32_t& count) {
   count = 0;
-  std::uint32_t waited = 0;
+  std::uint64_t waited = 0;  // wider than the time-out, which may be the largest number of 32 bits
   std::uint32_t last_reading = clock.TickCount();
   while (waited < timeout_ms) {
     clock.Sleep(kPollIntervalMs);

@@ -37,7 +37,7 @@ std::int32_t SendAndReceive(CPortLink& link, IClock& clock, std::string_view fra
 
 /**
  * One complete exchange: opens the port, sends the send buffer framed (the buffer then holds the frame),
- * reads the answer, closes the port. −7 nothing to send, −3 no memory for the frame, else as CPortLink::Open
+ * reads the answer, closes the port. −7 nothing to send, else as CPortLink::Open
  * and SendAndReceive. Blocks up to `timeout_ms` + 100 ms.
  */
 std::int32_t RunTransaction(CPortLink& link, IClock& clock, const tagPortDescription* description,

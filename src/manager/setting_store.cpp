@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_map>
 
 #include "platform/fail_fast.h"
 
@@ -36,9 +37,14 @@ bool CSettingStore::CopyValue(std::uint32_t id, std::uint8_t* buffer, std::int32
 }
 
 void CSettingStore::RefreshValues(std::vector<tagSettingRecord> records) {
+  // An index, because a faulty printer may have filled both sides with any number of records.
+  std::unordered_map<std::uint32_t, std::string*> first_values;
+  for (tagSettingRecord& stored : values_) {
+    first_values.try_emplace(stored.id, &stored.value);
+  }
   for (tagSettingRecord& fresh : records) {
-    if (tagSettingRecord* stored = FindRecord(fresh.id)) {
-      stored->value = std::move(fresh.value);
+    if (const auto stored = first_values.find(fresh.id); stored != first_values.end()) {
+      *stored->second = std::move(fresh.value);
     }
   }
 }

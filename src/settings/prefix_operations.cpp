@@ -2,6 +2,7 @@
 
 #include "command/fixed_commands.h"
 #include "command/prefix.h"
+#include "settings/ignore_outcome.h"
 
 namespace tavira {
 
@@ -20,7 +21,7 @@ std::int32_t CPrefixOperations::Update(const tagPrefixCharacters& prefix) {
   for (const std::uint32_t id : {TVMGR_SETTING_CCC_T, TVMGR_SETTING_CCC_C, TVMGR_SETTING_CCC_D}) {
     store_.AppendToLoadList(id);
   }
-  loader_.LoadByList(false);
+  IgnoreOutcome([this] { loader_.LoadByList(false); });
   return TVMGR_OK;
 }
 

@@ -3,6 +3,7 @@
 #include "command/command_builder.h"
 #include "command/fixed_commands.h"
 #include "platform/host_bytes.h"
+#include "settings/ignore_outcome.h"
 #include "settings/operation_table.h"
 
 namespace tavira {
@@ -45,7 +46,9 @@ std::int32_t CPrinterOperations::Execute() {
   }
   port_.Clock().Sleep(kSettleMs);
   // A printer that is still busy, or that cannot be asked, is no failure of the operation itself.
-  status_.WaitWhileBusy(code_ == TVMGR_OP_HEAD_MAINTENANCE ? kHeadMaintenanceTimeoutMs : kBusyTimeoutMs);
+  const std::uint32_t busy_timeout_ms =
+      code_ == TVMGR_OP_HEAD_MAINTENANCE ? kHeadMaintenanceTimeoutMs : kBusyTimeoutMs;
+  IgnoreOutcome([&] { status_.WaitWhileBusy(busy_timeout_ms); });
   if (operation->brackets_setting_42) {
     const std::string* stored = store_.FindValue(TVMGR_SETTING_CMP_M);
     const bool has_value = stored != nullptr && !stored->empty();

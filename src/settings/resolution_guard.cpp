@@ -6,6 +6,7 @@
 #include "command/command_builder.h"
 #include "command/fixed_commands.h"
 #include "command/text.h"
+#include "settings/ignore_outcome.h"
 
 namespace tavira {
 namespace {
@@ -102,23 +103,11 @@ std::int32_t CResolutionGuard::Send(bool no_resolution_change, const std::array<
 
 CGuardedScope::CGuardedScope(CResolutionGuard& guard, bool no_resolution_change)
     : guard_(guard), no_resolution_change_(no_resolution_change) {
-  try {
-    guard_.Begin(no_resolution_change_);
-  } catch (...) {
-    EndQuietly();  // the neutral state may have reached the printer before memory ran out
-    throw;
-  }
+  IgnoreOutcome([this] { guard_.Begin(no_resolution_change_); });
 }
 
 CGuardedScope::~CGuardedScope() {
-  EndQuietly();
-}
-
-void CGuardedScope::EndQuietly() noexcept {
-  try {
-    guard_.End(no_resolution_change_);
-  } catch (...) {  // out of memory while putting back: the operation's own result stands
-  }
+  IgnoreOutcome([this] { guard_.End(no_resolution_change_); });
 }
 
 }  // namespace tavira

@@ -59,8 +59,6 @@ class CGuardedScope {
   CGuardedScope& operator=(const CGuardedScope&) = delete;
 
  private:
-  void EndQuietly() noexcept;
-
   CResolutionGuard& guard_;
   bool no_resolution_change_;
 };

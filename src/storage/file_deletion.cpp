@@ -5,26 +5,28 @@
 namespace tavira {
 namespace {
 
-/** One pass of the confirmation: refreshes two lists and looks for the file. */
-std::int32_t ConfirmAbsence(CRegisteredFiles& files, std::initializer_list<std::int32_t> lists,
-                            std::string_view name) {
+/** Refreshes the lists; `is_listed` receives whether the file is still in one of them. */
+std::int32_t LookForFile(CRegisteredFiles& files, std::initializer_list<std::int32_t> lists,
+                         std::string_view name, bool& is_listed) {
   for (const std::int32_t list : lists) {
     const std::int32_t result = files.Refresh(list);
     if (result != TVMGR_OK) {
       return result;
     }
   }
-  return files.IsListed(lists, name) ? TVMGR_NOT_CONFIRMED : TVMGR_OK;
+  is_listed = files.IsListed(lists, name);
+  return TVMGR_OK;
 }
 
-std::int32_t ConfirmationPass(CRegisteredFiles& files, const tagFileRequest& request) {
+/** One pass of the confirmation; −7 for a kind that deletes nothing. */
+std::int32_t ConfirmationPass(CRegisteredFiles& files, const tagFileRequest& request, bool& is_listed) {
   switch (request.kind) {
     case TVMGR_REQUEST_DELETE_GRAPHIC:
-      return ConfirmAbsence(files, {TVMGR_LIST_PNG, TVMGR_LIST_GRF}, request.primary);
+      return LookForFile(files, {TVMGR_LIST_PNG, TVMGR_LIST_GRF}, request.primary, is_listed);
     case TVMGR_REQUEST_DELETE_FORMAT:
-      return ConfirmAbsence(files, {TVMGR_LIST_FMT, TVMGR_LIST_ZPL}, request.primary);
+      return LookForFile(files, {TVMGR_LIST_FMT, TVMGR_LIST_ZPL}, request.primary, is_listed);
     case TVMGR_REQUEST_DELETE_FONT:
-      return ConfirmAbsence(files, {TVMGR_LIST_TTF, TVMGR_LIST_TTE}, request.primary);
+      return LookForFile(files, {TVMGR_LIST_TTF, TVMGR_LIST_TTE}, request.primary, is_listed);
     case TVMGR_REQUEST_BACKGROUND:
       return files.Refresh(TVMGR_LIST_BACKGROUND);
     default:
@@ -42,26 +44,25 @@ std::int32_t DeleteStoredFile(CPrinterPort& port, CRegisteredFiles& files, const
     return TVMGR_BAD_ARGUMENT;
   }
   std::string& commands = port.NewCommand();
-  commands.append("^XA^F(AE:")
-      .append(request.primary)
-      .append(",N^XZ");  // a protected file refuses to be deleted
+  commands.append("^XA^F(AE:").append(request.primary).append(",N^XZ");  // the file's attribute off
   commands.append("^XA^IDE:").append(request.primary).append("^XZ").append(kClosingCommand);
-  std::int32_t result = port.Exchange();
-  if (result != TVMGR_OK) {
-    return result;
+  const std::int32_t sent = port.Exchange();
+  if (sent != TVMGR_OK) {
+    return sent;
   }
+  bool is_listed = false;
   for (int pass = 0; pass < kConfirmationPasses; ++pass) {
     port.Clock().Sleep(kConfirmationIntervalMs);
-    result = ConfirmationPass(files, request);
-    // Only a listed file is asked for again; the background file takes every pass, as hosts have come to
-    // expect.
-    const bool goes_on =
-        result == TVMGR_NOT_CONFIRMED || (result == TVMGR_OK && request.kind == TVMGR_REQUEST_BACKGROUND);
-    if (!goes_on) {
-      break;
+    const std::int32_t result = ConfirmationPass(files, request, is_listed);
+    if (result != TVMGR_OK) {
+      return result;
+    }
+    // The background file is not looked for, and yet takes every pass: that is how this request is defined.
+    if (!is_listed && request.kind != TVMGR_REQUEST_BACKGROUND) {
+      return TVMGR_OK;
     }
   }
-  return result;
+  return is_listed ? TVMGR_NOT_CONFIRMED : TVMGR_OK;
 }
 
 }  // namespace tavira

@@ -112,6 +112,15 @@ const std::vector<tagSweptOperation>& Operations() {
       {"register",
        [](CTestWorld&) { SetRequest(TVMGR_REQUEST_REGISTER_FORMAT, "^XA^DFE:NEW.ZPL^FS^FDnew label^FS^XZ"); },
        [] { return TVMGR_RegistData(); }},
+      {"register a graphic",
+       [](CTestWorld&) { SetRequest(TVMGR_REQUEST_REGISTER_GRAPHIC, "~DYE:NEW,B,P,3,0,:B64:YWJj:"); },
+       [] { return TVMGR_RegistData(); }},
+      {"delete the background",
+       [](CTestWorld& world) {
+         StoreFiles(world);
+         SetRequest(TVMGR_REQUEST_BACKGROUND, "KORVDEF.BGD");
+       },
+       [] { return TVMGR_DeleteData(); }},
       {"send data", LoadEverything, [] { return Execute(TVMGR_OP_SEND_DATA); }},
       {"head maintenance", nullptr, [] { return Execute(TVMGR_OP_HEAD_MAINTENANCE); }},
       {"factory reset", LoadEverything, [] { return Execute(TVMGR_OP_FACTORY_RESET); }},
@@ -161,11 +170,14 @@ TEST(FaultSweepLifecycleTest, RecordsAndListsSurviveLackOfMemory) {
   const WideString port = Wide("\\\\.\\a port name of some length");
   TvmgrFoundPrinter record{};
   record.text5 = port.c_str();
+  TvmgrBackupInfo info{};
+  info.path = port.c_str();
   const std::vector<std::function<std::int32_t()>> calls{
       [&] { return TVMGR_UpdatePortComInfo(&record, port.c_str()); },
       [] { return TVMGR_SetLoadList(1); },
       [&] { return TVMGR_SetUpdateList(1, bytes, 100); },
       [&] { return TVMGR_SetExecuteList(TVMGR_OP_SEND_DATA, bytes, 100); },
+      [&] { return TVMGR_UpdateBackupInfo(&info); },
       [&] { return TVMGR_UpdateRegistList(1, bytes, 100, bytes, 100); },
   };
   for (const auto& call : calls) {

@@ -138,6 +138,14 @@ TEST_F(FileDeletionTest, WithoutANameNothingIsSent) {
   EXPECT_TRUE(world_.calls.empty());
 }
 
+TEST_F(FileDeletionTest, ACodeOfThePortThatReadsLikeStillListedEndsItToo) {
+  KeepOnPrinter("E:A.PNG");
+  SetRequest(TVMGR_REQUEST_DELETE_GRAPHIC, "A.PNG");
+  world_.port.Faults().call_faults = {{lxemu::PortCall::kInitialize, 2, TVMGR_NOT_CONFIRMED, 0}};
+  EXPECT_EQ(TVMGR_NOT_CONFIRMED, TVMGR_DeleteData());
+  EXPECT_EQ(1U, world_.Sent().size());
+}
+
 TEST_F(FileDeletionTest, AFailureEndsItAtOnce) {
   KeepOnPrinter("E:A.PNG");
   for (std::uint32_t failing = 1; failing <= 5; ++failing) {

@@ -82,7 +82,7 @@ class CPosixFileSystem final : public IFileSystem {
 
  private:
   static std::unique_ptr<IHostFile> Open(const WideString& path, int flags) {
-    auto file = std::make_unique<CPosixFile>();  // before the descriptor: it must not be lost when memory is
+    auto file = std::make_unique<CPosixFile>();  // first: without memory for it, nothing is left open
     return file->Open(path, flags) ? std::move(file) : nullptr;
   }
 };

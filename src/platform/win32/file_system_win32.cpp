@@ -109,7 +109,7 @@ class CWin32FileSystem final : public IFileSystem {
  private:
   static std::unique_ptr<IHostFile> Open(const WideString& path, DWORD access, DWORD share,
                                          DWORD disposition) {
-    auto file = std::make_unique<CWin32File>();  // before the handle: it must not be lost when memory is
+    auto file = std::make_unique<CWin32File>();  // first: without memory for it, nothing is left open
     return file->Open(UnlimitedPath(path), access, share, disposition) ? std::move(file) : nullptr;
   }
 };

@@ -26,9 +26,9 @@ void CExchangeLog::WriteNote(std::string_view text) {
   }
 }
 
-void CExchangeLog::WriteExchange(const tagExchange& exchange) {
+void CExchangeLog::WriteExchange(const tagExchange& exchange, std::string_view label) {
   if (file_.is_open()) {
-    file_ << DescribeExchange(exchange) << '\n' << std::flush;
+    file_ << label << DescribeExchange(exchange) << '\n' << std::flush;
   }
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "port_endpoint.h"
+#include "exchange.h"
 
 namespace lxemu {
 
@@ -16,7 +16,8 @@ class CExchangeLog {
   explicit CExchangeLog(const std::filesystem::path& path);
 
   void WriteNote(std::string_view text);
-  void WriteExchange(const tagExchange& exchange);
+  /// The label, where there are several printers, stands in front.
+  void WriteExchange(const tagExchange& exchange, std::string_view label = {});
 
  private:
   std::ofstream file_;

@@ -1,20 +1,20 @@
-// The stand-in port library: the six entry points, with a printer in this process behind them.
+// The stand-in port library: the six entry points, with a printer in this process or on the network behind
+// them.
 #include <windows.h>
 
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <system_error>
 
 #include "exchange_log.h"
-#include "memory_folder.h"
+#include "fault_plan.h"
+#include "folder_printer.h"
+#include "network/network_port.h"
+#include "port_description.h"
 #include "port_endpoint.h"
-#include "printer.h"
-#include "printer_ini.h"
 #include "text_escape.h"
 
 namespace lxemu {
@@ -67,7 +67,7 @@ std::string Printable(const std::u16string& text) {
   return printable;
 }
 
-/// The one port of this process: a printer, its memory folder and its log.
+/// The one port of this process: the printer in it, or one on the network while a port description names it.
 class CFerrolink {
  public:
   static CFerrolink& Instance() {
@@ -76,72 +76,117 @@ class CFerrolink {
   }
 
   CFerrolink()
-      : folder_(MemoryFolder()),
-        log_(Environment(L"LXEMU_LOG")),
-        memory_(folder_),
-        printer_(SteadyMilliseconds),
-        port_(printer_, SteadyMilliseconds) {
-    ReadIniWhenChanged();
-    printer_.State().settings.RestoreFactory();
-    printer_.State().settings.Save();
-    memory_.Load(printer_);
+      : log_(Environment(L"LXEMU_LOG")),
+        printer_(MemoryFolder(), SteadyMilliseconds),
+        port_(printer_.Printer(), SteadyMilliseconds) {
+    UseIni();
   }
 
-  std::int32_t Initialize(const void* description) {
-    ReadIniWhenChanged();
-    const std::int32_t result = port_.Initialize(description);
-    log_.WriteNote("open, port type " + std::to_string(port_.LastPortType()) + ", \"" +
-                   Printable(port_.LastString(1)) + "\", \"" + Printable(port_.LastString(2)) + "\", \"" +
-                   Printable(port_.LastString(3)) + "\", data " + Escaped(port_.LastData()) + ": " +
-                   std::to_string(result));
+  std::int32_t Initialize(const void* record) {
+    if (printer_.ReadIniWhenChanged()) {
+      UseIni();
+    }
+    const tagPortDescription description =
+        record == nullptr ? tagPortDescription() : ReadPortDescription(record);
+    const std::int32_t result =
+        description.strings[2].empty() ? InitializeHere(record) : InitializeThere(description.strings[2]);
+    log_.WriteNote("open, port type " + std::to_string(description.port_type) + ", \"" +
+                   Printable(description.strings[0]) + "\", \"" + Printable(description.strings[1]) +
+                   "\", \"" + Printable(description.strings[2]) + "\", data " + Escaped(description.data) +
+                   ": " + std::to_string(result));
     return result;
   }
 
+  std::int32_t Terminate() {
+    LogNetworkExchange();
+    return network_.IsOpen() ? network_.Close() : port_.Terminate();
+  }
+
   std::int32_t SendData(const std::uint8_t* data, std::uint32_t size) {
+    if (network_.IsOpen()) {
+      return SendThere(data, size);
+    }
     const std::int32_t result = port_.SendData(data, size);
     for (const tagExchange& exchange : port_.Exchanges()) {
       log_.WriteExchange(exchange);
     }
     port_.ClearLog();
-    if (!memory_.Save(printer_)) {
+    if (!printer_.Save()) {
       log_.WriteNote("the memory folder could not be written");
     }
     return result;
   }
 
-  CPortEndpoint& Port() { return port_; }
+  std::int32_t ReceiveData(std::uint8_t* buffer, std::uint32_t* size) {
+    if (!network_.IsOpen()) {
+      return port_.ReceiveData(buffer, size);
+    }
+    std::int32_t code = kPortOk;
+    if (FindCallFault(port_.Faults(), buffer == nullptr ? PortCall::kPoll : PortCall::kRead, code)) {
+      return code;
+    }
+    code = network_.Receive(buffer, size);
+    if (code == kPortOk && buffer != nullptr && exchange_) {
+      exchange_->RecordAnswer({reinterpret_cast<const char*>(buffer), *size});
+    }
+    return code;
+  }
+
+  std::int32_t ClearReceiveData() { return network_.IsOpen() ? network_.Clear() : port_.ClearReceiveData(); }
+
   std::mutex& Mutex() { return mutex_; }
 
  private:
-  // Looked at with every opening, so that faults can be arranged while the host runs.
-  void ReadIniWhenChanged() {
-    const fs::path path = folder_ / "printer.ini";
-    std::error_code error;
-    std::optional<fs::file_time_type> time = fs::last_write_time(path, error);
-    if (error) {
-      time.reset();
-    }
-    if (is_ini_read_ && time == ini_time_) {
-      return;
-    }
-    is_ini_read_ = true;
-    ini_time_ = time;
-    const tagPrinterIni ini = ReadPrinterIni(ReadHostFile(path).value_or(std::string()));
-    ApplyIni(ini, printer_);
-    port_.Faults() = ini.faults;
-    for (const std::string& problem : ini.problems) {
+  void UseIni() {
+    port_.Faults() = printer_.Ini().faults;
+    for (const std::string& problem : printer_.Ini().problems) {
       log_.WriteNote("printer.ini: " + problem);
     }
   }
 
+  std::int32_t InitializeHere(const void* record) {
+    return network_.IsOpen() ? kPortAlreadyOpen : port_.Initialize(record);
+  }
+
+  std::int32_t InitializeThere(const std::u16string& address) {
+    std::int32_t code = kPortOk;
+    if (FindCallFault(port_.Faults(), PortCall::kInitialize, code)) {
+      return code;
+    }
+    if (port_.IsOpen()) {
+      return kPortAlreadyOpen;
+    }
+    // Other letters than ASCII stand in no address; as the escapes that they become here, they are refused.
+    return network_.Open(Printable(address));
+  }
+
+  std::int32_t SendThere(const std::uint8_t* data, std::uint32_t size) {
+    LogNetworkExchange();
+    std::int32_t code = kPortOk;
+    if (FindCallFault(port_.Faults(), PortCall::kSendData, code)) {
+      return code;
+    }
+    code = network_.Send(data, size);
+    if (code == kPortOk) {
+      exchange_.emplace().RecordSent({reinterpret_cast<const char*>(data), size});
+    }
+    return code;
+  }
+
+  // Its answer, when there is one, arrives after the send.
+  void LogNetworkExchange() {
+    if (exchange_) {
+      log_.WriteExchange(*exchange_);
+      exchange_.reset();
+    }
+  }
+
   std::mutex mutex_;
-  fs::path folder_;
   CExchangeLog log_;
-  CMemoryFolder memory_;
-  CPrinter printer_;
+  CFolderPrinter printer_;
   CPortEndpoint port_;
-  bool is_ini_read_ = false;
-  std::optional<fs::file_time_type> ini_time_;
+  CNetworkPort network_;
+  std::optional<tagExchange> exchange_;  // on the network, not logged yet
 };
 
 template <typename Work>
@@ -168,7 +213,7 @@ std::int32_t Initialize(const void* description) {
 }
 
 std::int32_t Terminate() {
-  return Guarded([](CFerrolink& port) { return port.Port().Terminate(); });
+  return Guarded([](CFerrolink& port) { return port.Terminate(); });
 }
 
 std::int32_t SendData(const std::uint8_t* data, std::uint32_t size) {
@@ -176,14 +221,14 @@ std::int32_t SendData(const std::uint8_t* data, std::uint32_t size) {
 }
 
 std::int32_t ReceiveData(std::uint8_t* buffer, std::uint32_t* size) {
-  return Guarded([&](CFerrolink& port) { return port.Port().ReceiveData(buffer, size); });
+  return Guarded([&](CFerrolink& port) { return port.ReceiveData(buffer, size); });
 }
 
 std::int32_t ClearReceiveData() {
-  return Guarded([](CFerrolink& port) { return port.Port().ClearReceiveData(); });
+  return Guarded([](CFerrolink& port) { return port.ClearReceiveData(); });
 }
 
-// The one printer of this process has the number 0.
+// There is one port, and it has the number 0.
 std::int32_t GetPortComIndex() {
   return 0;
 }

@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "exchange.h"
 #include "fault_plan.h"
+#include "port_description.h"
 #include "printer.h"
 
 namespace lxemu {
@@ -18,26 +19,17 @@ inline constexpr std::int32_t kPortNotOpen = -1002;      ///< any other call on 
 inline constexpr std::int32_t kPortNullPointer =
     -1003;  ///< no description, no data, or no place for the count
 
-/// Payload bytes of one send and of its answer, each cut after kMaximumLogged bytes.
-struct tagExchange {
-  std::string sent;              ///< without the frame marks; of a send without a proper frame, the raw bytes
-  std::string answer;            ///< as it was made available; empty when there was none
-  std::uint64_t sent_bytes = 0;  ///< full length of what was sent
-  std::uint64_t answer_bytes = 0;  ///< full length of the answer
-};
-
 /// A port with one printer behind it: what the entry points of the port library do, apart from Windows.
 /// Not synchronised; one thread at a time.
 class CPortEndpoint {
  public:
-  static constexpr std::size_t kMaximumLogged = std::size_t{1} << 20;
+  static constexpr std::size_t kMaximumLogged = tagExchange::kMaximumLogged;
 
   /// The printer outlives the endpoint.
   CPortEndpoint(CPrinter& printer, MillisecondClock now);
 
-  /// Opens the port. The description is the 56-byte record of the port library: port type int32 at 0, three
-  /// addresses of zero-terminated UTF-16 text (null allowed) at 8, 16 and 24, data of 16 bytes at 32, bytes
-  /// used in it int32 at 48. It only leaves a trace in the LastX functions.
+  /// Opens the port. The description is the record that ReadPortDescription understands; it only leaves a
+  /// trace in the LastX functions.
   std::int32_t Initialize(const void* description);
   /// Closes the port; an answer that was not read is lost.
   std::int32_t Terminate();
@@ -66,13 +58,12 @@ class CPortEndpoint {
   bool IsOpen() const { return is_open_; }
 
   // Of the last Initialize that got a description.
-  std::int32_t LastPortType() const { return last_port_type_; }
+  const tagPortDescription& LastDescription() const { return last_description_; }
+  std::int32_t LastPortType() const { return last_description_.port_type; }
   std::u16string LastString(int which) const;  ///< 1 to 3
-  const std::string& LastData() const { return last_data_; }
+  const std::string& LastData() const { return last_description_.data; }
 
  private:
-  bool FindFault(PortCall call, std::int32_t& code);
-  void RecordDescription(const void* description);
   void Answer(std::string answer);
 
   CPrinter& printer_;
@@ -90,12 +81,7 @@ class CPortEndpoint {
   int poll_count_ = 0;
   int read_count_ = 0;
   int bad_frame_count_ = 0;
-  std::int32_t last_port_type_ = 0;
-  std::u16string last_strings_[3];
-  std::string last_data_;
+  tagPortDescription last_description_;
 };
-
-/// The command bytes between the frame marks; a null view when either mark is missing.
-std::string_view UnwrapFrame(std::string_view frame);
 
 }  // namespace lxemu

@@ -38,6 +38,16 @@ bool ReadNumber(std::string_view text, T& number) {
   return true;
 }
 
+template <typename T>
+bool ReadNumber(std::string_view text, std::optional<T>& number) {
+  T value{};
+  if (!ReadNumber(text, value)) {
+    return false;
+  }
+  number = value;
+  return true;
+}
+
 bool ReadSwitch(std::string_view text, bool& is_on) {
   if (text != "0" && text != "1") {
     return false;
@@ -132,13 +142,57 @@ bool ReadPrinterLine(std::string_view key, std::string_view value, tagPrinterIni
 }
 
 bool ReadFaultLine(std::string_view key, std::string_view value, tagFaultPlan& faults) {
-  if (key == "cut_at") {
-    return ReadNumber(value, faults.cut_answer_at.emplace());
-  }
-  return (key == "latency_ms" && ReadNumber(value, faults.latency_ms)) ||
+  return (key == "cut_at" && ReadNumber(value, faults.cut_answer_at)) ||
+         (key == "hang_up_at" && ReadNumber(value, faults.hang_up_at)) ||
+         (key == "latency_ms" && ReadNumber(value, faults.latency_ms)) ||
          (key == "silent" && ReadSwitch(value, faults.silent)) ||
          (key == "silent_from" && ReadNumber(value, faults.silent_from)) ||
          (key == "fail" && ReadCallFaults(value, faults));
+}
+
+bool ReadMessages(std::string_view text, tagSearchMessages& messages) {
+  for (const std::string_view item : Split(text, "; ")) {
+    if (item == "announcement") {
+      messages.Add(SearchMessage::kAnnouncement);
+    } else if (item == "state") {
+      messages.Add(SearchMessage::kState);
+    } else if (item == "names") {
+      messages.Add(SearchMessage::kNames);
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool ReadSearchLine(std::string_view key, std::string_view value, tagSearchPlan& search) {
+  struct tagFault {
+    std::string_view key;
+    tagSearchMessages tagSearchPlan::*member;
+  };
+  constexpr std::array kFaults = std::to_array<tagFault>({
+      {"silent", &tagSearchPlan::silent},
+      {"wrong_letter", &tagSearchPlan::wrong_letter},
+      {"rejected", &tagSearchPlan::rejected},
+      {"short", &tagSearchPlan::cut_short},
+      {"twice", &tagSearchPlan::twice},
+      {"other_port", &tagSearchPlan::other_port},
+  });
+  for (const tagFault& entry : kFaults) {
+    if (entry.key == key) {
+      return ReadMessages(value, search.*entry.member);
+    }
+  }
+  if (key == "first_name") {
+    search.first_name = value;
+    return true;
+  }
+  if (key == "second_name") {
+    search.second_name = value;
+    return true;
+  }
+  return (key == "no_capability" && ReadSwitch(value, search.no_capability)) ||
+         (key == "delay_ms" && ReadNumber(value, search.delay_ms));
 }
 
 bool ReadLine(std::string_view section, std::string_view key, std::string_view value, tagPrinterIni& ini) {
@@ -147,6 +201,9 @@ bool ReadLine(std::string_view section, std::string_view key, std::string_view v
   }
   if (section == "faults") {
     return ReadFaultLine(key, value, ini.faults);
+  }
+  if (section == "search") {
+    return ReadSearchLine(key, value, ini.search);
   }
   if (section == "factory" && CSettingMemory::Knows(key)) {
     ini.factory.insert_or_assign(std::string(key), std::string(value));

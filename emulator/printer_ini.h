@@ -9,6 +9,7 @@
 #include "fault_plan.h"
 #include "printer.h"
 #include "quirks.h"
+#include "search_plan.h"
 
 namespace lxemu {
 
@@ -16,6 +17,7 @@ namespace lxemu {
 struct tagPrinterIni {
   tagQuirks quirks;
   tagFaultPlan faults;
+  tagSearchPlan search;
   std::map<std::string, std::string> factory;
   std::string state = "IL";
   std::uint32_t busy_ms = 0;

@@ -3,101 +3,19 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
 
+#include "ferrolink_host.h"
+
 namespace {
 
+using lxemu::CFerrolinkHost;
+
 namespace fs = std::filesystem;
-
-struct tagDescription {
-  std::int32_t port_type = 1;
-  const wchar_t* strings[3] = {L"USB001", nullptr, L""};
-  char data[16] = {'^', 'F', 'X', '^', 'F', 'S'};
-  std::int32_t data_used = 6;
-};
-static_assert(sizeof(tagDescription) == 56);
-
-class CHost {
- public:
-  CHost() : library_(LoadLibraryW(L"Ferrolink.dll")) {
-    Find(initialize_, "Initialize");
-    Find(terminate_, "Terminate");
-    Find(send_, "SendData");
-    Find(receive_, "ReceiveData");
-    Find(clear_, "ClearReceiveData");
-    Find(index_, "GetPortComIndex");
-  }
-
-  // Unloading closes the log, so that the folder can be removed.
-  ~CHost() { FreeLibrary(library_); }
-  CHost(const CHost&) = delete;
-  CHost& operator=(const CHost&) = delete;
-
-  bool IsComplete() const {
-    return initialize_ != nullptr && terminate_ != nullptr && send_ != nullptr && receive_ != nullptr &&
-           clear_ != nullptr && index_ != nullptr;
-  }
-
-  /// One exchange from opening to closing; an error code as text when a call fails.
-  std::string Exchange(const std::string& commands, DWORD timeout_ms = 2000) {
-    const tagDescription description;
-    if (const std::int32_t code = initialize_(&description); code != 0) {
-      return "Initialize " + std::to_string(code);
-    }
-    const std::string answer = SendAndReceive(commands, timeout_ms);
-    terminate_();
-    return answer;
-  }
-
-  std::int32_t SendOnClosedPort() const {
-    const std::uint8_t byte = 0;
-    return send_(&byte, 1);
-  }
-  std::int32_t ClearOnClosedPort() const { return clear_(); }
-  std::int32_t PortComIndex() const { return index_(); }
-
- private:
-  template <typename Function>
-  void Find(Function& function, const char* name) {
-    function = library_ == nullptr
-                   ? nullptr
-                   : reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library_, name)));
-  }
-
-  std::string SendAndReceive(const std::string& commands, DWORD timeout_ms) {
-    const std::string frame = "\x10\x1B\x1D\x1B\x1B" + commands + "\x10\x1B\x1D\x1B\x1C";
-    if (const std::int32_t code = send_(reinterpret_cast<const std::uint8_t*>(frame.data()),
-                                        static_cast<std::uint32_t>(frame.size()));
-        code != 0) {
-      return "SendData " + std::to_string(code);
-    }
-    for (DWORD waited = 0; waited < timeout_ms; waited += 10) {
-      std::uint32_t count = 0;
-      receive_(nullptr, &count);
-      if (count > 0) {
-        std::string answer(count, '\0');
-        receive_(reinterpret_cast<std::uint8_t*>(answer.data()), &count);
-        return answer.substr(0, count);
-      }
-      Sleep(10);
-    }
-    return "";
-  }
-
-  HMODULE library_;
-  std::int32_t (*initialize_)(const void*) = nullptr;
-  std::int32_t (*terminate_)() = nullptr;
-  std::int32_t (*send_)(const std::uint8_t*, std::uint32_t) = nullptr;
-  std::int32_t (*receive_)(std::uint8_t*, std::uint32_t*) = nullptr;
-  std::int32_t (*clear_)() = nullptr;
-  std::int32_t (*index_)() = nullptr;
-};
 
 constexpr const char* kChange =
     "^XA^S(CLR,Z,300^XZ^XA^JUS^XZ~DYE:LOGO,B,P,5,0,bytes^XA^F(AE:LOGO.PNG,Y^XZ^XA^H(E^XZ";
@@ -144,7 +62,7 @@ class FerrolinkDll : public testing::Test {
 };
 
 TEST_F(FerrolinkDll, ExportsTheSixEntryPointsAndReportsWrongUse) {
-  const CHost host;
+  const CFerrolinkHost host;
   ASSERT_TRUE(host.IsComplete());
   EXPECT_EQ(host.SendOnClosedPort(), -1002);
   EXPECT_EQ(host.ClearOnClosedPort(), -1002);
@@ -182,7 +100,8 @@ TEST_F(FerrolinkDll, ReadsTheIniOfItsFolder) {
 int main(int argc, char** argv) {
   if (argc == 3 && std::string(argv[1]) == "exchange") {
     const fs::path folder = argv[2];
-    std::ofstream(folder / "answer", std::ios::binary) << CHost().Exchange(ReadAll(folder / "commands"));
+    std::ofstream(folder / "answer", std::ios::binary)
+        << CFerrolinkHost().Exchange(ReadAll(folder / "commands"));
     return 0;
   }
   testing::InitGoogleTest(&argc, argv);

@@ -13,8 +13,8 @@ void Require(bool condition) {
 }
 
 bool Holds(std::string_view datagram, std::string_view part) {
-  return part.empty() || (part.data() >= datagram.data() &&
-                          part.data() + part.size() <= datagram.data() + datagram.size());
+  return part.empty() ||
+         (part.data() >= datagram.data() && part.data() + part.size() <= datagram.data() + datagram.size());
 }
 
 }  // namespace
@@ -33,7 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const tagPrinterNames names = ReadPrinterNames(datagram);
   Require(Holds(datagram, names.first) && Holds(datagram, names.second));
   Require(names.first.size() + names.second.size() <= 493);
-  Require(names.first.find('\0') == std::string_view::npos && names.second.find('\0') == std::string_view::npos);
+  Require(names.first.find('\0') == std::string_view::npos &&
+          names.second.find('\0') == std::string_view::npos);
   ParseMac(datagram);
   return 0;
 }

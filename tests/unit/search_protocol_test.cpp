@@ -19,7 +19,8 @@ std::string Announcement() {
 }
 
 std::string Answer(std::uint32_t status, std::string_view data = {}) {
-  return "KORVAq" + Bytes({0, 0, 0, 0, static_cast<int>(status >> 8), static_cast<int>(status & 0xFF), 0, 0}) +
+  return "KORVAq" +
+         Bytes({0, 0, 0, 0, static_cast<int>(status >> 8), static_cast<int>(status & 0xFF), 0, 0}) +
          std::string(data);
 }
 
@@ -45,7 +46,8 @@ TEST(SearchProtocolTest, RequestsCarryTheCommandAndTheTargetWhenThereIsOne) {
 
 TEST(SearchProtocolTest, AMacIsTwelveHexadecimalDigits) {
   EXPECT_EQ(kMac, ParseMac("001b82C0fF0E"));
-  for (const char* text : {"", "001B82C0FF0", "001B82C0FF0E0", "001B82C0FF0G", "00:1B:82:C0:F", "001B82C0FF @"}) {
+  for (const char* text :
+       {"", "001B82C0FF0", "001B82C0FF0E0", "001B82C0FF0G", "00:1B:82:C0:F", "001B82C0FF @"}) {
     EXPECT_EQ(std::nullopt, ParseMac(text)) << text;
   }
 }
@@ -65,9 +67,9 @@ TEST(SearchProtocolTest, EveryFixedFieldOfAnAnnouncementCounts) {
     int value;
     bool taken;
   } cases[] = {
-      {0, 'k', false},  {5, 'P', false},  {5, 'q', false},  {6, 1, false},    {7, 0xFF, true},
-      {8, 1, false},    {9, 1, false},    {10, 0, false},   {11, 1, false},   {12, 0xFF, true},
-      {75, 3, true},    {75, 0xFE, true}, {75, 0xFD, false}, {75, 0, false},
+      {0, 'k', false}, {5, 'P', false},  {5, 'q', false},   {6, 1, false},  {7, 0xFF, true},
+      {8, 1, false},   {9, 1, false},    {10, 0, false},    {11, 1, false}, {12, 0xFF, true},
+      {75, 3, true},   {75, 0xFE, true}, {75, 0xFD, false}, {75, 0, false},
   };
   for (const auto& [offset, value, taken] : cases) {
     std::string datagram = Announcement();
@@ -116,8 +118,8 @@ TEST(SearchProtocolTest, AddressedCommandsAreAnsweredByTheirTarget) {
   const std::string named = Answer(0, mac);
   const std::string named_later = Answer(0, "?" + mac);
   const std::string nameless = Answer(0, "strange");
-  for (const std::uint32_t command : {256U, 257U, 258U, 0x20001U, 0x40000U, 0x8A1000U, 0x8A1001U, 0xCA1001U,
-                                      0xCB1000U, 0U}) {
+  for (const std::uint32_t command :
+       {256U, 257U, 258U, 0x20001U, 0x40000U, 0x8A1000U, 0x8A1001U, 0xCA1001U, 0xCB1000U, 0U}) {
     EXPECT_TRUE(IsGoodAnswer(named, command, kMac)) << command;
     EXPECT_FALSE(IsGoodAnswer(named_later, command, kMac)) << command;
     EXPECT_FALSE(IsGoodAnswer(named.substr(0, 19), command, kMac)) << command;
@@ -142,10 +144,17 @@ TEST(SearchProtocolTest, NamesEndAtAZeroByteTheBlockOrTheDatagram) {
     std::string block;
     std::string names;
   } cases[] = {
-      {15, two, "one|two"},          {2 + 6, two, "one|tw"},   {2 + 4, two, "one|"},
-      {2 + 2, two, "on|"},           {0xFFFF, two, "one|two"}, {2, two, "|"},
-      {1, two, "|"},                 {0, two, "|"},            {15, "", "|"},
-      {15, "one", "one|"},           {0xFFFF, "a" + std::string(1, '\0') + "b", "a|b"},
+      {15, two, "one|two"},
+      {2 + 6, two, "one|tw"},
+      {2 + 4, two, "one|"},
+      {2 + 2, two, "on|"},
+      {0xFFFF, two, "one|two"},
+      {2, two, "|"},
+      {1, two, "|"},
+      {0, two, "|"},
+      {15, "", "|"},
+      {15, "one", "one|"},
+      {0xFFFF, "a" + std::string(1, '\0') + "b", "a|b"},
       {15, std::string(1, '\0') + "b", "|b"},
   };
   for (const auto& [length, block, names] : cases) {

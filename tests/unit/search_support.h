@@ -60,52 +60,26 @@ class CListedUsb final : public IUsbPrinterSource {
   std::vector<tagUsbRawEntry> entries;
 };
 
-/**
- * Emulated printers on loopback addresses of their own, served by a thread. A datagram to the first address
- * counts as a broadcast to all of them: no real one is sent.
- */
-class CLoopbackPrinters {
+/** An emulated printer on the loopback address, served by a thread; what it gets counts as broadcast too. */
+class CLoopbackPrinter {
  public:
-  struct tagMember {
-    lxemu::tagSearchIdentity identity;
-    lxemu::tagSearchPlan plan;
-    lxemu::CSocket socket{};
-  };
+  CLoopbackPrinter();
+  ~CLoopbackPrinter();
+  CLoopbackPrinter(const CLoopbackPrinter&) = delete;
+  CLoopbackPrinter& operator=(const CLoopbackPrinter&) = delete;
 
-  /** The printers stand on 127.0.0.2, 127.0.0.3 ... in the order of the plans. */
-  explicit CLoopbackPrinters(const std::vector<lxemu::tagSearchPlan>& plans);
-  ~CLoopbackPrinters();
-  CLoopbackPrinters(const CLoopbackPrinters&) = delete;
-  CLoopbackPrinters& operator=(const CLoopbackPrinters&) = delete;
+  /** For a search that is to find it: no real broadcast is sent. */
+  tagSearchNetwork Network() const { return {0x7F000001, socket_.LocalAddress().port}; }
 
-  /** For a search that is to find these printers. */
-  tagSearchNetwork Network() const { return {0x7F000001, port_}; }
-
-  /** How many broadcasts all printers have answered. */
-  int Broadcasts() const { return broadcasts_; }
-  /** How many requests have come to any of the printers. */
-  int Requests() const { return requests_; }
-
-  /** All printers ignore what comes from now on. */
-  void FallSilent() { silent_ = true; }
-
-  /** Sends bytes to the host that broadcast last, from the first printer's address. */
-  void SendToHost(std::string_view bytes);
+  /** How many datagrams it has answered. */
+  int Answered() const { return answered_; }
 
  private:
-  bool Bind();
   void Run();
-  void Answer(tagMember& member, std::string_view datagram, const lxemu::tagSocketAddress& to);
 
-  std::vector<tagMember> members_;
-  lxemu::CSocket broadcast_socket_;
-  lxemu::CSocket other_port_;
-  std::uint16_t port_ = 0;
-  std::mutex lock_;
-  lxemu::tagSocketAddress host_;
-  std::atomic<int> broadcasts_{0};
-  std::atomic<int> requests_{0};
-  std::atomic<bool> silent_{false};
+  std::string problem_;
+  const lxemu::CSocket socket_;
+  std::atomic<int> answered_{0};
   std::atomic<bool> stop_{false};
   std::thread thread_;
 };

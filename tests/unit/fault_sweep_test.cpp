@@ -51,6 +51,9 @@ std::int32_t Execute(std::uint32_t code) {
 }
 
 const std::vector<tagSweptOperation>& Operations() {
+  // Made here: in the operations themselves they would be allocations of the test's own.
+  static const WideString graphic_name = Wide("LOGO.PNG");
+  static const WideString format_name = Wide("LABEL.ZPL");
   static const std::vector<tagSweptOperation> operations{
       {"load one", LoadFromANonNeutralPrinter, [] { return TVMGR_LoadSetting(false, 12); }},
       {"load by list",
@@ -88,21 +91,14 @@ const std::vector<tagSweptOperation>& Operations() {
          StoreFiles(world);
          EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(Wide("KORVDEF.BGD").c_str(), 0, 1000));
        },
-       [] {
-         static const WideString name = Wide("LOGO.PNG");
-         return TVMGR_LoadStoredData(name.c_str(), 0, 1000);
-       },
+       [] { return TVMGR_LoadStoredData(graphic_name.c_str(), 0, 1000); },
        {TVMGR_OK, TVMGR_PAYLOAD_UNREADABLE},
        [](CTestWorld& world) {
          if (world.call_failed) {
            EXPECT_EQ("background", StoredFile());
          }
        }},
-      {"fetch a format", StoreFiles,
-       [] {
-         static const WideString name = Wide("LABEL.ZPL");
-         return TVMGR_LoadStoredData(name.c_str(), 1, 1000);
-       }},
+      {"fetch a format", StoreFiles, [] { return TVMGR_LoadStoredData(format_name.c_str(), 1, 1000); }},
       {"delete",
        [](CTestWorld& world) {
          StoreFiles(world);

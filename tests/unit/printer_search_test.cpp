@@ -287,7 +287,7 @@ TEST_F(PrinterSearchTest, DestructionDoesNotWaitForSilentPrinters) {
   auto search = SearchOn(printers);
   ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
   printers.FallSilent();
-  clock_.Flow(20);
+  clock_.Flow(10);
   ASSERT_TRUE(Eventually([&] { return printers.Requests() == 1; }));  // the worker asks
   const std::uint32_t start = clock_.TickCount();
   search.reset();

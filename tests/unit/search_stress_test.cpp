@@ -99,7 +99,7 @@ TEST(ConnectorStressTest, ConnectsThatSucceedFailAndHang) {
   int connected = 0;
   CSocketProc connection(sockets, clock, codec);
   connection.SetUseConnectThread(1);
-  for (int i = 0; i < 60; ++i) {
+  for (int i = 0; i < 20; ++i) {
     if (connection.Open(&address, kSelectorHttp) == kNetDone) {
       ++connected;
       EXPECT_EQ(1U, sockets.OpenSockets());

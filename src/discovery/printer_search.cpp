@@ -162,6 +162,7 @@ std::int32_t CPrinterSearch::GetInfo(std::int32_t kind, std::int32_t index, Tvmg
 }
 
 bool CPrinterSearch::StartWorker(std::uint32_t kind) {
+  worker_runs_ = false;
   try {
     worker_ = std::thread(&CPrinterSearch::RunWorker, this, kind);
   } catch (const std::system_error&) {
@@ -169,7 +170,8 @@ bool CPrinterSearch::StartWorker(std::uint32_t kind) {
   } catch (const std::bad_alloc&) {
     return false;
   }
-  worker_runs_.acquire();
+  std::unique_lock guard(worker_runs_lock_);
+  worker_runs_changed_.wait(guard, [this] { return worker_runs_; });
   return true;
 }
 
@@ -180,7 +182,11 @@ void CPrinterSearch::WaitForWorker() {
 }
 
 void CPrinterSearch::RunWorker(std::uint32_t kind) noexcept {
-  worker_runs_.release();
+  {
+    const std::lock_guard guard(worker_runs_lock_);
+    worker_runs_ = true;
+    worker_runs_changed_.notify_one();
+  }
   WaitOutSearch(kind);
   if (!closing_.stop_requested()) {
     Stop(kind);

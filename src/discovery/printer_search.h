@@ -1,10 +1,10 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <semaphore>
 #include <stop_token>
 #include <thread>
 #include <vector>
@@ -87,9 +87,11 @@ class CPrinterSearch {
   const tagSearchNetwork network_settings_;
   const std::uint32_t search_time_ms_;
 
-  std::mutex starts_lock_;  // one start at a time, the wait for the earlier worker included
-  std::thread worker_;      // under starts_lock_
-  std::binary_semaphore worker_runs_{0};
+  std::mutex starts_lock_;       // one start at a time, the wait for the earlier worker included
+  std::thread worker_;           // under starts_lock_
+  std::mutex worker_runs_lock_;  // no semaphore: MinGW's can miss its wake-up
+  std::condition_variable worker_runs_changed_;
+  bool worker_runs_ = false;
   std::stop_source closing_;
 
   // Taken in this order where two are held.

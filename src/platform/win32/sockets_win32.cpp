@@ -48,6 +48,10 @@ class CWin32Sockets final : public ISockets {
 
   SocketHandle Create(std::int32_t type) override {
     Start();
+    if (type < SOCK_STREAM) {  // the system would choose one
+      ::WSASetLastError(WSAESOCKTNOSUPPORT);
+      return kInvalidSocket;
+    }
     return ::WSASocketW(AF_INET, type, 0, nullptr, 0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
   }
 

@@ -43,6 +43,7 @@ void CCliTest::SetUp() {
   fs::create_directories(folder_ / "printer");
   SetEnvironmentVariableW(L"LXEMU_MEMORY", (folder_ / "printer").c_str());
   SetEnvironmentVariableW(L"LXEMU_LOG", (folder_ / "exchanges.log").c_str());
+  SetEnvironmentVariableW(L"TVMGR_CONFIG", (folder_ / "choice.json").c_str());
   for (const wchar_t* const variable : {L"TVMGR_PORT", L"TVMGR_DEVICE", L"TVMGR_ADDRESS"}) {
     SetEnvironmentVariableW(variable, nullptr);
   }
@@ -92,6 +93,10 @@ fs::path CCliTest::HostPath(const std::string& name) const {
 
 std::string CCliTest::HostFile(const std::string& name, const std::string& bytes) const {
   WriteFileBytes(HostPath(name), bytes);
+  return Utf8Path(name);
+}
+
+std::string CCliTest::Utf8Path(const std::string& name) const {
   const std::u8string path = HostPath(name).u8string();
   return {path.begin(), path.end()};
 }

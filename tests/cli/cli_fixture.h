@@ -32,6 +32,7 @@ class CCliTest : public testing::Test {
 
   /** A path in the test's folder; its text is UTF-8. */
   std::filesystem::path HostPath(const std::string& name) const;
+  std::string Utf8Path(const std::string& name) const;
   std::string HostFile(const std::string& name, const std::string& bytes) const;
 
   /** The file as it lies in the printer's memory; empty when it is not there. */

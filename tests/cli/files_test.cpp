@@ -31,15 +31,13 @@ TEST_F(CFilesTest, PutStoresEachKindWithItsBytes) {
       {"ready.txt", "^XA^DFE:READY.ZPL^FS^FDz^FS^XZ", {}, "READY.ZPL", "^FDz^FS"},
       {"object.txt", "~DYE:RAW,B,T,3,0,abc", {}, "RAW.TTF", "abc"},
   };
-  std::vector<std::vector<std::string>> all;
+  // One after the other: the printer's memory is one folder, and all of them write to it.
   for (const auto& file : cases) {
-    all.push_back({"put", HostFile(file.host_name, file.contents)});
-    all.back().insert(all.back().end(), file.options.begin(), file.options.end());
-  }
-  const std::vector<tagRun> runs = TvmgrEach(all);
-  for (std::size_t i = 0; i < runs.size(); ++i) {
-    EXPECT_EQ(runs[i].exit_code, 0U) << cases[i].host_name << ": " << runs[i].err;
-    EXPECT_EQ(StoredOnE(cases[i].stored_name), cases[i].stored) << cases[i].host_name;
+    std::vector<std::string> put = {"put", HostFile(file.host_name, file.contents)};
+    put.insert(put.end(), file.options.begin(), file.options.end());
+    const tagRun run = Tvmgr(put);
+    EXPECT_EQ(run.exit_code, 0U) << file.host_name << ": " << run.err;
+    EXPECT_EQ(StoredOnE(file.stored_name), file.stored) << file.host_name;
   }
 }
 

@@ -36,6 +36,33 @@ std::wstring Quote(const std::wstring& argument) {
   return quoted.append(backslashes, L'\\') + L"\"";
 }
 
+// Under Wine the first process that takes part in a desktop starts the desktop's own process, which keeps the
+// streams of its starter open for as long as it lives: whoever reads them to the end would wait for it. So a
+// run without streams starts it, and this process holds it.
+void StartDesktop(const std::filesystem::path& program) {
+  std::wstring command_line = Quote(program.wstring()) + L" --version";
+  SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  // A file, since the null device alone would leave the streams of this process in their place.
+  const std::filesystem::path file = std::filesystem::temp_directory_path() /
+                                     (L"tvmgr_test_" + std::to_wstring(GetCurrentProcessId()) + L".out");
+  const HANDLE nothing = CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherited,
+                                     CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  start.dwFlags = STARTF_USESTDHANDLES;
+  start.hStdInput = start.hStdOutput = start.hStdError = nothing;
+  PROCESS_INFORMATION process{};
+  if (CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                     &start, &process)) {
+    WaitForSingleObject(process.hProcess, kLongestRunMs);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+  }
+  CloseHandle(nothing);
+  GetDesktopWindow();
+}
+
 class CPipe {
  public:
   explicit CPipe(bool parent_reads) {
@@ -90,6 +117,8 @@ class CPipe {
 tagRun RunProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                   const std::string& input) {
   std::unique_lock<std::mutex> starting(start_mutex);
+  static std::once_flag desktop;
+  std::call_once(desktop, [&] { StartDesktop(program); });
   CPipe in(false);
   CPipe out(true);
   CPipe err(true);

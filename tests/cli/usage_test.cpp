@@ -37,6 +37,21 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
       {{"rm", "TOOLONGNAME.PNG", "--yes"}, "TOOLONGNAME"},
       {{"put", file, "--kind", "font"}, "font"},
       {{"put", file, "--name", "OTHER.BGD"}, "KORVDEF.BGD"},
+      {{"backup"}, "FILE"},
+      {{"backup", "x.bak", "--sections", "settings,labels"}, "labels"},
+      {{"backup", "check"}, "file"},
+      {{"backup", "check", file, "b.bak"}, "too many"},
+      {{"backup", "diff", file, file, "--yes"}, "belong to"},
+      {{"backup", "diff", file}, "b is required"},
+      {{"backup", "diff", file, file}, "no backup file"},
+      {{"backup", "diff", "C:\\no\\such\\file", file}, "cannot be opened"},
+      {{"restore"}, "file"},
+      {{"search"}, "kind"},
+      {{"search", "serial"}, "serial"},
+      {{"use", "3"}, "no printer 3"},
+      {{"use", "0"}, "no printer 0"},
+      {{"use", "USB001", "--clear"}, "--clear"},
+      {{"use", "--as", "port"}, "--as"},
       {{"--device", "x", "--address", "y", "status"}, "--address"},
   };
   std::vector<std::vector<std::string>> all;
@@ -53,8 +68,9 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
 }
 
 TEST_F(CUsageTest, HelpNamesEveryCommandAndEachHasExamples) {
-  const std::vector<std::string> commands = {"ports", "status", "get",   "set", "prefix", "codes",
-                                             "op",    "files",  "fetch", "put", "rm",     "send"};
+  const std::vector<std::string> commands = {"search", "use",    "info",  "ports",  "status", "get",
+                                             "set",    "prefix", "codes", "op",     "files",  "fetch",
+                                             "put",    "rm",     "send",  "backup", "restore"};
   std::vector<std::vector<std::string>> all{{"--help"}};
   for (const std::string& command : commands) {
     all.push_back({command, "--help"});

@@ -75,7 +75,7 @@ int RunFiles(const tagGlobalOptions& global, const tagFilesOptions& options) {
   }
   global.json ? output.PrintJson() : output.PrintTable();
   if (output.IsEmpty()) {
-    session.Remark("the printer stores no such files");
+    session.Remark(options.list.empty() ? "no files stored" : "no such files stored");
   }
   return kExitDone;
 }
@@ -86,7 +86,7 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
     RequireDeletableKind(name);
     all += (all.empty() ? "" : ", ") + name;
   }
-  Confirm("delete " + all + " on the printer", options.yes);
+  Confirm("delete " + all + " on " + Describe(ChoiceInForce(global)), options.yes);
 
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();

@@ -61,14 +61,16 @@ int RunCommandLine(std::vector<std::string> arguments) {
   program.get_formatter()->column_width(30);
   program.require_subcommand(1);
   program.footer(
-      "Without --device, --port and --address the port library chooses. Options may stand before or after "
-      "the\n"
-      "command; \"tvmgr COMMAND --help\" explains a command and gives examples.\n"
+      "Without --device, --port and --address the printer of \"tvmgr use\" is taken, else the port library\n"
+      "chooses. Options may stand before or after the command; \"tvmgr COMMAND --help\" explains a command\n"
+      "and gives examples.\n"
       "Exit codes: 0 done, 1 failed, 2 wrong usage.");
   AddGlobalOptions(program, global);
   std::vector<tagCommand> commands;
+  AddDiscoveryCommands(program, global, commands);
   AddSettingCommands(program, global, commands);
   AddDataCommands(program, global, commands);
+  AddBackupCommands(program, global, commands);
   try {
     return Run(program, commands, std::move(arguments));
   } catch (const CCommandError& error) {

@@ -90,7 +90,7 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
   }
   const std::string data = operation.code == TVMGR_OP_SEND_DATA ? ReadData(options.data) : std::string();
   if (operation.is_destructive) {
-    Confirm(std::string(operation.effect), options.yes);
+    Confirm(std::string(operation.effect) + " on " + Describe(ChoiceInForce(global)), options.yes);
   }
 
   const CManagerSession session(global);

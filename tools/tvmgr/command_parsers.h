@@ -14,8 +14,11 @@ struct tagCommand {
   std::function<int()> run;
 };
 
-// Both add their commands to the program's parser. `global` has to outlive the commands.
+// Each adds its commands to the program's parser; of commands within one another the inner ones come first. `global` has to outlive the commands.
 void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
 void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+void AddBackupCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
+                          std::vector<tagCommand>& commands);
 
 }  // namespace tvmgr

@@ -6,30 +6,13 @@
 #include "console.h"
 #include "manager_session.h"
 #include "record_output.h"
+#include "status_words.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-struct tagStatusWords {
-  const char* name;
-  const char* meaning;
-};
-
-tagStatusWords StatusWords(std::uint32_t status) {
-  switch (status) {
-    case TVMGR_STATUS_IDLE:
-      return {"idle", "ready"};
-    case TVMGR_STATUS_BUSY:
-      return {"busy", "printing, in a maintenance routine, or off-line by its own panel"};
-    case TVMGR_STATUS_UNKNOWN:
-      return {"unknown", "the printer did not answer: off-line or not reachable"};
-    default:
-      return {"other", "the printer reports a state that has no name here"};
-  }
-}
 
 void Print(const tagGlobalOptions& global, std::uint32_t status, bool with_time) {
   const tagStatusWords words = StatusWords(status);
@@ -45,7 +28,6 @@ void Print(const tagGlobalOptions& global, std::uint32_t status, bool with_time)
 }
 
 int Watch(const tagGlobalOptions& global, const tagStatusOptions& options, const CManagerSession& session) {
-  const CInterruptWait interrupt;
   const auto to_duration = [](double seconds) {
     return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
   };
@@ -67,7 +49,7 @@ int Watch(const tagGlobalOptions& global, const tagStatusOptions& options, const
     const auto pause =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::min(next, end) - Clock::now());
     const auto pause_ms = static_cast<std::uint32_t>(std::max<std::int64_t>(pause.count(), 0));
-    if (interrupt.WaitFor(pause_ms) || Clock::now() >= end) {
+    if (session.WaitOrInterrupted(pause_ms) || Clock::now() >= end) {
       break;
     }
   }

@@ -170,7 +170,7 @@ int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
                                   static_cast<std::uint32_t>(download.command.size()), nullptr, 0);
   });
   constexpr std::uint64_t kLongestTransfer = 50ULL * 60 * 1000;
-  const std::uint64_t transfer = global.address.empty() ? limit::kTransaction : kLongestTransfer;
+  const std::uint64_t transfer = session.IsNetwork() ? kLongestTransfer : limit::kTransaction;
   session.Require("TVMGR_RegistData", "storing " + download.name, transfer + limit::kConfirmFiles,
                   [] { return TVMGR_RegistData(); });
   // For stored formats the result says only that they were sent; the refreshed lists tell the rest.

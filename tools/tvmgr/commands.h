@@ -18,6 +18,13 @@ int RunFiles(const tagGlobalOptions& global, const tagFilesOptions& options);
 int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options);
 int RunPut(const tagGlobalOptions& global, const tagPutOptions& options);
 int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options);
+int RunBackup(const tagGlobalOptions& global, const tagBackupOptions& options);
+int RunBackupCheck(const tagGlobalOptions& global, const tagBackupCheckOptions& options);
+int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& options);
+int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options);
+int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options);
+int RunUse(const tagGlobalOptions& global, const tagUseOptions& options);
+int RunInfo(const tagGlobalOptions& global);
 int RunCodes(const tagGlobalOptions& global);
 
 }  // namespace tvmgr

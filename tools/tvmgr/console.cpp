@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <iostream>
+#include <mutex>
 
 #include "command_error.h"
 
@@ -15,13 +16,23 @@ namespace {
 
 // Console handlers take no argument, so the event has to stand where the handler finds it.
 std::atomic<HANDLE> interrupt_event{nullptr};
+std::mutex running_mutex;
+std::string running;  // guarded by running_mutex
 
 BOOL WINAPI OnInterrupt(DWORD kind) {
   const HANDLE event = interrupt_event.load();
   if ((kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) || event == nullptr) {
     return FALSE;
   }
+  if (WaitForSingleObject(event, 0) == WAIT_OBJECT_0) {
+    return FALSE;  // pressed before: the next handler ends the process
+  }
   SetEvent(event);
+  const std::lock_guard<std::mutex> lock(running_mutex);
+  if (!running.empty()) {
+    WriteError("\nCtrl-C: waiting for " + running +
+               " to end, so that the printer is left in order; again ends at once\n");
+  }
   return TRUE;
 }
 
@@ -62,6 +73,11 @@ CInterruptWait::~CInterruptWait() {
   if (event != nullptr) {
     CloseHandle(event);
   }
+}
+
+void CInterruptWait::SetRunning(const std::string& what) {
+  const std::lock_guard<std::mutex> lock(running_mutex);
+  running = what;
 }
 
 bool CInterruptWait::WaitFor(std::uint32_t ms) const {

@@ -25,7 +25,11 @@ class CConsoleSetup {
   unsigned int earlier_code_page_ = 0;
 };
 
-/** While one exists, Ctrl-C does not end the process but ends the waiting. One at a time. */
+/**
+ * While one exists, the first Ctrl-C or Ctrl-Break does not end the process, so that a call of the module can
+ * end in order; it is announced on stderr when a call runs. A second one ends the process at once. One at a
+ * time.
+ */
 class CInterruptWait {
  public:
   CInterruptWait();
@@ -35,6 +39,12 @@ class CInterruptWait {
 
   /** Waits; true as soon as Ctrl-C or Ctrl-Break was pressed since the construction. */
   bool WaitFor(std::uint32_t ms) const;
+
+  /** True when Ctrl-C or Ctrl-Break was pressed since the construction. */
+  bool WasPressed() const { return WaitFor(0); }
+
+  /** Says what runs, for the announcement; empty: nothing. */
+  static void SetRunning(const std::string& what);
 };
 
 /**

@@ -1,8 +1,8 @@
 #include "download_command.h"
 
 #include <algorithm>
-#include <array>
 
+#include "backup_file/stored_download.h"
 #include "command_error.h"
 #include "text_encoding.h"
 
@@ -57,27 +57,6 @@ std::string EncodeBase64(std::string_view bytes) {
   return text;
 }
 
-// CRC-16 with polynomial 0x1021 and start value 0, over the base64 text.
-std::uint16_t Checksum(std::string_view text) {
-  constexpr auto kTable = [] {
-    std::array<std::uint16_t, 256> table{};
-    for (std::uint32_t byte = 0; byte < 256; ++byte) {
-      std::uint32_t value = byte << 8;
-      for (int bit = 0; bit < 8; ++bit) {
-        value = (value & 0x8000U) != 0 ? value << 1 ^ 0x1021U : value << 1;
-      }
-      table[byte] = static_cast<std::uint16_t>(value);
-    }
-    return table;
-  }();
-  std::uint16_t crc = 0;
-  for (const char c : text) {
-    const auto index = static_cast<std::uint8_t>(crc >> 8 ^ static_cast<unsigned char>(c));
-    crc = static_cast<std::uint16_t>(crc << 8 ^ kTable[index]);
-  }
-  return crc;
-}
-
 std::string_view ExtensionOfLetter(char letter) {
   for (const tagFileKind& kind : AllFileKinds()) {
     if (kind.object_letter == letter && letter != 0) {
@@ -92,7 +71,7 @@ std::string_view ExtensionOfLetter(char letter) {
 std::string MakeObjectDownload(std::string_view name, const tagFileKind& kind, std::string_view bytes,
                                std::uint32_t row_bytes) {
   const std::string base64 = EncodeBase64(bytes);
-  const std::uint16_t crc = Checksum(base64);
+  const std::uint16_t crc = DownloadChecksum(base64);
   const std::string crc_bytes{static_cast<char>(crc >> 8), static_cast<char>(crc & 0xFF)};
   std::string command(kObjectHead);
   command += "E:" + std::string(name) + ",B," + kind.object_letter + "," + std::to_string(bytes.size()) +

@@ -24,7 +24,11 @@ constexpr char kSilent[] =
 
 }  // namespace
 
-CManagerSession::CManagerSession(const tagGlobalOptions& options) : options_(options) {
+std::string TextOf(const wchar_t* text) {
+  return text == nullptr ? std::string() : ToUtf8(text);
+}
+
+CManagerSession::CManagerSession(const tagGlobalOptions& options, bool choose) : options_(options) {
   const std::int32_t result = TVMGR_Initialize();
   if (result != TVMGR_OK) {
     // Also a failed start may have left a manager in place.
@@ -32,7 +36,9 @@ CManagerSession::CManagerSession(const tagGlobalOptions& options) : options_(opt
     Fail("starting the module", result);
   }
   try {
-    ChoosePrinter();
+    if (choose) {
+      ChoosePrinter();
+    }
   } catch (...) {
     TVMGR_Terminate();
     throw;
@@ -44,9 +50,10 @@ CManagerSession::~CManagerSession() {
 }
 
 void CManagerSession::ChoosePrinter() const {
-  const std::wstring port = ToWide(options_.port);
-  const std::wstring device = ToWide(options_.device);
-  const std::wstring address = ToWide(options_.address);
+  const tagPrinterChoice choice = ChoiceInForce(options_);
+  const std::wstring port = ToWide(choice.port);
+  const std::wstring device = ToWide(choice.device);
+  const std::wstring address = ToWide(choice.address);
   TvmgrFoundPrinter record = {};
   record.kind = address.empty() ? TVMGR_SEARCH_USB : TVMGR_SEARCH_NETWORK;
   record.text3 = device.empty() ? nullptr : device.c_str();
@@ -65,8 +72,8 @@ void CManagerSession::LogChoice() const {
   TvmgrFoundPrinter chosen = {};
   if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
     const auto text = [](TvmgrText wide) {
-      return wide == nullptr || *wide == 0 ? std::string("-")
-                                           : ToUtf8(std::wstring_view(wide, TvmgrTextLength(wide)));
+      const std::string utf8 = TextOf(wide);
+      return utf8.empty() ? std::string("-") : utf8;
     };
     const bool network = chosen.kind == TVMGR_SEARCH_NETWORK;
     WriteError(std::string("printer: ") + (network ? "network" : "USB or none") + ", port " +
@@ -82,7 +89,9 @@ std::int32_t CManagerSession::Call(const char* function, const std::string& what
   std::uint64_t elapsed_ms = 0;
   {
     const CProgress progress(what, longest_ms, !options_.quiet);
+    CInterruptWait::SetRunning(what);
     result = call();
+    CInterruptWait::SetRunning({});
     elapsed_ms = progress.ElapsedMs();
   }
   if (options_.verbose) {
@@ -94,6 +103,9 @@ std::int32_t CManagerSession::Call(const char* function, const std::string& what
 
 void CManagerSession::Require(const char* function, const std::string& what, std::uint64_t longest_ms,
                               const std::function<std::int32_t()>& call) const {
+  if (interrupt_.WasPressed()) {
+    throw CFailure("stopped by Ctrl-C before " + what);
+  }
   const std::int32_t result = Call(function, what, longest_ms, call);
   if (result != TVMGR_OK) {
     Fail(what, result);
@@ -102,8 +114,13 @@ void CManagerSession::Require(const char* function, const std::string& what, std
 
 std::uint32_t CManagerSession::Status() const {
   std::uint32_t status = TVMGR_STATUS_UNKNOWN;
-  Require("TVMGR_GetPrinterStatus", "asking for the printer's status", limit::kShortExchange,
-          [&] { return TVMGR_GetPrinterStatus(&status); });
+  // Not stopped by Ctrl-C: who watches the status ends in order.
+  const std::string what = "asking for the printer's status";
+  const std::int32_t result = Call("TVMGR_GetPrinterStatus", what, limit::kShortExchange,
+                                   [&] { return TVMGR_GetPrinterStatus(&status); });
+  if (result != TVMGR_OK) {
+    Fail(what, result);
+  }
   return status;
 }
 
@@ -125,6 +142,13 @@ void CManagerSession::LoadAll() const {
   if (!answered) {
     throw CFailure(kSilent);
   }
+}
+
+bool CManagerSession::IsNetwork() const {
+  TvmgrFoundPrinter chosen = {};
+  const bool network = TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK && chosen.kind == TVMGR_SEARCH_NETWORK;
+  TvmgrFoundPrinterRelease(&chosen);
+  return network;
 }
 
 std::optional<std::string> CManagerSession::Value(std::int32_t id) const {

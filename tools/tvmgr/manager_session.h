@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "console.h"
 #include "options.h"
+#include "printer_choice.h"
 
 namespace tvmgr {
 
@@ -22,13 +24,17 @@ constexpr std::uint64_t kDirectSend = 4 * kTransaction;
 constexpr std::uint64_t kConfirmFiles = 10 * (500 + 2 * kTransaction);
 }  // namespace limit
 
+/** A text of a record (TvmgrText); empty for null. */
+std::string TextOf(const wchar_t* text);
+
 /**
  * The module, initialised and with the printer chosen; terminated at the end. Every call shows its progress.
  * A code that is not expected ends the command with its explanation.
  */
 class CManagerSession {
  public:
-  explicit CManagerSession(const tagGlobalOptions& options);
+  /** @param choose  false: no printer is chosen, for commands that look for one */
+  explicit CManagerSession(const tagGlobalOptions& options, bool choose = true);
   ~CManagerSession();
   CManagerSession(const CManagerSession&) = delete;
   CManagerSession& operator=(const CManagerSession&) = delete;
@@ -44,7 +50,7 @@ class CManagerSession {
   std::int32_t Call(const char* function, const std::string& what, std::uint64_t longest_ms,
                     const std::function<std::int32_t()>& call) const;
 
-  /** As Call; a result other than 0 ends the command. */
+  /** As Call; a result other than 0 ends the command, and so does Ctrl-C before the call. */
   void Require(const char* function, const std::string& what, std::uint64_t longest_ms,
                const std::function<std::int32_t()>& call) const;
 
@@ -60,6 +66,12 @@ class CManagerSession {
   /** Reads all settings and file lists. A printer that answered no setting at all ends the command. */
   void LoadAll() const;
 
+  /** True when the printer is reached by an address, whose transfers may take longer. */
+  bool IsNetwork() const;
+
+  /** Waits; true as soon as Ctrl-C was pressed. */
+  bool WaitOrInterrupted(std::uint32_t ms) const { return interrupt_.WaitFor(ms); }
+
   /** The stored bytes of a setting; none when the printer did not answer it. */
   std::optional<std::string> Value(std::int32_t id) const;
 
@@ -74,6 +86,7 @@ class CManagerSession {
   void LogChoice() const;
 
   const tagGlobalOptions& options_;
+  CInterruptWait interrupt_;
 };
 
 }  // namespace tvmgr

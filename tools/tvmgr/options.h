@@ -81,6 +81,38 @@ struct tagPutOptions {
   std::uint32_t row_bytes = 0; /**< bytes in one row of a GRF graphic; 0: not stated */
 };
 
+struct tagBackupOptions {
+  std::string file;
+  std::string sections; /**< letters or names; empty: settings and all stored files */
+  bool no_reload = false;
+  bool yes = false;
+};
+
+struct tagBackupCheckOptions {
+  std::string file;
+};
+
+struct tagBackupDiffOptions {
+  std::string first;
+  std::string second;
+};
+
+struct tagRestoreOptions {
+  std::string file;
+  bool yes = false;
+  bool force = false; /**< send the file whatever it holds */
+};
+
+struct tagSearchOptions {
+  std::string kind; /**< "usb", "network" or "all" */
+};
+
+struct tagUseOptions {
+  std::string printer; /**< number of the last search, address, port or device path; empty: show */
+  std::string as;      /**< "port", "address" or "device"; empty: by the look of it */
+  bool clear = false;
+};
+
 struct tagRemoveOptions {
   std::vector<std::string> names;
   bool yes = false;

@@ -2,16 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "command_error.h"
+#include "json_output.h"
 #include "text_encoding.h"
 
 namespace tvmgr {
 namespace {
-
-// Keeps the members in the order of the columns.
-using Json = nlohmann::ordered_json;
 
 Json ToJson(const std::vector<CRecordOutput::tagColumn>& columns, const std::vector<tagCell>& cells) {
   Json object = Json::object();
@@ -25,10 +22,6 @@ Json ToJson(const std::vector<CRecordOutput::tagColumn>& columns, const std::vec
         cells[i].value);
   }
   return object;
-}
-
-std::string Dump(const Json& json, int indent) {
-  return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace
@@ -88,11 +81,11 @@ void CRecordOutput::PrintJson() const {
   for (const std::vector<tagCell>& row : rows_) {
     array.push_back(ToJson(columns_, row));
   }
-  WriteOutput(Dump(array, 2));
+  tvmgr::PrintJson(array);
 }
 
 void CRecordOutput::PrintJsonObject(bool compact) const {
-  WriteOutput(Dump(rows_.empty() ? Json::object() : ToJson(columns_, rows_.front()), compact ? -1 : 2));
+  tvmgr::PrintJson(rows_.empty() ? Json::object() : ToJson(columns_, rows_.front()), compact);
 }
 
 void WriteOutput(std::string_view bytes) {

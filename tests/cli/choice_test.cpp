@@ -1,0 +1,94 @@
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include "cli_fixture.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+class CChoiceTest : public CCliTest {};
+
+TEST_F(CChoiceTest, UseTellsPortsAddressesAndDevicesApart) {
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{"USB001"}, "port"},
+      {{"IP_192.0.2.7"}, "port"},
+      {{"192.0.2.7"}, "address"},
+      {{"usbprinter"}, "address"},
+      {{"\\\\?\\usb#vid_1a2b"}, "device"},
+      {{"12", "--as", "address"}, "address"},
+  };
+  for (const auto& [arguments, kind] : cases) {
+    std::vector<std::string> use = {"use"};
+    use.insert(use.end(), arguments.begin(), arguments.end());
+    const json chosen = Json(use);
+    EXPECT_EQ(chosen["kind"], kind) << arguments.front();
+    EXPECT_EQ(chosen["value"], arguments.front());
+  }
+  EXPECT_EQ(Tvmgr({"use"}).out, "address 12\n");
+  EXPECT_EQ(Tvmgr({"use", "--clear"}).out, "no printer is remembered\n");
+  EXPECT_TRUE(Json({"use"})["kind"].is_null());
+}
+
+TEST_F(CChoiceTest, RememberedPrinterIsTakenWhenNothingElseNamesOne) {
+  ASSERT_EQ(Tvmgr({"use", "USB007"}).exit_code, 0U);
+  const struct {
+    std::vector<std::string> arguments;
+    const wchar_t* variable;
+    std::string chosen;
+  } cases[] = {
+      {{}, nullptr, "port USB007, device -, address -"},
+      {{"--port", "USB001"}, nullptr, "port USB001, device -, address -"},
+      {{}, L"USB002", "port USB002, device -, address -"},
+      {{"--device", "usb#9"}, L"USB002", "device usb#9, address -"},
+  };
+  for (const auto& choice : cases) {
+    SetEnvironmentVariableW(L"TVMGR_PORT", choice.variable);
+    std::vector<std::string> arguments = choice.arguments;
+    arguments.insert(arguments.end(), {"status", "--verbose"});
+    const tagRun run = Tvmgr(arguments);
+    EXPECT_EQ(run.exit_code, 0U) << run.err;
+    EXPECT_THAT(run.err, HasSubstr(choice.chosen));
+  }
+  EXPECT_THAT(Tvmgr({"use"}).err, HasSubstr("in force is the printer on USB002"));
+  SetEnvironmentVariableW(L"TVMGR_PORT", nullptr);
+  const json info = Json({"info"});
+  EXPECT_EQ(info["port"], "USB007");
+  EXPECT_EQ(info["status_name"], "idle");
+  EXPECT_EQ(info["settings"]["IMP,S"], "LX-R4100");
+}
+
+TEST_F(CChoiceTest, DamagedMemoryStopsCommandsInsteadOfChoosingAnotherPrinter) {
+  HostFile("choice.json", R"({"chosen":{"kind":"fax","value":"1"}})");
+  const tagRun run = Tvmgr({"status"});
+  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_THAT(run.err, HasSubstr("use --clear"));
+  EXPECT_EQ(Log(), "");
+  EXPECT_EQ(Tvmgr({"--port", "USB001", "status"}).exit_code, 0U);
+  EXPECT_EQ(Tvmgr({"codes"}).exit_code, 0U);
+  EXPECT_EQ(Tvmgr({"use", "--clear"}).exit_code, 0U);
+  EXPECT_EQ(Tvmgr({"status"}).exit_code, 0U);
+}
+
+TEST_F(CChoiceTest, InfoOfASilentPrinterFailsButShowsTheChoice) {
+  WriteIni("[faults]\nsilent=1\n");
+  const tagRun run = Tvmgr({"--port", "USB001", "info"});
+  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_THAT(run.out, HasSubstr("port     USB001\n"));
+  EXPECT_THAT(run.out, HasSubstr("status   unknown"));
+}
+
+TEST_F(CChoiceTest, SearchReplacesTheNumbersAndKeepsTheChoice) {
+  HostFile("choice.json", R"({"chosen":{"kind":"port","value":"USB001"},
+      "found":[{"kind":"address","value":"192.0.2.7","name":"Dock"}, {"kind":"device","value":"\\\\?\\usb#1"}]})");
+  EXPECT_EQ(Json({"use", "1"}), json::parse(R"({"kind":"address","value":"192.0.2.7","name":"Dock"})"));
+  EXPECT_EQ(Json({"use", "2"})["kind"], "device");
+  EXPECT_EQ(Tvmgr({"use", "USB001"}).exit_code, 0U);
+  // No printer hangs on this machine.
+  EXPECT_EQ(Json({"search", "usb"}), json::array());
+  EXPECT_EQ(Tvmgr({"use", "1"}).exit_code, 2U);
+  EXPECT_EQ(Json({"use"})["value"], "USB001");
+}
+
+}  // namespace

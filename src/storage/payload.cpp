@@ -27,8 +27,7 @@ bool EndsWith(std::string_view name, std::string_view extension) {
          EqualsIgnoringCase(name.substr(name.size() - extension.size()), extension);
 }
 
-}  // namespace
-
+/** The data field of the first "~DY" download command: everything after its fifth comma. */
 bool FindObjectData(std::string_view answer, std::string_view& data) {
   std::size_t at = answer.find(kDownloadObject);
   for (int field = 0; field < kHeaderFields && at != std::string_view::npos; ++field) {
@@ -40,6 +39,8 @@ bool FindObjectData(std::string_view answer, std::string_view& data) {
   data = answer.substr(at + 1);
   return true;
 }
+
+}  // namespace
 
 std::int32_t ExtractPayload(std::string_view answer, std::string& data) {
   data.clear();

@@ -6,9 +6,6 @@
 
 namespace tavira {
 
-/** The data field of the first "~DY" download command in an answer: everything after its fifth comma. */
-bool FindObjectData(std::string_view answer, std::string_view& data);
-
 /**
  * Takes a file's bytes out of the answer to an upload command: the decoded payload of its data field, the
  * field itself when it carries no ":Z64:" or ":B64:" marker, or the whole answer when it is no download

@@ -1,7 +1,5 @@
 // The stand-in port library: the six entry points, with a printer in this process or on the network behind
 // them.
-#include <windows.h>
-
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -11,6 +9,7 @@
 
 #include "exchange_log.h"
 #include "fault_plan.h"
+#include "ferrolink_system.h"
 #include "folder_printer.h"
 #include "network/network_port.h"
 #include "port_description.h"
@@ -33,25 +32,9 @@ std::uint64_t SteadyMilliseconds() {
       duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
 }
 
-// From Windows itself: the C run-time's copy of the environment misses what the host set after its start.
-std::wstring Environment(const wchar_t* name) {
-  std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
-  value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
-  return value;
-}
-
-fs::path ModuleFolder() {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(&SteadyMilliseconds), &module);
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
-  return fs::path(path).parent_path();
-}
-
 fs::path MemoryFolder() {
-  const std::wstring chosen = Environment(L"LXEMU_MEMORY");
-  return chosen.empty() ? ModuleFolder() / "Ferrolink.memory" : fs::path(chosen);
+  const fs::path chosen = EnvironmentPath("LXEMU_MEMORY");
+  return chosen.empty() ? LibraryFolder() / "Ferrolink.memory" : chosen;
 }
 
 // Plain letters as they are, everything else as its code, so that any text of a host makes one readable line.
@@ -76,7 +59,7 @@ class CFerrolink {
   }
 
   CFerrolink()
-      : log_(Environment(L"LXEMU_LOG")),
+      : log_(EnvironmentPath("LXEMU_LOG")),
         printer_(MemoryFolder(), SteadyMilliseconds),
         port_(printer_.Printer(), SteadyMilliseconds) {
     UseIni();

@@ -3,6 +3,9 @@
 #include <dlfcn.h>
 
 #include <chrono>
+#include <filesystem>
+#include <string>
+#include <string_view>
 #include <thread>
 
 namespace tavira {
@@ -25,9 +28,27 @@ class CPosixClock final : public IClock {
   }
 };
 
+/** "Name.dll" of Windows is "libName.so" here; other names stand as they are. */
+std::string LibraryFileName(std::string_view name) {
+  constexpr std::string_view kSuffix = ".dll";
+  return name.ends_with(kSuffix) ? "lib" + std::string(name.substr(0, name.size() - kSuffix.size())) + ".so"
+                                 : std::string(name);
+}
+
 class CPosixModuleLoader final : public IModuleLoader {
  public:
-  void* Load(const char* file_name) override { return ::dlopen(file_name, RTLD_NOW | RTLD_LOCAL); }
+  // Beside the program that this code is part of, as on Windows; else where the system looks.
+  void* Load(const char* file_name) override {
+    const std::string name = LibraryFileName(file_name);
+    Dl_info own{};
+    if (::dladdr(reinterpret_cast<const void*>(&MakePlatform), &own) != 0 && own.dli_fname != nullptr) {
+      const auto beside = std::filesystem::path(own.dli_fname).replace_filename(name);
+      if (void* module = ::dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+        return module;
+      }
+    }
+    return ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+  }
   void* FindSymbol(void* module, const char* name) override { return ::dlsym(module, name); }
 };
 

@@ -1,144 +1,202 @@
 #include "storage/base64.h"
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
+#include <algorithm>
+#include <bit>
+#include <cstring>
 
 namespace tavira {
 namespace {
 
-constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::uint8_t kInvalid = 0x80;
-constexpr std::uint32_t kInvalidGroup = 0x80000000;
+// How it works. Four characters of the alphabet, a group, give three bytes: four table entries, each with the
+// character's bits where they belong in these bytes, are put together and stored at once (DecodeCleanGroups).
+// At a group with a foreign character a span is squeezed: its alphabet characters are moved together, without
+// a branch on the data, and decoded as clean groups (DecodeSpan). A span is one group, unless the one before
+// held more foreign characters than a line break has: then it is a long one, because among junk every branch
+// on a character is guessed wrong half of the time.
 
-/** The six bits of a character, or kInvalid. */
-constexpr auto kSextets = [] {
-  std::array<std::uint8_t, 256> table{};
-  table.fill(kInvalid);
-  for (std::size_t value = 0; value < kAlphabet.size(); ++value) {
-    table[static_cast<std::uint8_t>(kAlphabet[value])] = static_cast<std::uint8_t>(value);
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+constexpr std::size_t kGroup = 4;
+constexpr std::size_t kGroupBytes = 3;
+constexpr std::size_t kLongSpan = 128;
+constexpr std::size_t kLineBreak = 2;
+constexpr std::size_t kMostInLongSpan = 4;
+
+/** After how many characters the bytes go to the caller. The last span of a block may reach beyond it. */
+constexpr std::size_t kBlock = 4096;
+constexpr std::size_t kLargestBlock = kBlock + kLongSpan + kGroup;
+
+constexpr std::uint32_t kForeign = 0x80000000;
+
+/** What each character gives at one place of a group: its six bits in the group's three bytes, in the order
+ * in which they are stored; kForeign outside the alphabet. */
+constexpr auto kGroupTables = [] {
+  static_assert(std::endian::native == std::endian::little);
+  std::array<std::array<std::uint32_t, 256>, kGroup> tables{};
+  for (std::size_t place = 0; place < kGroup; ++place) {
+    tables[place].fill(kForeign);
+    for (std::size_t value = 0; value < kAlphabet.size(); ++value) {
+      const std::size_t bits = value << (18 - 6 * place);
+      tables[place][static_cast<std::uint8_t>(kAlphabet[value])] =
+          static_cast<std::uint32_t>(bits >> 16 | (bits & 0xFF00) | (bits & 0xFF) << 16);
+    }
+  }
+  return tables;
+}();
+
+/** 1 for a character of the alphabet, else 0. As wide as the counter that it is added to. */
+constexpr auto kBelongs = [] {
+  std::array<std::size_t, 256> table{};
+  for (const char character : kAlphabet) {
+    table[static_cast<std::uint8_t>(character)] = 1;
   }
   return table;
 }();
 
-/** The six bits of a character where they belong in a group of 24, or kInvalidGroup: one "or" tests four
- * characters. */
-constexpr std::array<std::uint32_t, 256> MakeGroupTable(unsigned shift) {
-  std::array<std::uint32_t, 256> table{};
-  for (std::size_t byte = 0; byte < table.size(); ++byte) {
-    table[byte] = kSextets[byte] == kInvalid ? kInvalidGroup : std::uint32_t{kSextets[byte]} << shift;
-  }
-  return table;
+/** The bytes of a group in its lowest 24 bits; kForeign tells of a foreign character. */
+inline std::uint32_t GroupBits(const std::uint8_t* in) {
+  return kGroupTables[0][in[0]] | kGroupTables[1][in[1]] | kGroupTables[2][in[2]] | kGroupTables[3][in[3]];
 }
 
-constexpr auto kFirst = MakeGroupTable(18);
-constexpr auto kSecond = MakeGroupTable(12);
-constexpr auto kThird = MakeGroupTable(6);
-constexpr auto kFourth = MakeGroupTable(0);
+/** Writes four bytes, of which three count: what follows is written over the fourth. */
+inline void StoreGroup(std::uint8_t* out, std::uint32_t bits) {
+  std::memcpy(out, &bits, sizeof bits);
+}
 
-/** How many characters a broken group may take one at a time before the input counts as junk. */
-constexpr std::size_t kLoneGroupReach = 8;
-constexpr std::size_t kCompactionBlock = 1024;
-
-class CDecoder {
- public:
-  CDecoder(std::string_view text, std::uint8_t* out)
-      : in_(reinterpret_cast<const std::uint8_t*>(text.data())),
-        end_(in_ + text.size()),
-        begin_(out),
-        out_(out) {}
-
-  /** Returns the number of bytes written. */
-  std::size_t Run() {
-    while (in_ != end_) {
-      DecodeCleanGroups();
-      if (!FinishLoneGroup()) {
-        CompactBlock();
-      }
-    }
-    if (held_ >= 2) {
-      Emit(Group(), held_ - 1);
-    }
-    return static_cast<std::size_t>(out_ - begin_);
+inline std::size_t CountBelonging(const std::uint8_t* in, std::size_t size) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    count += kBelongs[in[i]];
   }
+  return count;
+}
 
- private:
-  void DecodeCleanGroups() {
-    while (held_ == 0 && end_ - in_ >= 4) {
-      const std::uint32_t group = kFirst[in_[0]] | kSecond[in_[1]] | kThird[in_[2]] | kFourth[in_[3]];
-      if ((group & kInvalidGroup) != 0) {
+/** Where the decoder stands. Its functions are inlined, so that all of it stays in registers: a store through
+ * `out` could change anything that lies in memory. */
+struct tagCursor {
+  const std::uint8_t* in;
+  const std::uint8_t* end;
+  std::uint8_t* out;
+
+  std::size_t Left() const { return static_cast<std::size_t>(end - in); }
+};
+
+/** Decodes groups that begin before `stop`, up to one that a foreign character is in; a line break in front
+ * of a group is passed over. */
+[[gnu::always_inline]] inline void DecodeCleanGroups(tagCursor& at, const std::uint8_t* stop) {
+  constexpr std::size_t kReach = kLineBreak + kGroup;
+  if (at.Left() < kReach) {
+    return;
+  }
+  stop = std::min(stop, at.end - kReach + 1);
+  while (at.in < stop) {
+    std::uint32_t bits = GroupBits(at.in);
+    if ((bits & kForeign) != 0) {
+      const std::size_t line_break = (1 - kBelongs[at.in[0]]) * (kLineBreak - kBelongs[at.in[1]]);
+      bits = GroupBits(at.in + line_break);
+      if ((bits & kForeign) != 0) {
         return;
       }
-      Emit(group, 3);
-      in_ += 4;
+      at.in += line_break;
     }
+    StoreGroup(at.out, bits);
+    at.in += kGroup;
+    at.out += kGroupBytes;
   }
+}
 
-  /** Fills the held group character by character. False when that takes too long to be a line break. */
-  bool FinishLoneGroup() {
-    for (std::size_t taken = 0; taken < kLoneGroupReach && in_ != end_; ++taken) {
-      pending_[held_] = kSextets[*in_++];
-      held_ += pending_[held_] != kInvalid ? 1 : 0;
-      if (held_ == 4) {
-        Emit(Group(), 3);
-        held_ = 0;
-        return true;
+/** Decodes `size` characters, at most kLongSpan, whatever they are, behind the `held` ones; then holds those
+ * of an incomplete group. Returns how many did not belong. */
+[[gnu::always_inline]] inline std::size_t DecodeSpan(tagCursor& at, std::size_t size, tagBase64Group& held) {
+  std::array<std::uint8_t, kGroup + kLongSpan + kGroup> squeezed;
+  std::size_t kept = held.count;
+  if (kept != 0) {
+    std::copy(held.characters.begin(), held.characters.end(), squeezed.begin());
+  }
+  for (std::size_t i = 0; i < size; ++i) {
+    squeezed[kept] = at.in[i];
+    kept += kBelongs[at.in[i]];
+  }
+  const std::size_t foreign = held.count + size - kept;
+  at.in += size;
+  // The next characters complete the last group, if they are clean: then clean groups can follow.
+  if (at.Left() >= kGroup && CountBelonging(at.in, kGroup) == kGroup) {
+    const std::size_t missing = (0 - kept) % kGroup;
+    std::memcpy(&squeezed[kept], at.in, kGroup);
+    kept += missing;
+    at.in += missing;
+  }
+  std::size_t done = 0;
+  for (; kept - done >= kGroup; done += kGroup, at.out += kGroupBytes) {
+    StoreGroup(at.out, GroupBits(&squeezed[done]));
+  }
+  held.count = kept - done;
+  if (held.count != 0) {
+    std::copy_n(&squeezed[done], kGroup, held.characters.begin());
+  }
+  return foreign;
+}
+
+inline void SkipForeign(tagCursor& at) {
+  constexpr std::size_t kStep = 8;
+  while (at.Left() >= kStep && CountBelonging(at.in, kStep) == 0) {
+    at.in += kStep;
+  }
+}
+
+/** Decodes about kBlock characters, or what is left. */
+[[gnu::always_inline]] inline void DecodeBlock(tagCursor& at, tagBase64Group& held) {
+  const std::uint8_t* const stop = at.in + std::min(at.Left(), kBlock);
+  bool among_junk = false;
+  while (at.in < stop) {
+    if (among_junk) {
+      const std::size_t foreign = DecodeSpan(at, std::min(at.Left(), kLongSpan), held);
+      if (foreign == kLongSpan) {
+        SkipForeign(at);
       }
+      among_junk = foreign > kMostInLongSpan;
+      continue;
     }
-    return in_ == end_;
-  }
-
-  /** Takes a block's sextets out of the junk without a branch on the data, then decodes the whole groups. */
-  void CompactBlock() {
-    const std::uint8_t* block_end =
-        end_ - in_ > static_cast<std::ptrdiff_t>(kCompactionBlock) ? in_ + kCompactionBlock : end_;
-    for (; in_ != block_end; ++in_) {
-      const std::uint8_t sextet = kSextets[*in_];
-      pending_[held_] = sextet;
-      held_ += static_cast<std::size_t>(sextet >> 7 ^ 1);
+    if (held.count == 0) {
+      DecodeCleanGroups(at, stop);
     }
-    std::size_t at = 0;
-    for (; at + 4 <= held_; at += 4) {
-      Emit(std::uint32_t{pending_[at]} << 18 | std::uint32_t{pending_[at + 1]} << 12 |
-               std::uint32_t{pending_[at + 2]} << 6 | pending_[at + 3],
-           3);
-    }
-    for (std::size_t left = 0; at + left < held_; ++left) {
-      pending_[left] = pending_[at + left];
-    }
-    held_ -= at;
-  }
-
-  /** The held sextets, up to four of them, at the top of 24 bits. */
-  std::uint32_t Group() const {
-    std::uint32_t group = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-      group = group << 6 | (i < held_ ? pending_[i] : 0U);
-    }
-    return group;
-  }
-
-  void Emit(std::uint32_t group, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      *out_++ = static_cast<std::uint8_t>(group >> (16 - 8 * i));
+    if (at.in < stop) {
+      among_junk = DecodeSpan(at, std::min(at.Left(), kGroup), held) > kLineBreak;
     }
   }
-
-  const std::uint8_t* in_;
-  const std::uint8_t* end_;
-  std::uint8_t* begin_;
-  std::uint8_t* out_;
-  /** Sextets of an incomplete group; one slot more than a block, because an invalid one is written and not
-   * counted. */
-  std::array<std::uint8_t, 4 + kCompactionBlock> pending_{};
-  std::size_t held_ = 0;
-};
+}
 
 }  // namespace
 
+void CBase64Decoder::Append(std::string_view text, std::string& bytes) {
+  std::array<std::uint8_t, LargestDecodedSize(kLargestBlock) + kGroup> block;
+  const auto* in = reinterpret_cast<const std::uint8_t*>(text.data());
+  tagCursor at{in, in + text.size(), block.data()};
+  tagBase64Group held = held_;
+  while (at.in != at.end) {
+    DecodeBlock(at, held);
+    bytes.append(reinterpret_cast<const char*>(block.data()),
+                 static_cast<std::size_t>(at.out - block.data()));
+    at.out = block.data();
+  }
+  held_ = held;
+}
+
+void CBase64Decoder::Finish(std::string& bytes) {
+  std::fill(held_.characters.begin() + held_.count, held_.characters.end(), kAlphabet.front());
+  const std::uint32_t bits = GroupBits(held_.characters.data());
+  for (std::size_t byte = 0; byte + 1 < held_.count; ++byte) {
+    bytes.push_back(static_cast<char>(bits >> (8 * byte)));
+  }
+  held_.count = 0;
+}
+
 std::string DecodeBase64(std::string_view text) {
-  std::string bytes(text.size() / 4 * 3 + 3, '\0');
-  bytes.resize(CDecoder(text, reinterpret_cast<std::uint8_t*>(bytes.data())).Run());
+  std::string bytes;
+  bytes.reserve(LargestDecodedSize(text.size()));
+  CBase64Decoder decoder;
+  decoder.Append(text, bytes);
+  decoder.Finish(bytes);
   return bytes;
 }
 

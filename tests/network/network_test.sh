@@ -2,7 +2,8 @@
 # A host under Wine and three emulated printers in a network namespace of their own: search with a real broadcast,
 # choose a printer, load, store, back up.
 # Usage: network_test.sh LXEMU_NETWORK BIN_FOLDER WORK_FOLDER
-#   LXEMU_NETWORK  the native program    BIN_FOLDER  tvmgr.exe, TaviraManager.dll, Ferrolink.dll, network_probe.exe
+#   LXEMU_NETWORK  the native program    BIN_FOLDER  tvmgr.exe, TaviraManager.dll, Ferrolink.dll, network_probe.exe,
+#     manager_tests.exe
 #   WORK_FOLDER    is made; keeps a Wine prefix of its own for the next run
 # Exit code 0 passed, 77 skipped (no permission to make a network namespace), else failed.
 set -euo pipefail
@@ -14,7 +15,7 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 
 # --- Outside: make the namespace, run this script again inside it -----------------------------------------------------
 if [[ ${1:-} != --inside ]]; then
-  (($# == 3)) || { sed -n '2,8s/^# //p' "$0" >&2; exit 2; }
+  (($# == 3)) || { sed -n '2,9s/^# //p' "$0" >&2; exit 2; }
   if ! unshare -n true 2>/dev/null; then
     echo "SKIPPED: this user may not make a network namespace (unshare -n); run it as root"
     exit 77
@@ -138,6 +139,8 @@ PYTHON
 
 step "A search finds all of them, each once"
 search_finds "${printers[@]}"
+step "The C++ layer searches, chooses, loads"
+TAVIRA_TEST_NETWORK=1 wine_run manager_tests.exe --gtest_brief=1 "--gtest_filter=ManagerSearchTest.*" || fail "manager_tests"
 step "A search does not find printers whose answers are wrong"
 mkdir -p "$work/memory/"{127.0.0.2,127.0.0.4}
 printf '[search]\nwrong_letter = announcement\n' >"$work/memory/127.0.0.2/printer.ini"

@@ -1,17 +1,27 @@
 #include "emulator_folder.h"
 
-#include <windows.h>
-
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
+#if defined(_WIN32)
+#include <windows.h>
+#endif
 
 namespace tavira::test {
 
 CEmulatorFolder::CEmulatorFolder() {
   static std::atomic<int> count = 0;
-  path_ = std::filesystem::temp_directory_path() /
-          ("tavira_system_" + std::to_string(::GetCurrentProcessId()) + "_" + std::to_string(++count));
-  std::filesystem::create_directories(path_);
+  // The time in place of the process's number, which the standard library does not know.
+  const auto now = std::chrono::system_clock::now().time_since_epoch().count();
+  do {
+    path_ = std::filesystem::temp_directory_path() /
+            ("tavira_system_" + std::to_string(now) + "_" + std::to_string(++count));
+  } while (!std::filesystem::create_directories(path_));
+#if defined(_WIN32)
   ::SetEnvironmentVariableW(L"LXEMU_MEMORY", path_.c_str());
+#else
+  ::setenv("LXEMU_MEMORY", path_.c_str(), 1);
+#endif
 }
 
 CEmulatorFolder::~CEmulatorFolder() {

@@ -17,7 +17,8 @@ namespace {
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::size_t kTextSize = std::size_t{8} << 20;
 
-/** Base64 text with a line break every `line` characters (0: none) and junk in `junk_percent` of all places.
+/**
+ * Base64 text with a line break every `line` characters (0: none) and junk in `junk_percent` of all places.
  */
 std::string MakeBase64(std::size_t line, unsigned junk_percent) {
   std::mt19937 random(7);

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "emulator/printer.h"
+#include "emulator/printer/printer.h"
 
 namespace {
 

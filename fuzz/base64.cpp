@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "../tests/unit/base64_reference.h"
 #include "storage/base64.h"
+#include "tests/unit/storage/base64_reference.h"
 
 // The fast decoder must agree with the plain one on any input: clean, broken into lines, or junk.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "../tests/unit/base64_reference.h"
 #include "storage/payload.h"
+#include "tests/unit/storage/base64_reference.h"
 
 namespace {
 

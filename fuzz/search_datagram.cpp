@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "discovery/search_protocol.h"
+#include "discovery/search/search_protocol.h"
 
 namespace {
 

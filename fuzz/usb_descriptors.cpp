@@ -1,4 +1,4 @@
-#include "discovery/usb_descriptors.h"
+#include "discovery/usb/usb_descriptors.h"
 
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-#include "client_connection.h"
+#include "emulator/network/client_connection.h"
 
 #include <algorithm>
 #include <string_view>

@@ -6,8 +6,8 @@
 #include <span>
 #include <string>
 
-#include "port_record.h"
-#include "socket.h"
+#include "emulator/network/port_record.h"
+#include "emulator/network/socket.h"
 
 namespace lxemu {
 

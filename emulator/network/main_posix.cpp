@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "network_program.h"
+#include "emulator/network/network_program.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "network_port.h"
+#include "emulator/network/network_port.h"
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
 #include <utility>
 
-#include "emulator/port_endpoint.h"
+#include "emulator/port/port_endpoint.h"
 
 namespace lxemu {
 namespace {

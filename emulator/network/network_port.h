@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "emulator/exchange.h"
-#include "port_record.h"
-#include "socket.h"
+#include "emulator/network/port_record.h"
+#include "emulator/network/socket.h"
+#include "emulator/port/exchange.h"
 
 namespace lxemu {
 

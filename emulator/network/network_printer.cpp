@@ -1,4 +1,4 @@
-#include "network_printer.h"
+#include "emulator/network/network_printer.h"
 
 #include <algorithm>
 #include <utility>

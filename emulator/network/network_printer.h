@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "client_connection.h"
-#include "emulator/exchange_log.h"
-#include "emulator/folder_printer.h"
-#include "emulator/search_answer.h"
-#include "socket.h"
+#include "emulator/memory/folder_printer.h"
+#include "emulator/network/client_connection.h"
+#include "emulator/network/search_answer.h"
+#include "emulator/network/socket.h"
+#include "emulator/port/exchange_log.h"
 
 namespace lxemu {
 

@@ -1,4 +1,4 @@
-#include "network_program.h"
+#include "emulator/network/network_program.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "printer_server.h"
-#include "socket.h"
+#include "emulator/network/printer_server.h"
+#include "emulator/network/socket.h"
 
 namespace lxemu {
 namespace {

@@ -1,9 +1,9 @@
-#include "port_record.h"
+#include "emulator/network/port_record.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "emulator/exchange.h"
+#include "emulator/port/exchange.h"
 
 namespace lxemu {
 namespace {

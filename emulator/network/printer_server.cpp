@@ -1,4 +1,4 @@
-#include "printer_server.h"
+#include "emulator/network/printer_server.h"
 
 #include <algorithm>
 #include <array>

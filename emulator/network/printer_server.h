@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "emulator/exchange_log.h"
-#include "network_printer.h"
-#include "socket.h"
+#include "emulator/network/network_printer.h"
+#include "emulator/network/socket.h"
+#include "emulator/port/exchange_log.h"
 
 namespace lxemu {
 

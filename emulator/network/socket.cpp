@@ -1,9 +1,9 @@
-#include "socket.h"
+#include "emulator/network/socket.h"
 
 #ifdef _WIN32
-#include "socket_system_win32.h"
+#include "emulator/network/socket_system_win32.h"
 #else
-#include "socket_system_posix.h"
+#include "emulator/network/socket_system_posix.h"
 #endif
 
 #include <algorithm>

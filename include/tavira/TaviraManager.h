@@ -1,6 +1,6 @@
 /*
- * TaviraManager: reads and changes the configuration of LX-R4100 label printers and manages their stored
- * files.
+ * TaviraManager: reads and changes the configuration of LX-R4100 label printers and manages the files that
+ * they store.
  *
  * This is the whole public interface of TaviraManager.dll, for C11 and C++17 and later. Link with the import
  * library or look the functions up by name; every export is a plain C function.
@@ -8,34 +8,35 @@
  * CONVENTIONS
  *
  *  1. Results. Every function returns int32_t: TVMGR_OK (0) or an error code of enum TvmgrResult, or a code
- * of the port library Ferrolink.dll passed through unchanged. The one exception is TVMGR_GetSettingValue
- * (bool). "No manager" (before TVMGR_Initialize, after TVMGR_Terminate) is -2 in every function but
- * TVMGR_Initialize and TVMGR_Terminate themselves. A failed allocation is -3 wherever nothing else is said.
+ *     of the port library Ferrolink.dll passed through unchanged. The one exception is TVMGR_GetSettingValue
+ *     (bool). "No manager" (before TVMGR_Initialize, after TVMGR_Terminate) is -2 in every function but
+ *     TVMGR_Initialize and TVMGR_Terminate themselves. A failed allocation is -3 wherever nothing else is
+ *     said.
  *  2. No exception leaves the module, except std::invalid_argument for a negative index (functions that take
- * one).
+ *     one).
  *  3. Blocking. Functions that talk to the printer block the calling thread until they end. Every wait is
- * bounded; "blocks up to" states the bound of the waits themselves. One transaction waits up to 60 s for the
- * first answer byte unless stated otherwise and always costs at least 100 ms. The module cannot interrupt a
- * call inside Ferrolink.dll.
+ *     bounded; "blocks up to" states the bound of the waits themselves. One transaction waits up to 60 s for
+ *     the first answer byte unless stated otherwise and always costs at least 100 ms. The module cannot
+ *     interrupt a call inside Ferrolink.dll.
  *  4. Silence. A printer that does not answer is not an error of a transaction: the operation goes on with an
- * empty answer. Functions that promise an effect prove it by reading back (-82 when the printer shows
- * otherwise).
+ *     empty answer. Functions that promise an effect prove it by reading back (-82 when the printer shows
+ *     otherwise).
  *  5. Threads. The functions take no lock of their own: call them from one thread. Only the printer search
- * runs beside the host (TVMGR_StartSearchPrinter); its status and results may be asked for meanwhile.
+ *     runs beside the host (TVMGR_StartSearchPrinter); its status and results may be asked for meanwhile.
  *  6. Ownership. The module owns everything that it returns no pointer to; all data is handed over as copies
- * in the host's buffers. Byte buffers are (pointer, length in bytes), names are (pointer, length in
- * characters).
+ *     in the host's buffers. Byte buffers are (pointer, length in bytes), names are (pointer, length in
+ *     characters).
  *  7. Encoding. Wide text is UTF-16. Bytes sent to the printer and text in host files are in the system's
- * ANSI code page. Setting values are bytes exactly as the printer reports them, without terminator.
+ *     ANSI code page. Setting values are bytes exactly as the printer reports them, without terminator.
  *  8. Settings are named by the numbers of enum TvmgrSetting, file lists by enum TvmgrFileList. The two
  *     number spaces are separate, even where a number stands in both.
  *  9. Loaded values. TVMGR_LoadSetting(true, 0) fills the value store; TVMGR_LoadSetting(false, id) and
  *     TVMGR_LoadSettingByList only refresh values that a full load has stored. Values are read with
  *     TVMGR_GetSettingValue.
  * 10. Resolution guard. Loads, updates, direct commands and restore put the printer's resolutions (settings
- *     3, 4, 5) at 600 and its mode (setting 84) at "D" while they work, when they were not so already, and put
- *     them back afterwards. Each side is one more transaction that saves. What was captured is kept until an
- *     update of 3, 4, 5 or 76, a factory reset or a restore makes it stale.
+ *     3, 4, 5) at 600 and its mode (setting 84) at "D" while they work, when they were not so already, and
+ *     put them back afterwards. Each side is one more transaction that saves. What was captured is kept until
+ *     an update of 3, 4, 5 or 76, a factory reset or a restore makes it stale.
  *     TRAP: choosing another printer does not make it stale. Use a new manager (TVMGR_Terminate,
  *     TVMGR_Initialize) for each printer, or the second one may be given the first one's resolutions.
  *     TRAP: while the guard holds, setting 84 reads "D": a load of a printer in another mode stores that.
@@ -121,8 +122,7 @@ enum TvmgrSetting {
   TVMGR_SETTING_CBW_C = 29,
   TVMGR_SETTING_CFE_T = 35,
   TVMGR_SETTING_CLB_I = 36,
-  TVMGR_SETTING_BACKGROUND =
-      37, /**< the bytes of KORVDEF.BGD; filled by a full load, no command of its own */
+  TVMGR_SETTING_BACKGROUND = 37, /**< the bytes of KORVDEF.BGD, from a full load; no command of its own */
   TVMGR_SETTING_CMT_S = 38,
   TVMGR_SETTING_CMT_T = 39,
   TVMGR_SETTING_CMF_P = 40,
@@ -168,8 +168,7 @@ enum TvmgrSetting {
   TVMGR_SETTING_INU_U = 81,
   TVMGR_SETTING_INU_P = 82,
   TVMGR_SETTING_INU_V = 83,
-  TVMGR_SETTING_CMP_U = 84,
-  /**< mode that goes with the resolutions */
+  TVMGR_SETTING_CMP_U = 84, /**< mode that goes with the resolutions */
 };
 
 /** Lists of the files that the printer stores. */
@@ -465,8 +464,8 @@ int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length);
  * load list is replaced by 3, 4, 5, 76. Blocks up to 4 transactions, and for each pass 0.5 s and up to 10
  * transactions.
  *
- * TRAP: on a printer whose resolutions or mode were not neutral, the guard puts settings 3, 4,
- * 5 and 84 back to what they were, which undoes a new value for one of them: the result is then -82.
+ * TRAP: on a printer whose resolutions or mode were not neutral, the guard puts settings 3, 4, 5 and 84 back
+ * to what they were, which undoes a new value for one of them: the result is then -82.
  *
  * TRAP: a printer that normalises a value ("600" stored as "0600") ends in -82 although it took the value.
  *
@@ -478,16 +477,17 @@ int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length);
  */
 int32_t TVMGR_UpdatePrinterSetting(void);
 
-/** As TVMGR_UpdatePrinterSetting, but the guard leaves settings 3, 4 and 5 alone (84 is handled all the
- * same). */
+/**
+ * As TVMGR_UpdatePrinterSetting, but the guard leaves settings 3, 4 and 5 alone (84 is handled all the same).
+ */
 int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void);
 
 /**
  * Changes the printer's three prefix characters, saves, and reads them back into the value store.
  *
  * One transaction of up to 3 s, then a load of settings 65, 66, 67, up to four transactions, whose result is
- * ignored (the load list is replaced by these three). The characters are sent without any check: an unsuitable
- * one makes the printer unreadable.
+ * ignored (the load list is replaced by these three). The characters are sent without any check: an
+ * unsuitable one makes the printer unreadable.
  *
  * @param control    default '~'
  * @param format     default '^'
@@ -558,13 +558,13 @@ int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length)
 /**
  * Runs the stored operation and waits until the printer is no longer busy.
  *
- * Up to three transactions, 1 s, then a status poll each second for up to 60 s (300 s for HEAD_MAINTENANCE). A
- * printer still busy after that is not reported: ask for its status. FACTORY_RESET then reloads the settings,
- * the background file and the resolutions (1 s and up to eight transactions), INITIALIZE_MEMORY the file lists
- * but 34 and the background file (likewise). The request stays stored.
+ * Up to three transactions, 1 s, then a status poll each second for up to 60 s (300 s for HEAD_MAINTENANCE).
+ * A printer still busy after that is not reported: ask for its status. FACTORY_RESET then reloads the
+ * settings, the background file and the resolutions (1 s and up to eight transactions), INITIALIZE_MEMORY the
+ * file lists but 34 and the background file (likewise). The request stays stored.
  *
- * TRAP: operations 0x1001006 to 0x100100B write setting 42 as "T" before, and after it the value that is stored
- * here; when none is stored, "T" stays. Load everything first.
+ * TRAP: operations 0x1001006 to 0x100100B write setting 42 as "T" before, and after it the value that is
+ * stored here; when none is stored, "T" stays. Load everything first.
  *
  * @retval 0   Done; for TVMGR_OP_NONE nothing was sent.
  * @retval -1  Ferrolink.dll is incomplete.
@@ -630,8 +630,10 @@ int32_t TVMGR_LoadStoredData(const TvmgrChar* name, uint8_t mode, uint32_t timeo
  */
 int32_t TVMGR_GetStoredData(uint8_t* buffer, uint32_t* length);
 
-/** Has no effect on the lists or the pending request; kept for hosts that call it. @retval 0 @retval -2 No
- * manager. */
+/**
+ * Has no effect on the lists or the pending request; kept for hosts that call it. @retval 0 @retval -2 No
+ * manager.
+ */
 int32_t TVMGR_ClearRegistList(void);
 
 /**
@@ -671,8 +673,8 @@ int32_t TVMGR_RegistData(void);
 /**
  * Deletes the file of the pending request from device E: and proves it by listing the printer's files.
  *
- * One transaction, then up to ten passes of 500 ms wait and refresh of the kind's lists, up to two transactions.
- * The background file (kind BACKGROUND) always takes ten passes and is not proved.
+ * One transaction, then up to ten passes of 500 ms wait and refresh of the kind's lists, up to two
+ * transactions. The background file (kind BACKGROUND) always takes ten passes and is not proved.
  *
  * TRAP: for any other kind the delete command is sent before the result says -7.
  *
@@ -729,8 +731,8 @@ int32_t TVMGR_Backup(uint8_t reload);
  * MiB and one more, at most 50 minutes. Needs memory for the file once, plus 10 bytes.
  *
  * TRAP: a printer that stays silent is no error: compare the loaded values, or back up again and compare files.
- * TRAP: the captured resolutions are dropped once the file is sent: a printer that was not at 600 gets them back
- * only from the file (its settings section).
+ * TRAP: the captured resolutions are dropped once the file is sent: a printer that was not at 600 gets them
+ * back only from the file (its settings section).
  *
  * @param path  the backup file.
  * @retval 0    Sent, and everything was loaded again. Also for an empty file (nothing was sent).

@@ -3,9 +3,9 @@
 #include <cstdint>
 
 #include "backup/backup_file.h"
-#include "manager/setting_store.h"
 #include "platform/platform.h"
 #include "settings/full_load.h"
+#include "settings/setting_store.h"
 #include "storage/registered_files.h"
 #include "storage/stored_data.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "manager/setting_store.h"
+#include "settings/setting_store.h"
 
 namespace tavira {
 
@@ -20,8 +20,10 @@ inline constexpr std::string_view kBackupTrailer = "^XA^H(E^XZ\r\n";
 /** Three lines: what the file is, when it was written (local time), the letters of its sections. */
 std::string FormatBackupHeader(const std::tm& local_time, std::string_view section_letters);
 
-/** The stored values as set commands in the order in which a printer must take them, the prefix change, the
- * save. */
+/**
+ * The stored values as set commands in the order in which a printer must take them, the prefix change, the
+ * save.
+ */
 std::string FormatSettingsBlock(const CSettingStore& store);
 
 /**

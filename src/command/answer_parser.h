@@ -5,12 +5,14 @@
 #include <string_view>
 #include <vector>
 
-#include "manager/setting_store.h"
+#include "command/setting_record.h"
 
 namespace tavira {
 
-/** The texts between STX and ETX of an answer, in order. Views into the answer; an unterminated last one is
- * dropped. */
+/**
+ * The texts between STX and ETX of an answer, in order. Views into the answer; an unterminated last one is
+ * dropped.
+ */
 class CAnswerFrames {
  public:
   explicit CAnswerFrames(std::string_view answer) : rest_(answer) {}
@@ -34,8 +36,9 @@ std::vector<tagSettingRecord> ScanAnswers(std::string_view answer);
  */
 bool MatchAnswerFrame(std::string_view frame, std::uint32_t& id, std::string_view& value);
 
-/** The value behind the first occurrence of `head` in the first frame that holds it; empty when there is
- * none. */
+/**
+ * The value behind the first occurrence of `head` in the first frame that holds it; empty when there is none.
+ */
 std::string_view FindAnswerValue(std::string_view answer, std::string_view head);
 
 }  // namespace tavira

@@ -15,8 +15,10 @@ void AppendQuery(std::string& commands, std::uint32_t id);
 /** Appends the query of every setting that has one, in table order. */
 void AppendAllQueries(std::string& commands);
 
-/** Appends "^XA", the set head, a "," where the setting has one, the value unchanged, "^XZ". Nothing for no
- * setting. */
+/**
+ * Appends "^XA", the set head, a "," where the setting has one, the value unchanged, "^XZ". Nothing for no
+ * setting.
+ */
 void AppendSetCommand(std::string& commands, std::uint32_t id, std::string_view value);
 
 /** The three characters that introduce commands and separate parameters. */

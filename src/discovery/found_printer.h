@@ -21,7 +21,8 @@ struct tagFoundPrinter {
 /** Copies a host's record; its texts may point at any zero-terminated text. Throws std::bad_alloc. */
 tagFoundPrinter ReadHostRecord(const TvmgrFoundPrinter& record);
 
-/** Writes a host's record; what its texts held is released. Throws std::bad_alloc and then changes nothing.
+/**
+ * Writes a host's record; what its texts held is released. Throws std::bad_alloc and then changes nothing.
  */
 void WriteHostRecord(const tagFoundPrinter& printer, TvmgrFoundPrinter& record);
 

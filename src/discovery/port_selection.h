@@ -18,8 +18,9 @@ class CPortSelection {
    */
   std::int32_t Select(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
 
-  /** Writes the choice into the host's record. 0, −2 without a link or a record, −3 (the record is
-   * unchanged). */
+  /**
+   * Writes the choice into the host's record. 0, −2 without a link or a record, −3 (the record is unchanged).
+   */
   std::int32_t Report(TvmgrFoundPrinter* record) const;
 
  private:

@@ -46,7 +46,8 @@ std::size_t RankOf(const tagSupportedNames& supported, WideView printer, WideVie
   return driver_place < supported.drivers.size() ? supported.printers.size() + driver_place : kNoRank;
 }
 
-/** Calls `action` for each port of an installed printer: several, with commas between, share a pool's work.
+/**
+ * Calls `action` for each port of an installed printer: several, with commas between, share a pool's work.
  */
 template <typename Action>
 void ForEachPort(WideView ports, Action action) {

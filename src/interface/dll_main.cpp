@@ -8,9 +8,10 @@ namespace __gnu_cxx {
 extern void __freeres() noexcept;
 }  // namespace __gnu_cxx
 
-// The thread library is linked into the module. It takes a thread-local slot when first used and never gives it back,
-// so that a host which loads and unloads the module would run out of them. The linker leads its calls of TlsAlloc here
-// (see the link options of the module), and the slots are freed when the module is unloaded.
+// The thread library is linked into the module. It takes a thread-local slot when first used and
+// never gives it back, so that a host which loads and unloads the module would run out of them. The
+// linker leads its calls of TlsAlloc here (see the link options of the module), and the slots are
+// freed when the module is unloaded.
 namespace {
 
 using SlotAllocator = DWORD(WINAPI*)();

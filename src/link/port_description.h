@@ -13,7 +13,8 @@ inline constexpr std::int32_t kPortTypeDirect = 1;
 inline constexpr std::int32_t kPortTypeNetwork = 2;
 inline constexpr std::int32_t kPortTypeUnset = 3;
 
-/** Which printer to open; handed to Ferrolink.dll by address, so the layout is part of the binary interface.
+/**
+ * Which printer to open; handed to Ferrolink.dll by address, so the layout is part of the binary interface.
  */
 struct tagPortDescription {
   std::int32_t port_type = kPortTypeUnset;

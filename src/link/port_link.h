@@ -52,8 +52,9 @@ class CPortLink {
   /** How many answer bytes wait (0: none yet). −1 when the library is incomplete, else its own result. */
   std::int32_t WaitingBytes(std::uint32_t& count);
 
-  /** Copies the waiting `count` bytes into the receive buffer. Results as WaitingBytes. Throws
-   * std::bad_alloc. */
+  /**
+   * Copies the waiting `count` bytes into the receive buffer. Results as WaitingBytes. Throws std::bad_alloc.
+   */
   std::int32_t Receive(std::uint32_t count);
 
   bool IsStarted() const { return entries_ != nullptr; }

@@ -37,8 +37,8 @@ std::int32_t SendAndReceive(CPortLink& link, IClock& clock, std::string_view fra
 
 /**
  * One complete exchange: opens the port, sends the send buffer framed (the buffer then holds the frame),
- * reads the answer, closes the port. −7 nothing to send, else as CPortLink::Open
- * and SendAndReceive. Blocks up to `timeout_ms` + 100 ms.
+ * reads the answer, closes the port. −7 nothing to send, else as CPortLink::Open and SendAndReceive.
+ * Blocks up to `timeout_ms` + 100 ms.
  */
 std::int32_t RunTransaction(CPortLink& link, IClock& clock, const tagPortDescription* description,
                             std::uint32_t timeout_ms);

@@ -19,7 +19,7 @@ CTaviraManager::CTaviraManager(std::unique_ptr<IPlatform> platform)
       update_(port_, store_, guard_, full_load_),
       prefix_(port_, store_, loader_),
       status_(port_),
-      operations_(port_, store_, guard_, full_load_, files_, background_),
+      operations_(port_, store_, guard_, full_load_, files_, background_, status_),
       backup_(port_, store_, full_load_, files_, stored_data_, *platform_),
       restore_(port_, guard_, full_load_, platform_->Files()),
       module_settings_(platform_->Profiles()),

@@ -5,7 +5,8 @@
 
 namespace tavira {
 
-/** Time as the module sees it. Tests pass one that `Sleep` advances, so that a time-out costs no real time.
+/**
+ * Time as the module sees it. Tests pass one that `Sleep` advances, so that a time-out costs no real time.
  */
 class IClock {
  public:

@@ -7,7 +7,8 @@ class IModuleLoader {
  public:
   virtual ~IModuleLoader() = default;
 
-  /** Loads a library by its ASCII file name with the system's normal search; null when it cannot be loaded.
+  /**
+   * Loads a library by its ASCII file name with the system's normal search; null when it cannot be loaded.
    */
   virtual void* Load(const char* file_name) = 0;
 

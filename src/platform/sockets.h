@@ -68,8 +68,10 @@ class ISockets {
   virtual std::int32_t SendTo(SocketHandle socket, const void* bytes, std::size_t size,
                               const tagEndpoint& to) = 0;
 
-  /** One receive; the number of bytes, 0 when the peer has ended the stream, −1 on failure. Waits up to the
-   * socket's receive time-out (number 10060). A datagram larger than `size` is lost (number 10040). */
+  /**
+   * One receive; the number of bytes, 0 when the peer has ended the stream, −1 on failure. Waits up to the
+   * socket's receive time-out (number 10060). A datagram larger than `size` is lost (number 10040).
+   */
   virtual std::int32_t Receive(SocketHandle socket, void* buffer, std::size_t size) = 0;
   virtual std::int32_t ReceiveFrom(SocketHandle socket, void* buffer, std::size_t size,
                                    tagEndpoint& from) = 0;
@@ -84,8 +86,10 @@ class ISockets {
   virtual bool Shutdown(SocketHandle socket) = 0;
   virtual bool Close(SocketHandle socket) = 0;
 
-  /** The first IPv4 address of a dotted text or host name; none when there is none. May take seconds for a
-   * name. */
+  /**
+   * The first IPv4 address of a dotted text or host name; none when there is none. May take seconds for a
+   * name.
+   */
   virtual std::optional<std::uint32_t> Resolve(const std::string& host) = 0;
 
   virtual std::uint32_t LastError() = 0;

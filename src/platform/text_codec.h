@@ -7,8 +7,10 @@
 
 namespace tavira {
 
-/** Conversion between wide text and the system's ANSI code page, in which the printer and host files are
- * written. */
+/**
+ * Conversion between wide text and the system's ANSI code page, in which the printer and host files are
+ * written.
+ */
 class ITextCodec {
  public:
   virtual ~ITextCodec() = default;

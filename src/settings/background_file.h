@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "manager/setting_store.h"
+#include "settings/setting_store.h"
 #include "storage/registered_files.h"
 #include "storage/stored_data.h"
 

@@ -8,8 +8,10 @@
 
 namespace tavira {
 
-/** The loads that read more than settings. Each step is as its component states; the first failure ends the
- * load. */
+/**
+ * The loads that read more than settings. Each step is as its component states; the first failure ends the
+ * load.
+ */
 class CFullLoad {
  public:
   CFullLoad(CSettingLoader& loader, CRegisteredFiles& files, CBackgroundFile& background)

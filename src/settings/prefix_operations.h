@@ -4,8 +4,8 @@
 
 #include "command/command_builder.h"
 #include "link/printer_port.h"
-#include "manager/setting_store.h"
 #include "settings/setting_loader.h"
+#include "settings/setting_store.h"
 
 namespace tavira {
 

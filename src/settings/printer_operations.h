@@ -4,10 +4,10 @@
 #include <string>
 
 #include "link/printer_port.h"
-#include "manager/setting_store.h"
 #include "settings/full_load.h"
 #include "settings/printer_status.h"
 #include "settings/resolution_guard.h"
+#include "settings/setting_store.h"
 #include "storage/registered_files.h"
 
 namespace tavira {
@@ -16,17 +16,19 @@ namespace tavira {
 class CPrinterOperations {
  public:
   CPrinterOperations(CPrinterPort& port, CSettingStore& store, CResolutionGuard& guard, CFullLoad& full_load,
-                     CRegisteredFiles& files, CBackgroundFile& background)
+                     CRegisteredFiles& files, CBackgroundFile& background, CPrinterStatus& status)
       : port_(port),
         store_(store),
         guard_(guard),
         full_load_(full_load),
         files_(files),
         background_(background),
-        status_(port) {}
+        status_(status) {}
 
-  /** Replaces the code; the data only when `data` is not null and `length` is at least 1. Throws
-   * std::bad_alloc. */
+  /**
+   * Replaces the code; the data only when `data` is not null and `length` is at least 1. Throws
+   * std::bad_alloc.
+   */
   void SetRequest(std::uint32_t code, const std::uint8_t* data, std::int32_t length);
 
   /**
@@ -46,7 +48,7 @@ class CPrinterOperations {
   CFullLoad& full_load_;
   CRegisteredFiles& files_;
   CBackgroundFile& background_;
-  CPrinterStatus status_;
+  CPrinterStatus& status_;
   std::uint32_t code_ = 0;
   std::string data_;
 };

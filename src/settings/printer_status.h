@@ -12,8 +12,10 @@ class CPrinterStatus {
  public:
   explicit CPrinterStatus(CPrinterPort& port) : port_(port) {}
 
-  /** `status` receives a value of enum TvmgrStatus. 0, −2, −7 for null, or as the exchange. Blocks up to 3100
-   * ms. */
+  /**
+   * `status` receives a value of enum TvmgrStatus. 0, −2, −7 for null, or as the exchange. Blocks up to 3100
+   * ms.
+   */
   std::int32_t Get(std::uint32_t* status);
 
   /**

@@ -7,12 +7,11 @@
 #include "command/fixed_commands.h"
 #include "command/text.h"
 #include "settings/ignore_outcome.h"
+#include "settings/resolution_settings.h"
 
 namespace tavira {
 namespace {
 
-constexpr std::array<std::uint32_t, 3> kResolutionSettings{TVMGR_SETTING_CLR_Z, TVMGR_SETTING_CLR_P,
-                                                           TVMGR_SETTING_CLR_R};
 constexpr std::array<std::int32_t, 4> kKnownResolutions{150, 200, 300, 600};
 constexpr std::int32_t kNeutralResolution = 600;
 constexpr std::string_view kNeutralMode = "D";
@@ -45,7 +44,7 @@ std::int32_t CResolutionGuard::End(bool no_resolution_change) {
 
 std::int32_t CResolutionGuard::Capture() {
   std::string& commands = port_.NewCommand();
-  for (const std::uint32_t id : kResolutionSettings) {
+  for (const std::uint32_t id : kGuardedResolutions) {
     AppendQuery(commands, id);
   }
   AppendQuery(commands, TVMGR_SETTING_CMP_U);
@@ -61,9 +60,9 @@ void CResolutionGuard::TakeSnapshot(std::string_view answer) {
   std::array<std::string, 3> resolutions;
   std::string mode;
   for (tagSettingRecord& record : ScanAnswers(answer)) {
-    const auto known = std::find(kResolutionSettings.begin(), kResolutionSettings.end(), record.id);
-    if (known != kResolutionSettings.end()) {
-      resolutions.at(static_cast<std::size_t>(known - kResolutionSettings.begin())) = std::move(record.value);
+    const auto known = std::find(kGuardedResolutions.begin(), kGuardedResolutions.end(), record.id);
+    if (known != kGuardedResolutions.end()) {
+      resolutions.at(static_cast<std::size_t>(known - kGuardedResolutions.begin())) = std::move(record.value);
     } else if (record.id == TVMGR_SETTING_CMP_U) {
       mode = std::move(record.value);
     }
@@ -93,7 +92,7 @@ std::int32_t CResolutionGuard::Send(bool no_resolution_change, const std::array<
   std::string& commands = port_.NewCommand();
   if (!no_resolution_change) {
     for (std::size_t i = 0; i < resolutions.size(); ++i) {
-      AppendSetCommand(commands, kResolutionSettings[i], std::to_string(resolutions[i]));
+      AppendSetCommand(commands, kGuardedResolutions[i], std::to_string(resolutions[i]));
     }
   }
   AppendSetCommand(commands, TVMGR_SETTING_CMP_U, mode);

@@ -20,11 +20,14 @@ class CResolutionGuard {
  public:
   explicit CResolutionGuard(CPrinterPort& port) : port_(port) {}
 
-  /** Captures when nothing valid is held, then neutralises. Only when the port has a link; most callers
-   * ignore the result. */
+  /**
+   * Captures when nothing valid is held, then neutralises. Only when the port has a
+   * link; most callers ignore the result.
+   */
   std::int32_t Begin(bool no_resolution_change);
 
-  /** Writes the captured state back unless it is neutral. −2 without a link; most callers ignore the result.
+  /**
+   * Writes the captured state back unless it is neutral. −2 without a link; most callers ignore the result.
    */
   std::int32_t End(bool no_resolution_change);
 

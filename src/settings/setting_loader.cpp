@@ -2,22 +2,15 @@
 
 #include "command/answer_parser.h"
 #include "command/command_builder.h"
+#include "settings/resolution_settings.h"
 
 namespace tavira {
-namespace {
-
-bool IsResolutionSetting(std::int32_t id) {
-  return id == TVMGR_SETTING_CLR_Z || id == TVMGR_SETTING_CLR_P || id == TVMGR_SETTING_CLR_R ||
-         id == TVMGR_SETTING_CBB_M;
-}
-
-}  // namespace
 
 std::int32_t CSettingLoader::LoadOne(std::int32_t id) {
   if (!port_.HasLink()) {
     return TVMGR_NOT_INITIALIZED;
   }
-  const CGuardedScope guarded(guard_, IsResolutionSetting(id));
+  const CGuardedScope guarded(guard_, IsResolutionSetting(static_cast<std::uint32_t>(id)));
   AppendQuery(port_.NewCommand(), static_cast<std::uint32_t>(id));
   return RefreshFromPrinter();
 }
@@ -50,8 +43,7 @@ std::int32_t CSettingLoader::LoadByList(bool flag) {
 
 std::int32_t CSettingLoader::ReloadResolutions() {
   store_.ClearLoadList();
-  for (const std::uint32_t id :
-       {TVMGR_SETTING_CLR_Z, TVMGR_SETTING_CLR_P, TVMGR_SETTING_CLR_R, TVMGR_SETTING_CBB_M}) {
+  for (const std::uint32_t id : kResolutionSettings) {
     store_.AppendToLoadList(id);
   }
   return LoadByList(false);

@@ -3,13 +3,15 @@
 #include <cstdint>
 
 #include "link/printer_port.h"
-#include "manager/setting_store.h"
 #include "settings/resolution_guard.h"
+#include "settings/setting_store.h"
 
 namespace tavira {
 
-/** Reads settings from the printer into the setting store. All results: 0, −2, −7, or as
- * CPrinterPort::Exchange. */
+/**
+ * Reads settings from the printer into the setting store. All results: 0, −2, −7, or as
+ * CPrinterPort::Exchange.
+ */
 class CSettingLoader {
  public:
   CSettingLoader(CPrinterPort& port, CSettingStore& store, CResolutionGuard& guard)

@@ -5,17 +5,13 @@
 #include "command/command_builder.h"
 #include "command/fixed_commands.h"
 #include "command/text.h"
+#include "settings/resolution_settings.h"
 
 namespace tavira {
 namespace {
 
 constexpr int kVerificationPasses = 10;
 constexpr std::uint32_t kPassIntervalMs = 500;
-
-bool ChangesResolution(const tagSettingRecord& update) {
-  return update.id == TVMGR_SETTING_CLR_Z || update.id == TVMGR_SETTING_CLR_P ||
-         update.id == TVMGR_SETTING_CLR_R || update.id == TVMGR_SETTING_CBB_M;
-}
 
 bool IsVerifiable(const tagSettingRecord& update) {
   return update.id != TVMGR_SETTING_ST && update.id != TVMGR_SETTING_CPC_Y;
@@ -31,7 +27,8 @@ std::int32_t CSettingUpdate::Run(bool no_resolution_change) {
   if (written != TVMGR_OK) {
     return written;
   }
-  if (std::any_of(store_.UpdateList().begin(), store_.UpdateList().end(), ChangesResolution)) {
+  if (std::any_of(store_.UpdateList().begin(), store_.UpdateList().end(),
+                  [](const tagSettingRecord& update) { return IsResolutionSetting(update.id); })) {
     guard_.Invalidate();
   }
   return Verify();

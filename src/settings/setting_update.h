@@ -3,9 +3,9 @@
 #include <cstdint>
 
 #include "link/printer_port.h"
-#include "manager/setting_store.h"
 #include "settings/full_load.h"
 #include "settings/resolution_guard.h"
+#include "settings/setting_store.h"
 
 namespace tavira {
 

@@ -22,8 +22,7 @@ std::int32_t RegisterStoredFile(CPrinterPort& port, CRegisteredFiles& files, con
 
 /**
  * The file name, with extension and without device, in a "~DY" or "^DF" download command; empty when there is
- * none. A
- * "~DY" name without extension gets the one its extension letter stands for.
+ * none. A "~DY" name without extension gets the one its extension letter stands for.
  */
 std::string FindDownloadName(std::string_view command);
 

@@ -15,9 +15,9 @@ namespace tavira {
 std::int32_t ExtractPayload(std::string_view answer, std::string& data);
 
 /**
- * Completes the file name behind the first "^DF" of a stored format: "E:" in front when it names no device,
- * behind it
- * ".ZPL" when `requested_name` ends so, else ".FMT", when it has neither extension. Every other byte stays.
+ * Completes the file name behind the first "^DF" of a stored format: "E:" in front when it names no
+ * device, behind it ".ZPL" when `requested_name` ends so, else ".FMT", when it has neither
+ * extension. Every other byte stays.
  */
 void CompleteFormatName(std::string& format, std::string_view requested_name);
 

@@ -45,9 +45,8 @@ class CRegisteredFiles {
 
   /**
    * `name` null: `length` receives the characters of the file's name. Otherwise copies name and terminator; a
-   * capacity
-   * `*length` that cannot hold them ends the process. 0, or −7 for null, no such list, or an index at or
-   * beyond the count. Throws std::invalid_argument for a negative index.
+   * capacity `*length` that cannot hold them ends the process. 0, or −7 for null, no such list, or an index
+   * at or beyond the count. Throws std::invalid_argument for a negative index.
    */
   std::int32_t GetName(std::int32_t list, std::int32_t index, TvmgrChar* name, std::uint32_t* length) const;
 

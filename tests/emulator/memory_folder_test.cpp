@@ -1,4 +1,4 @@
-#include "emulator/memory_folder.h"
+#include "emulator/memory/memory_folder.h"
 
 #include <gtest/gtest.h>
 

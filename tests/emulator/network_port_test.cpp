@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "emulator/network/socket.h"
-#include "emulator/port_endpoint.h"
+#include "emulator/port/port_endpoint.h"
 
 namespace lxemu {
 namespace {

@@ -1,4 +1,4 @@
-#include "emulator/port_endpoint.h"
+#include "emulator/port/port_endpoint.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "emulator/exchange.h"
+#include "emulator/port/exchange.h"
 
 namespace lxemu {
 namespace {

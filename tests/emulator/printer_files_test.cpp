@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "emulator/base64.h"
-#include "emulator/object_payload.h"
+#include "emulator/files/base64.h"
+#include "emulator/files/object_payload.h"
 #include "test_printer.h"
 
 namespace lxemu {

@@ -1,9 +1,9 @@
-#include "emulator/printer_ini.h"
+#include "emulator/memory/printer_ini.h"
 
 #include <gtest/gtest.h>
 
-#include "emulator/exchange_log.h"
-#include "emulator/text_escape.h"
+#include "emulator/port/exchange_log.h"
+#include "emulator/printer/text_escape.h"
 #include "test_printer.h"
 
 namespace lxemu {

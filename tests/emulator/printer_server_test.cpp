@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "emulator/exchange.h"
-#include "emulator/memory_folder.h"
+#include "emulator/memory/memory_folder.h"
 #include "emulator/network/network_port.h"
 #include "emulator/network/socket.h"
-#include "emulator/port_endpoint.h"
+#include "emulator/port/exchange.h"
+#include "emulator/port/port_endpoint.h"
 
 namespace lxemu {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "emulator/setting_table.h"
+#include "emulator/printer/setting_table.h"
 #include "test_printer.h"
 
 namespace lxemu {

@@ -1,10 +1,10 @@
-#include "emulator/search_answer.h"
+#include "emulator/network/search_answer.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "emulator/printer_ini.h"
+#include "emulator/memory/printer_ini.h"
 
 namespace lxemu {
 namespace {

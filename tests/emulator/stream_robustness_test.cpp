@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-#include "emulator/object_payload.h"
+#include "emulator/files/object_payload.h"
 #include "test_printer.h"
 
 namespace lxemu {

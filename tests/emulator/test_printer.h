@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "emulator/printer.h"
+#include "emulator/printer/printer.h"
 
 namespace lxemu {
 

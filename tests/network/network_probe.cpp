@@ -1,9 +1,9 @@
 // Proves where this process's sockets are, and only then broadcasts a printer search.
 //
-// Usage: network_probe.exe SENTINEL_PORT TOKEN SECONDS
-// Connects to the sentinel on 127.0.0.1, which must send the token and close. Then sends one search datagram
-// to 255.255.255.255 and prints a line for each address that answered, sorted. Exit code 0; 1 when the
-// sentinel is not there (nothing was broadcast then), 2 when a socket fails.
+// Usage: network_probe.exe SENTINEL_PORT TOKEN SECONDS Connects to the sentinel on 127.0.0.1, which
+// must send the token and close. Then sends one search datagram to 255.255.255.255 and prints a line
+// for each address that answered, sorted. Exit code 0; 1 when the sentinel is not there (nothing was
+// broadcast then), 2 when a socket fails.
 #include <winsock2.h>
 #include <ws2tcpip.h>
 

@@ -1,4 +1,4 @@
-#include "support/allocation_faults.h"
+#include "allocation_faults.h"
 
 #include <cstdlib>
 #include <new>

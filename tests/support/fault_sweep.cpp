@@ -1,8 +1,8 @@
-#include "support/fault_sweep.h"
+#include "fault_sweep.h"
 
 #include <gtest/gtest.h>
 
-#include "support/allocation_faults.h"
+#include "allocation_faults.h"
 
 namespace tavira::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "support/test_world.h"
+#include "test_world.h"
 
 namespace tavira::test {
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/test_world.h"
 #include "tavira/TaviraManager.h"
+#include "test_world.h"
 
 namespace tavira::test {
 

@@ -1,17 +1,18 @@
-#include "support/test_world.h"
+#include "test_world.h"
 
 #include <algorithm>
 
+#include "allocation_faults.h"
 #include "link/port_description.h"
-#include "support/allocation_faults.h"
 
 namespace tavira::test {
 namespace {
 
 CTestWorld* current = nullptr;
 
-/** One call of the module into the port library: logged, perhaps failed, and outside the count of
- * allocations. */
+/**
+ * One call of the module into the port library: logged, perhaps failed, and outside the count of allocations.
+ */
 template <typename Action>
 std::int32_t PortCall(EPortCall call, Action action) {
   const CAllocationPause pause;

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "emulator/port_endpoint.h"
-#include "emulator/printer.h"
+#include "emulator/port/port_endpoint.h"
+#include "emulator/printer/printer.h"
 #include "platform/platform.h"
 
 namespace tavira::test {

@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "discovery/spooler_ports.h"
-#include "discovery/usb_enumeration.h"
+#include "discovery/usb/usb_enumeration.h"
 #include "platform/platform.h"
 #include "sandbox_key.h"
 

@@ -1,4 +1,4 @@
-#include "backup_contents.h"
+#include "backup_file/backup_contents.h"
 
 #include <algorithm>
 #include <array>

@@ -58,7 +58,8 @@ std::map<std::string, std::string> SettingsByKey(const tagBackupContents& conten
 /** "2031-05-04 13:14:15" for the 14 digits of a time stamp; empty when they are no date and time. */
 std::string ReadableTime(std::string_view time_stamp);
 
-/** The letter of the section to which a stored file belongs, by its extension; 0: no backup holds such files.
+/**
+ * The letter of the section to which a stored file belongs, by its extension; 0: no backup holds such files.
  */
 char SectionOfFile(std::string_view name);
 

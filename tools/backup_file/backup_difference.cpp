@@ -1,4 +1,4 @@
-#include "backup_difference.h"
+#include "backup_file/backup_difference.h"
 
 #include <map>
 #include <set>

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "backup_contents.h"
+#include "backup_file/backup_contents.h"
 
 namespace tvmgr {
 

@@ -1,8 +1,8 @@
-#include "backup_parser.h"
+#include "backup_file/backup_parser.h"
 
 #include <algorithm>
 
-#include "stored_download.h"
+#include "backup_file/stored_download.h"
 
 namespace tvmgr {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "backup_contents.h"
+#include "backup_file/backup_contents.h"
 
 namespace tvmgr {
 

@@ -1,4 +1,4 @@
-#include "stored_download.h"
+#include "backup_file/stored_download.h"
 
 #include <algorithm>
 #include <array>

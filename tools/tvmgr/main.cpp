@@ -1,9 +1,9 @@
 #include <string>
 #include <vector>
 
-#include "command_line.h"
-#include "console.h"
-#include "text_encoding.h"
+#include "options/command_line.h"
+#include "output/console.h"
+#include "output/text_encoding.h"
 
 // The start-up code would otherwise replace arguments with * and ? by the files of the folder that match.
 extern "C" int _dowildcard;  // NOLINT(bugprone-reserved-identifier): the start-up code looks for this name

@@ -52,7 +52,8 @@ class CPosixModuleLoader final : public IModuleLoader {
   void* FindSymbol(void* module, const char* name) override { return ::dlsym(module, name); }
 };
 
-/** ISO 8859-1 stands in for the ANSI code page: one byte a character, like the code pages of Western Europe.
+/**
+ * ISO 8859-1 stands in for the ANSI code page: one byte a character, like the code pages of Western Europe.
  */
 class CLatin1TextCodec final : public ITextCodec {
  public:

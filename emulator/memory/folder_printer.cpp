@@ -1,0 +1,35 @@
+#include "emulator/memory/folder_printer.h"
+
+#include <system_error>
+#include <utility>
+
+namespace lxemu {
+
+namespace fs = std::filesystem;
+
+CFolderPrinter::CFolderPrinter(fs::path folder, MillisecondClock now)
+    : folder_(std::move(folder)), memory_(folder_), printer_(std::move(now)) {
+  ReadIniWhenChanged();
+  printer_.State().settings.RestoreFactory();
+  printer_.State().settings.Save();
+  memory_.Load(printer_);
+}
+
+bool CFolderPrinter::ReadIniWhenChanged() {
+  const fs::path path = folder_ / "printer.ini";
+  std::error_code error;
+  std::optional<fs::file_time_type> time = fs::last_write_time(path, error);
+  if (error) {
+    time.reset();
+  }
+  if (is_ini_read_ && time == ini_time_) {
+    return false;
+  }
+  is_ini_read_ = true;
+  ini_time_ = time;
+  ini_ = ReadPrinterIni(ReadHostFile(path).value_or(std::string()));
+  ApplyIni(ini_, printer_);
+  return true;
+}
+
+}  // namespace lxemu

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "emulator/printer/printer.h"
+
+namespace lxemu {
+
+/// Keeps what a printer keeps without power in a folder: `settings.txt` (saved settings, and the prefix
+/// characters in force), the folders `E` and `Z` with one host file for each file, `attributes.txt` (the
+/// protected files). A file is written aside and then renamed, so that a reader never finds half of it.
+class CMemoryFolder {
+ public:
+  explicit CMemoryFolder(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+  /// Puts what the folder holds into a printer as it left the factory. A missing folder holds nothing.
+  void Load(CPrinter& printer);
+
+  /// Writes what became different since the last Load or Save. False when something could not be written; the
+  /// next call tries again.
+  bool Save(CPrinter& printer);
+
+ private:
+  void LoadSettings(CPrinter& printer);
+  void LoadFiles(CPrinter& printer, char device);
+  void LoadAttributes(CPrinter& printer);
+  /// Writes the file, or removes it from the folder when there is none.
+  bool SaveFile(char device, const std::string& name, const tagStoredFile* file) const;
+  bool SaveText(const std::string& text, const std::filesystem::path& path, std::string& last_text) const;
+  bool Write(const std::filesystem::path& path, std::string_view bytes) const;
+
+  std::filesystem::path folder_;
+  std::set<std::pair<char, std::string>> unsaved_files_;
+  std::string last_settings_;
+  std::string last_attributes_;
+};
+
+/// The bytes of a host file; none when it cannot be read.
+std::optional<std::string> ReadHostFile(const std::filesystem::path& path);
+
+}  // namespace lxemu

@@ -1,0 +1,332 @@
+#include "discovery/usb/usb_enumeration.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "unit/discovery/discovery_fakes.h"
+
+namespace tavira::test {
+namespace {
+
+constexpr const char* kPrinterId = "USB\\VID_0B1C&PID_4100\\000123";
+constexpr const char* kPrinterPath = "\\\\?\\usb#vid_0b1c&pid_4100#000123#{28d78fad}";
+constexpr const char* kHubPath = "\\\\?\\usb#root_hub30#4&1a2b#{f18a0e88}";
+constexpr const char* kDeviceId = "MFG:Tavira;CMD:LX;MDL:LX-R4100;CLS:PRINTER;";
+constexpr std::uint32_t kPort = 3;
+constexpr int kEnglish = 0x0409;
+
+/** What a hub with `ports` ports answers: its kind, then the hub descriptor, then how it is powered. */
+std::string NodeInformation(int ports) {
+  std::string answer(76, '\0');
+  answer[4] = 9;
+  answer[5] = 0x29;
+  answer[6] = static_cast<char>(ports);
+  return answer;
+}
+
+/** A port's connection information, with an open pair of pipes. */
+std::string Connection(std::uint32_t port) {
+  const char device[] =
+      "\x12\x01\x00\x02\x00\x00\x00\x40"  // 18 bytes, device, USB 2.0, 64-byte packets
+      "\x1C\x0B\x00\x41\x00\x01\x01\x03"  // 0B1C, 4100, release 1.0, maker in string 1, product in string 3
+      "\x02\x01";                         // serial number in string 2, one configuration
+  std::string answer(1, static_cast<char>(port));
+  answer.append(3, '\0').append(device, 18);
+  answer.append("\x01\x00\x00\x05\x00\x02\x00\x00\x00\x01\x00\x00\x00", 13);
+  return answer.append(22, '\x07');
+}
+
+/** A string descriptor behind the 12 bytes of its request. */
+std::string Descriptor(std::initializer_list<int> characters) {
+  std::string answer(12, '\0');
+  answer.push_back(static_cast<char>(2 + 2 * characters.size()));
+  answer.push_back('\x03');
+  for (const int character : characters) {
+    answer.push_back(static_cast<char>(character & 0xFF));
+    answer.push_back(static_cast<char>(character >> 8));
+  }
+  return answer;
+}
+
+/** A length in front, as printers send it. */
+std::string DeviceIdAnswer(std::string_view text) {
+  const std::size_t length = text.size() + 2;
+  std::string answer{static_cast<char>(length >> 8), static_cast<char>(length & 0xFF)};
+  return answer.append(text);
+}
+
+/** A hub's interface, and what the hub says of the printer's port. */
+void AddHub(CRecordedUsbTree& tree, const char* instance_id) {
+  tree.interfaces.push_back({EUsbInterface::kHub, "USB\\ROOT_HUB\\OTHER", "\\\\?\\other"});
+  tree.interfaces.push_back({EUsbInterface::kHub, instance_id, kHubPath});
+  tagRecordedAnswers& hub = tree.answers[kHubPath];
+  hub.node_information = NodeInformation(kPort);
+  hub.connections[kPort] = Connection(kPort);
+  hub.strings[{kPort, 0, 0}] = Descriptor({kEnglish, 0x0411});
+  hub.strings[{kPort, 3, kEnglish}] = Descriptor({'L', 'X', ' ', 0x20AC});
+}
+
+void AddPrinter(CRecordedUsbTree& tree) {
+  tree.interfaces.push_back({EUsbInterface::kPrinter, kPrinterId, kPrinterPath});
+  tree.answers[kPrinterPath].device_id = DeviceIdAnswer(kDeviceId);
+}
+
+/** The printer on port 3 of the root hub. */
+CRecordedUsbTree RootHubTree() {
+  CRecordedUsbTree tree;
+  tree.devices = {{"HTREE\\ROOT\\0", "", {}, 0},
+                  {"PCI\\VEN_8086\\3&11", "USBXHCI", 0x140000, 0},
+                  {"USB\\ROOT_HUB30\\4&1A2B", "USBHUB3", 0, 1},
+                  {kPrinterId, "usbprint", kPort, 2}};
+  AddHub(tree, "usb\\root_hub30\\4&1a2b");
+  AddPrinter(tree);
+  return tree;
+}
+
+/** Behind two hubs; the nearer one counts. */
+CRecordedUsbTree TwoHubsTree() {
+  CRecordedUsbTree tree;
+  tree.devices = {{"HTREE\\ROOT\\0", "", {}, 0},
+                  {"USB\\ROOT_HUB30\\4&1A2B", "USBHUB3", 0, 0},
+                  {"USB\\VID_05E3&PID_0608\\5&1", "USBHUB3", 2, 1},
+                  {"USB\\VID_05E3&PID_0608\\6&2", "USBHUB3", 4, 2},
+                  {kPrinterId, "usbprint", kPort, 3}};
+  AddHub(tree, "USB\\VID_05E3&PID_0608\\6&2");
+  AddPrinter(tree);
+  return tree;
+}
+
+/**
+ * Below a function of a composite device: the device itself has the port, what is below it numbers of its
+ * own.
+ */
+CRecordedUsbTree CompositeTree() {
+  CRecordedUsbTree tree;
+  tree.devices = {{"HTREE\\ROOT\\0", "", {}, 0},
+                  {"USB\\ROOT_HUB20\\4&2", "usbhub", 0, 0},
+                  {"USB\\VID_0B1C&PID_4100\\9", "usbccgp", kPort, 1},
+                  {"USB\\VID_0B1C&PID_4100&MI_00\\7", "usbcomp", 2, 2},
+                  {kPrinterId, "usbprint", 1, 3}};
+  AddHub(tree, "USB\\ROOT_HUB20\\4&2");
+  AddPrinter(tree);
+  return tree;
+}
+
+/** Below a hub with another driver. */
+CRecordedUsbTree TreeWithService(const char* service) {
+  CRecordedUsbTree tree = RootHubTree();
+  tree.devices[2].service = service;
+  return tree;
+}
+
+class UsbEnumerationTest : public ::testing::Test {
+ protected:
+  std::vector<tagUsbRawEntry> Enumerate(CRecordedUsbTree& tree) {
+    return CUsbEnumeration(tree, settings_, text_).Enumerate();
+  }
+
+  /** The only entry; an empty one when there are none or several. */
+  tagUsbRawEntry EnumerateOne(CRecordedUsbTree& tree) {
+    const auto entries = Enumerate(tree);
+    EXPECT_EQ(1U, entries.size());
+    return entries.size() == 1 ? entries.front() : tagUsbRawEntry();
+  }
+
+  class CTestCodec final : public ITextCodec {
+   public:
+    std::string ToAnsi(WideView text) override { return std::string(text.begin(), text.end()); }
+    WideString FromAnsi(std::string_view bytes) override { return WidenAscii(bytes); }
+  };
+
+  CMemoryProfile profile_;
+  CModuleSettings settings_{profile_};
+  CTestCodec text_;
+};
+
+const WideString kProductName = WidenAscii("LX ") + static_cast<TvmgrChar>(0x20AC);
+
+TEST_F(UsbEnumerationTest, APrinterIsDescribedWhereverItIsPluggedIn) {
+  for (CRecordedUsbTree tree : {RootHubTree(), TwoHubsTree(), CompositeTree()}) {
+    SCOPED_TRACE(tree.devices[2].instance_id);
+    const tagUsbRawEntry entry = EnumerateOne(tree);
+    EXPECT_EQ(WidenAscii(kPrinterId), entry.instance_id);
+    EXPECT_EQ(WidenAscii(kPrinterPath), entry.device_path);
+    EXPECT_EQ(WidenAscii("LX-R4100"), entry.model);
+    EXPECT_EQ(WidenAscii(kDeviceId), entry.device_id);
+    EXPECT_EQ(kProductName, entry.product_name);
+    EXPECT_EQ(0x0B1C, entry.vendor_number);
+    EXPECT_EQ(0x4100, entry.product_number);
+  }
+}
+
+// What cannot be read stays empty, and costs the printer nothing else.
+TEST_F(UsbEnumerationTest, WhatTheHubDoesNotTellStaysEmpty) {
+  enum EExpect { kNothing, kNumbersOnly };
+  struct tagCase {
+    const char* name;
+    EExpect expect;
+    std::function<void(CRecordedUsbTree&, tagRecordedAnswers& hub)> change;
+  };
+  const auto cut = [](std::string& answer, std::size_t size) { answer.resize(size); };
+  const tagCase cases[] = {
+      {"no hub above", kNothing, [](auto& tree, auto&) { tree.devices[2].service = "USBXHCI"; }},
+      {"printer not in the tree", kNothing, [](auto& tree, auto&) { tree.devices[3].instance_id = "X"; }},
+      {"a tree without end", kNothing,
+       [](auto& tree, auto&) { tree.devices[2].service = "loop", tree.devices[1].parent = 2; }},
+      {"no interface of the hub", kNothing, [](auto& tree, auto&) { tree.interfaces[1].instance_id = "X"; }},
+      {"hub without a path", kNothing, [](auto& tree, auto&) { tree.interfaces[1].path.clear(); }},
+      {"hub cannot be opened", kNothing, [](auto& tree, auto&) { tree.answers.erase(kHubPath); }},
+      {"port not known", kNothing, [](auto& tree, auto&) { tree.devices[3].address.reset(); }},
+      {"port 0", kNothing,
+       [](auto& tree, auto& hub) {
+         tree.devices[3].address = 0;
+         hub.connections[0] = Connection(0);
+       }},
+      {"fewer ports than the printer's", kNothing,
+       [](auto&, auto& hub) { hub.node_information = NodeInformation(kPort - 1); }},
+      {"no ports", kNothing, [](auto&, auto& hub) { hub.node_information = NodeInformation(0); }},
+      {"not a hub but a composite device", kNothing, [](auto&, auto& hub) { hub.node_information[0] = 1; }},
+      {"no node information", kNothing, [](auto&, auto& hub) { hub.node_information.clear(); }},
+      {"node information cut short", kNothing, [cut](auto&, auto& hub) { cut(hub.node_information, 6); }},
+      {"no connection information", kNothing, [](auto&, auto& hub) { hub.connections.clear(); }},
+      {"device descriptor cut short", kNothing, [cut](auto&, auto& hub) { cut(hub.connections[kPort], 21); }},
+      {"no languages", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.strings.erase({kPort, 0, 0});
+       }},
+      {"empty list of languages", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.strings[{kPort, 0, 0}] = Descriptor({});
+       }},
+      {"languages cut short", kNumbersOnly,
+       [cut](auto&, auto& hub) {
+         cut(hub.strings[{kPort, 0, 0}], 15);
+       }},
+      {"no product string named", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.connections[kPort][4 + 15] = 0;
+         hub.strings[{kPort, 0, kEnglish}] = Descriptor({'X'});
+       }},
+      {"no product string", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.strings.erase({kPort, 3, kEnglish});
+       }},
+      {"product string in another language", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.strings[{kPort, 0, 0}] = Descriptor({0x0411, kEnglish});
+       }},
+      {"product string cut short", kNumbersOnly,
+       [cut](auto&, auto& hub) {
+         cut(hub.strings[{kPort, 3, kEnglish}], 12 + 9);
+       }},
+      {"only the head of the product string", kNumbersOnly,
+       [cut](auto&, auto& hub) {
+         cut(hub.strings[{kPort, 3, kEnglish}], 13);
+       }},
+      {"product string shorter than its head", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.strings[{kPort, 3, kEnglish}][12] = 1;
+       }},
+      {"another kind of descriptor", kNumbersOnly,
+       [](auto&, auto& hub) {
+         hub.strings[{kPort, 3, kEnglish}][13] = 2;
+       }},
+  };
+  for (const tagCase& entry : cases) {
+    SCOPED_TRACE(entry.name);
+    CRecordedUsbTree tree = RootHubTree();
+    entry.change(tree, tree.answers[kHubPath]);
+    const tagUsbRawEntry found = EnumerateOne(tree);
+    EXPECT_EQ(WidenAscii("LX-R4100"), found.model);
+    EXPECT_EQ(entry.expect == kNothing ? 0 : 0x0B1C, found.vendor_number);
+    EXPECT_EQ(entry.expect == kNothing ? 0 : 0x4100, found.product_number);
+    EXPECT_EQ(WideString(), found.product_name);
+    EXPECT_GT(100, tree.parents_asked);
+  }
+}
+
+TEST_F(UsbEnumerationTest, AStringDescriptorEndsWhereItSays) {
+  CRecordedUsbTree tree = RootHubTree();
+  std::string& product = tree.answers[kHubPath].strings[{kPort, 3, kEnglish}];
+  product[12] = 7;  // two characters and a half
+  EXPECT_EQ(WidenAscii("LX"), EnumerateOne(tree).product_name);
+  product = Descriptor({});
+  product[12] = '\xFF';
+  product.append(253, 'A');
+  EXPECT_EQ(WideString(126, 0x4141), EnumerateOne(tree).product_name);
+}
+
+TEST_F(UsbEnumerationTest, TheModelIsTheClosedFieldOfTheDeviceId) {
+  struct tagCase {
+    std::string answer;
+    std::string device_id;
+    std::string model;
+  };
+  const auto id = [](const std::string& text, const std::string& model) {
+    return tagCase{DeviceIdAnswer(text), text, model};
+  };
+  const std::string long_id = "MDL:LX;" + std::string(505, 'x');
+  const tagCase cases[] = {
+      id("MDL:LX-R4100;", "LX-R4100"),
+      id("MFG:M;MDL:A;MDL:B;", "A"),
+      id("MDL:;", ""),
+      id("MDL:LX-R4100", ""),
+      id("MFG:M;CLS:PRINTER;", ""),
+      id("MDL:" + std::string(255, 'm') + ";", std::string(255, 'm')),
+      id("MDL:" + std::string(256, 'm') + ";", ""),
+      {DeviceIdAnswer(long_id), long_id.substr(0, 510), "LX"},
+      {DeviceIdAnswer(std::string("MDL:LX;\0MDL:", 12)), "MDL:LX;", "LX"},
+      {DeviceIdAnswer("M"), "M", ""},
+      {"MD", "MD", ""},  // too short to have a length in front
+      {std::string("\0\2", 2), "", ""},
+      {"", "", ""},
+  };
+  for (const tagCase& entry : cases) {
+    CRecordedUsbTree tree = RootHubTree();
+    tree.answers[kPrinterPath].device_id = entry.answer;
+    const tagUsbRawEntry found = EnumerateOne(tree);
+    EXPECT_EQ(WidenAscii(entry.device_id), found.device_id);
+    EXPECT_EQ(WidenAscii(entry.model), found.model) << entry.device_id;
+    EXPECT_EQ(0x4100, found.product_number);
+  }
+}
+
+TEST_F(UsbEnumerationTest, EveryInterfaceWithAnInstanceIsListed) {
+  CRecordedUsbTree tree = RootHubTree();
+  tree.interfaces.push_back({EUsbInterface::kPrinter, "", "\\\\?\\nameless"});
+  tree.interfaces.push_back({EUsbInterface::kPrinter, "USB\\OFF\\1", ""});
+  const auto entries = Enumerate(tree);
+  ASSERT_EQ(2U, entries.size());
+  EXPECT_EQ(0x4100, entries[0].product_number);
+  EXPECT_EQ(WidenAscii("USB\\OFF\\1"), entries[1].instance_id);
+  EXPECT_EQ(WideString(), entries[1].device_id);
+  EXPECT_EQ(0, entries[1].product_number);
+  tree.lists_devices = false;
+  EXPECT_TRUE(Enumerate(tree).empty());
+}
+
+TEST_F(UsbEnumerationTest, AHubIsKnownByHowItsServiceNameBegins) {
+  struct tagCase {
+    const char* service;
+    const char* user_name;
+    bool is_hub;
+  };
+  const tagCase cases[] = {
+      {"USBHUB3", "", true},    {"usbhubX", "", true},    {"nusb3hub", "", true},
+      {"RUSB3HUB", "", true},   {"flxhcihub", "", true},  {"tihub3", "", true},
+      {"EtronHub3", "", true},  {"VIAHub3", "", true},    {"asmthub3", "", true},
+      {"iusb3hub", "", true},   {"usbhu", "", false},     {"xusbhub", "", false},
+      {"", "", false},          {"ACMEH", "AcmeH", true}, {"acmehub_x64", "AcmeH", true},
+      {"acme", "AcmeH", false}, {"acmehub", "", false},   {"usbhub3", "AcmeH", true},
+  };
+  for (const tagCase& entry : cases) {
+    CRecordedUsbTree tree = TreeWithService(entry.service);
+    profile_.values["Search/UserUSBHubName"] = entry.user_name;
+    EXPECT_EQ(entry.is_hub ? 0x4100 : 0, EnumerateOne(tree).product_number)
+        << entry.service << " with " << entry.user_name;
+  }
+}
+
+}  // namespace
+}  // namespace tavira::test

@@ -1,0 +1,116 @@
+#include "base64_reference.h"
+#include "support/exchange_texts.h"
+
+namespace tavira::test {
+namespace {
+
+using StoredDataTest = CTransactionTest;
+
+std::int32_t Fetch(std::string_view name, std::uint8_t mode, std::uint32_t timeout_ms = 1000) {
+  return TVMGR_LoadStoredData(Wide(name).c_str(), mode, timeout_ms);
+}
+
+TEST_F(StoredDataTest, TheNameIsSentInTheCodePage) {
+  const TvmgrChar name[] = {0xC4, '.', 'P', 'N', 'G', 0};
+  EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(name, 0, 100));
+  EXPECT_EQ((Transactions{"^XA^H(YE:\xC4.PNG^XZ"}), world_.Sent());
+}
+
+TEST_F(StoredDataTest, AnObjectComesBackByteForByte) {
+  std::string bytes;
+  for (int i = 0; i < 1000; ++i) {
+    bytes += static_cast<char>(i * 7);
+  }
+  world_.printer.PutFile("E:LOGO.PNG", bytes);
+  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
+  EXPECT_EQ(bytes, StoredData());
+}
+
+TEST_F(StoredDataTest, OnlyModeOneUploadsAFormat) {
+  for (const int mode : {0, 1, 2, 255}) {
+    world_.ClearLog();
+    EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", static_cast<std::uint8_t>(mode)));
+    EXPECT_EQ(mode == 1 ? "^XA^HFE:LOGO.PNG^XZ" : "^XA^H(YE:LOGO.PNG^XZ", world_.Sent().at(0));
+  }
+}
+
+TEST_F(StoredDataTest, ACompressedPayloadIsDecodedButStaysCompressed) {
+  world_.printer.PutFile("E:LOGO.PNG", std::string(500, 'p'));
+  world_.printer.Quirks().compressed_downloads = true;
+  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
+  const std::string& answer = world_.port.Exchanges().back().answer;
+  const std::size_t begin = answer.find(":Z64:") + 5;
+  ASSERT_NE(std::string::npos + 5, begin);
+  EXPECT_EQ(DecodeBase64OneByOne(answer.substr(begin, answer.find(':', begin) - begin)), StoredData());
+  EXPECT_EQ('\x78', StoredData().at(0));
+}
+
+TEST_F(StoredDataTest, OnlyModeOneCompletesTheNameOfAFormat) {
+  world_.printer.Quirks().short_format_names = true;
+  world_.printer.PutFile("E:LABEL.ZPL", "^FO1,1^FDlabel^FS");
+  EXPECT_EQ(TVMGR_OK, Fetch("LABEL.ZPL", 1));
+  EXPECT_EQ("^XA^DFE:LABEL.ZPL^FS^FO1,1^FDlabel^FS^XZ", StoredData());
+  world_.printer.PutFile("E:OTHER.FMT", "^FDother^FS");
+  EXPECT_EQ(TVMGR_OK, Fetch("OTHER.FMT", 1));
+  EXPECT_EQ("^XA^DFE:OTHER.FMT^FS^FDother^FS^XZ", StoredData());
+  const std::string format = "^XA^DFLABEL^FS^XZ";
+  world_.printer.PutFile("E:LABEL.BAK", format);
+  EXPECT_EQ(TVMGR_OK, Fetch("LABEL.BAK", 0));
+  EXPECT_EQ(format, StoredData());
+}
+
+TEST_F(StoredDataTest, TheTimeOutIsTheHosts) {
+  world_.port.Faults().silent = true;
+  for (const std::uint32_t timeout_ms : {0U, 100U, 5000U, 60000U, 3600000U}) {
+    const std::uint64_t start = world_.clock.Now();
+    EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0, timeout_ms));
+    EXPECT_EQ(timeout_ms, world_.clock.Now() - start);
+  }
+}
+
+TEST_F(StoredDataTest, AnAnswerWithoutTheFileReplacesTheDataByNothing) {
+  world_.printer.PutFile("E:LOGO.PNG", "logo");
+  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
+  EXPECT_EQ(TVMGR_OK, Fetch("NONE.PNG", 0));
+  EXPECT_EQ("", StoredData());
+}
+
+TEST_F(StoredDataTest, AFailedFetchKeepsTheDataOfTheOneBefore) {
+  world_.printer.PutFile("E:LOGO.PNG", "logo");
+  world_.printer.PutFile("E:OTHER.PNG", "other");
+  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
+  for (std::uint32_t call = 1; call <= 4; ++call) {
+    world_.FailCall(call, kPortCode);
+    EXPECT_EQ(kPortCode, Fetch("OTHER.PNG", 0)) << call;
+    EXPECT_EQ("logo", StoredData()) << call;
+  }
+  EXPECT_EQ(TVMGR_BAD_ARGUMENT, Fetch("", 0));
+  EXPECT_EQ("logo", StoredData());
+}
+
+TEST_F(StoredDataTest, WithoutANameNothingIsSent) {
+  for (const std::uint8_t mode : {std::uint8_t{0}, std::uint8_t{1}}) {
+    EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_LoadStoredData(nullptr, mode, 1000));
+    EXPECT_EQ(TVMGR_BAD_ARGUMENT, Fetch("", mode));
+  }
+  EXPECT_TRUE(world_.calls.empty());
+}
+
+TEST_F(StoredDataTest, HandsOutWhatFitsAndTellsTheWholeSize) {
+  world_.printer.PutFile("E:LOGO.PNG", "abcdefghijklmnopqrstuvwxy");
+  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
+  std::uint8_t byte = 0;
+  EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_GetStoredData(nullptr, nullptr));
+  EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_GetStoredData(&byte, nullptr));
+  for (const std::uint32_t offered : {0U, 10U, 25U, 40U}) {
+    std::string buffer(50, '#');
+    std::uint32_t length = offered;
+    EXPECT_EQ(TVMGR_OK, TVMGR_GetStoredData(reinterpret_cast<std::uint8_t*>(buffer.data()), &length));
+    EXPECT_EQ(25U, length);
+    const std::string copied = std::string("abcdefghijklmnopqrstuvwxy").substr(0, offered);
+    EXPECT_EQ(copied + std::string(50 - copied.size(), '#'), buffer);
+  }
+}
+
+}  // namespace
+}  // namespace tavira::test

@@ -1,0 +1,157 @@
+#include <algorithm>
+#include <iterator>
+
+#include "commands/commands.h"
+#include "output/command_error.h"
+#include "output/console.h"
+#include "output/json_output.h"
+#include "output/progress.h"
+#include "output/record_output.h"
+#include "output/result_words.h"
+#include "output/text_encoding.h"
+#include "printer/choice_file.h"
+#include "printer/manager_session.h"
+#include "tavira/TaviraManager.h"
+
+namespace tvmgr {
+namespace {
+
+constexpr std::uint64_t kSearchMs = 3'000;
+// A printer of the network that has announced itself and then fallen silent costs so much more.
+constexpr std::uint64_t kNamesMs = 18'000;
+constexpr std::uint32_t kPollMs = 100;
+
+struct tagFound {
+  std::int32_t kind = 0; /**< enum TvmgrSearchKind */
+  std::string name1;     /**< USB: model */
+  std::string name2;     /**< USB: device ID */
+  std::string device_path;
+  std::int32_t vendor = 0;
+  std::int32_t product = 0;
+  std::string product_name;
+  std::string address;
+
+  bool IsNetwork() const { return kind == TVMGR_SEARCH_NETWORK; }
+  const std::string& Where() const { return IsNetwork() ? address : device_path; }
+};
+
+std::uint32_t CountFound(std::int32_t kind) {
+  std::uint32_t count = 0;
+  return TVMGR_GetSearchedPrinterInfo(kind, 0, nullptr, &count) == TVMGR_OK ? count : 0;
+}
+
+tagFound ReadFound(std::int32_t kind, std::uint32_t index) {
+  TvmgrFoundPrinter record = {};
+  const std::int32_t result =
+      TVMGR_GetSearchedPrinterInfo(kind, static_cast<std::int32_t>(index), &record, nullptr);
+  if (result != TVMGR_OK) {
+    throw CFailure("reading what was found failed: " + ExplainResult(result));
+  }
+  tagFound found{kind,          TextOf(record.text1), TextOf(record.text2), TextOf(record.text3),
+                 record.value1, record.value2,        TextOf(record.text4), TextOf(record.text5)};
+  TvmgrFoundPrinterRelease(&record);
+  return found;
+}
+
+void Search(const CManagerSession& session, const tagGlobalOptions& global, std::int32_t kind,
+            std::vector<tagFound>& all) {
+  const char* const what = kind == TVMGR_SEARCH_USB ? "searching USB printers" : "searching network printers";
+  session.Require("TVMGR_StartSearchPrinter", what, kSearchMs,
+                  [&] { return TVMGR_StartSearchPrinter(static_cast<std::uint32_t>(kind), 0); });
+  const CProgress progress(what, kSearchMs + (kind == TVMGR_SEARCH_USB ? 0 : kNamesMs), !global.quiet);
+  std::uint32_t shown = 0;
+  for (bool running = true; running;) {
+    running = TVMGR_GetSearchPrinterStatus() == 1;
+    const std::uint32_t count = CountFound(kind);
+    for (; shown < count; ++shown) {
+      all.push_back(ReadFound(kind, shown));
+      // To a person at once; everybody else waits for the whole table.
+      if (!global.quiet && IsTerminal(EStream::kError)) {
+        WriteError("\r" + all.back().Where() + "  " + all.back().name1 + "\n");
+      }
+    }
+    if (running && session.WaitOrInterrupted(kPollMs)) {
+      TVMGR_StopSearchPrinter(static_cast<std::uint32_t>(kind));
+    }
+  }
+}
+
+std::string HexNumber(std::int32_t number) {
+  const char bytes[] = {static_cast<char>(number >> 8), static_cast<char>(number)};
+  return ToHex({bytes, sizeof bytes});
+}
+
+void PrintFound(const std::vector<tagFound>& all) {
+  CRecordOutput output({{"", "NO"}, {"", "KIND"}, {"", "NAME"}, {"", "MORE"}, {"", "WHERE"}});
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const tagFound& found = all[i];
+    const std::string more = found.IsNetwork()
+                                 ? found.name2
+                                 : found.product_name + (found.product_name.empty() ? "" : "  ") +
+                                       HexNumber(found.vendor) + ":" + HexNumber(found.product);
+    output.Add({tagCell::Number(static_cast<std::int64_t>(i + 1)),
+                tagCell::Text(found.IsNetwork() ? "network" : "usb"), tagCell::Text(found.name1),
+                tagCell::Text(more), tagCell::Text(found.Where())});
+  }
+  output.PrintTable();
+}
+
+void PrintFoundJson(const std::vector<tagFound>& all) {
+  Json array = Json::array();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const tagFound& found = all[i];
+    if (found.IsNetwork()) {
+      array.push_back({{"number", i + 1},
+                       {"kind", "network"},
+                       {"address", found.address},
+                       {"name1", found.name1},
+                       {"name2", found.name2}});
+    } else {
+      array.push_back({{"number", i + 1},
+                       {"kind", "usb"},
+                       {"model", found.name1},
+                       {"device_id", found.name2},
+                       {"device_path", found.device_path},
+                       {"vendor", found.vendor},
+                       {"product", found.product},
+                       {"product_name", found.product_name}});
+    }
+  }
+  PrintJson(array);
+}
+
+void Remember(const CManagerSession& session, const std::vector<tagFound>& all) {
+  tagChoiceFile choice = LoadChoiceFileOrNone();
+  choice.found.clear();
+  std::transform(all.begin(), all.end(), std::back_inserter(choice.found), [](const tagFound& found) {
+    return tagRememberedPrinter{found.IsNetwork() ? "address" : "device", found.Where(), found.name1};
+  });
+  try {
+    SaveChoiceFile(choice);
+  } catch (const CFailure& error) {
+    session.Remark(std::string("remark: \"tvmgr use NUMBER\" will not know these printers: ") + error.what());
+  }
+}
+
+}  // namespace
+
+int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options) {
+  const CManagerSession session(global, false);
+  std::vector<tagFound> all;
+  for (const std::int32_t kind : {TVMGR_SEARCH_USB, TVMGR_SEARCH_NETWORK}) {
+    if (options.kind == "all" || (options.kind == "usb") == (kind == TVMGR_SEARCH_USB)) {
+      Search(session, global, kind, all);
+    }
+    if (session.WaitOrInterrupted(0)) {
+      break;
+    }
+  }
+  global.json ? PrintFoundJson(all) : PrintFound(all);
+  Remember(session, all);
+  if (all.empty()) {
+    session.Remark("no printers found");
+  }
+  return kExitDone;
+}
+
+}  // namespace tvmgr

@@ -1,0 +1,148 @@
+#include <algorithm>
+
+#include "commands/commands.h"
+#include "output/command_error.h"
+#include "output/record_output.h"
+#include "output/result_words.h"
+#include "output/setting_cell.h"
+#include "output/settings_names.h"
+#include "output/text_encoding.h"
+#include "printer/manager_session.h"
+#include "tavira/TaviraManager.h"
+
+namespace tvmgr {
+namespace {
+
+struct tagAssignment {
+  tagSettingName setting;
+  std::string value; /**< bytes as the printer takes them */
+};
+
+struct tagVerdict {
+  std::string word;
+  std::string reason;
+  bool is_failure = false;
+};
+
+// A prefix character inside a value would begin a command of its own; a control byte would end the frame.
+bool IsSafeValue(std::string_view value) {
+  return std::none_of(value.begin(), value.end(),
+                      [](char c) { return c == '^' || c == '~' || static_cast<unsigned char>(c) < 0x20; });
+}
+
+tagAssignment ParseAssignment(const std::string& text) {
+  const std::size_t sign = text.find('=');
+  if (sign == std::string::npos) {
+    throw CUsageError("\"" + text + "\" is not KEY=VALUE");
+  }
+  const tagSettingName setting = RequireSetting(std::string_view(text).substr(0, sign));
+  const std::string key(setting.key);
+  if (setting.id == TVMGR_SETTING_BACKGROUND) {
+    throw CUsageError("the background is a file: store it with \"tvmgr put\"");
+  }
+  if (setting.id >= TVMGR_SETTING_CCC_T && setting.id <= TVMGR_SETTING_CCC_D) {
+    // Written as characters, read as hexadecimal digits: the comparison afterwards could never succeed.
+    throw CUsageError("set the prefix character " + key + " with \"tvmgr prefix --set\"");
+  }
+  std::string value = RequireAnsi(std::string_view(text).substr(sign + 1));
+  if (!IsSafeValue(value)) {
+    throw CUsageError(
+        "the value of " + key +
+        " holds ^, ~ or a control character, which begin commands; \"tvmgr send\" sends commands");
+  }
+  return {setting, std::move(value)};
+}
+
+std::vector<tagAssignment> ParseAssignments(const std::vector<std::string>& texts) {
+  std::vector<tagAssignment> assignments;
+  for (const std::string& text : texts) {
+    tagAssignment assignment = ParseAssignment(text);
+    for (const tagAssignment& earlier : assignments) {
+      if (earlier.setting.id == assignment.setting.id) {
+        throw CUsageError("two values for " + std::string(assignment.setting.key));
+      }
+    }
+    assignments.push_back(std::move(assignment));
+  }
+  return assignments;
+}
+
+bool IsGuarded(std::int32_t id, bool keep_resolution) {
+  const bool resolution = id == TVMGR_SETTING_CLR_Z || id == TVMGR_SETTING_CLR_P || id == TVMGR_SETTING_CLR_R;
+  return id == TVMGR_SETTING_CMP_U || (resolution && !keep_resolution);
+}
+
+tagVerdict Judge(const tagAssignment& asked, const std::optional<std::string>& got, bool keep_resolution) {
+  if (asked.setting.id == TVMGR_SETTING_ST) {
+    return {"not readable", "sent; the printer has no query for this setting"};
+  }
+  if (!got) {
+    return {"not readable", "sent; the printer does not answer for this setting", true};
+  }
+  if (asked.setting.id == TVMGR_SETTING_CPC_Y) {
+    return {"not readable", "sent; what the printer reports for this setting need not be what was written"};
+  }
+  if (EqualsIgnoreCase(asked.value, *got)) {
+    return {"written", ""};
+  }
+  if (IsGuarded(asked.setting.id, keep_resolution)) {
+    const bool mode = asked.setting.id == TVMGR_SETTING_CMP_U;
+    return {
+        "differs",
+        std::string("the resolution guard may have put the earlier value back: it does so on a printer whose "
+                    "resolutions were not all 600 or whose mode was not D") +
+            (mode ? "" : "; --keep-resolution leaves 3, 4 and 5 alone"),
+        true};
+  }
+  return {"differs", "the printer refused the value or stores it in another form", true};
+}
+
+}  // namespace
+
+int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
+  const std::vector<tagAssignment> assignments = ParseAssignments(options.assignments);
+  const CManagerSession session(global);
+  session.RequireAnsweringPrinter();
+  session.Require("TVMGR_ClearUpdateList", "preparing the update", 0, [] { return TVMGR_ClearUpdateList(); });
+  for (const tagAssignment& assignment : assignments) {
+    session.Require("TVMGR_SetUpdateList", "preparing the update", 0, [&] {
+      return TVMGR_SetUpdateList(static_cast<std::uint32_t>(assignment.setting.id),
+                                 reinterpret_cast<const std::uint8_t*>(assignment.value.data()),
+                                 static_cast<std::int32_t>(assignment.value.size()));
+    });
+  }
+  const std::int32_t result =
+      options.keep_resolution
+          ? session.Call("TVMGR_UpdatePrinterSettingNoChangeDPI", "writing and verifying the settings",
+                         limit::kUpdate, [] { return TVMGR_UpdatePrinterSettingNoChangeDPI(); })
+          : session.Call("TVMGR_UpdatePrinterSetting", "writing and verifying the settings", limit::kUpdate,
+                         [] { return TVMGR_UpdatePrinterSetting(); });
+  // With the two results below the module has just read everything back, so each setting has a verdict of its
+  // own. After any other the stored values tell nothing.
+  if (result != TVMGR_OK && result != TVMGR_NOT_CONFIRMED) {
+    throw CFailure("writing the settings failed, what was written is not known: " + ExplainResult(result));
+  }
+
+  CRecordOutput output({{"id", "ID"},
+                        {"key", "KEY"},
+                        {"asked", "ASKED"},
+                        {"got", "GOT"},
+                        {"verdict", "VERDICT"},
+                        {"reason", "REASON"}});
+  bool failed = false;
+  for (const tagAssignment& assignment : assignments) {
+    const std::optional<std::string> got = session.Value(assignment.setting.id);
+    const tagVerdict verdict = Judge(assignment, got, options.keep_resolution);
+    failed = failed || verdict.is_failure;
+    output.Add({tagCell::Number(assignment.setting.id), tagCell::Text(std::string(assignment.setting.key)),
+                ValueCell(assignment.value), got ? ValueCell(got) : tagCell::Null("-"),
+                tagCell::Text(verdict.word), tagCell::Text(verdict.reason)});
+  }
+  global.json ? output.PrintJson() : output.PrintTable();
+  if (failed || result != TVMGR_OK) {
+    throw CFailure("not every setting is confirmed: " + ExplainResult(TVMGR_NOT_CONFIRMED));
+  }
+  return kExitDone;
+}
+
+}  // namespace tvmgr

@@ -1,0 +1,74 @@
+#include <algorithm>
+#include <chrono>
+
+#include "commands/commands.h"
+#include "output/command_error.h"
+#include "output/console.h"
+#include "output/record_output.h"
+#include "output/status_words.h"
+#include "printer/manager_session.h"
+#include "tavira/TaviraManager.h"
+
+namespace tvmgr {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+void Print(const tagGlobalOptions& global, std::uint32_t status, bool with_time) {
+  const tagStatusWords words = StatusWords(status);
+  const std::string time = with_time ? TimeStamp() : std::string();
+  if (global.json) {
+    CRecordOutput output({{"time", ""}, {"status", ""}, {"name", ""}, {"meaning", ""}});
+    output.Add({with_time ? tagCell::Text(time) : tagCell::Absent(), tagCell::Number(status),
+                tagCell::Text(words.name), tagCell::Text(words.meaning)});
+    output.PrintJsonObject(with_time);
+    return;
+  }
+  WriteOutput((with_time ? time + "  " : "") + words.name + " (" + words.meaning + ")\n");
+}
+
+int Watch(const tagGlobalOptions& global, const tagStatusOptions& options, const CManagerSession& session) {
+  const auto to_duration = [](double seconds) {
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+  };
+  const auto end =
+      options.duration_s ? Clock::now() + to_duration(*options.duration_s) : Clock::time_point::max();
+  std::optional<std::uint32_t> shown;
+  bool ever_answered = false;
+  for (std::uint32_t poll = 1;; ++poll) {
+    const auto next = Clock::now() + to_duration(options.interval_s);
+    const std::uint32_t status = session.Status();
+    ever_answered = ever_answered || status != TVMGR_STATUS_UNKNOWN;
+    if (options.every_poll || shown != status) {
+      Print(global, status, true);
+      shown = status;
+    }
+    if (options.count && poll >= *options.count) {
+      break;
+    }
+    const auto pause =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::min(next, end) - Clock::now());
+    const auto pause_ms = static_cast<std::uint32_t>(std::max<std::int64_t>(pause.count(), 0));
+    if (session.WaitOrInterrupted(pause_ms) || Clock::now() >= end) {
+      break;
+    }
+  }
+  return ever_answered ? kExitDone : kExitFailed;
+}
+
+}  // namespace
+
+int RunStatus(const tagGlobalOptions& global, const tagStatusOptions& options) {
+  if (!options.watch && (options.count || options.duration_s || options.every_poll)) {
+    throw CUsageError("--count, --for and --every-poll belong to --watch");
+  }
+  const CManagerSession session(global);
+  if (options.watch) {
+    return Watch(global, options, session);
+  }
+  const std::uint32_t status = session.Status();
+  Print(global, status, false);
+  return status == TVMGR_STATUS_UNKNOWN ? kExitFailed : kExitDone;
+}
+
+}  // namespace tvmgr

@@ -1,0 +1,185 @@
+#include <algorithm>
+
+#include "commands/commands.h"
+#include "files/download_command.h"
+#include "files/host_data.h"
+#include "files/stored_files.h"
+#include "output/command_error.h"
+#include "output/record_output.h"
+#include "output/text_encoding.h"
+#include "printer/manager_session.h"
+#include "tavira/TaviraManager.h"
+
+namespace tvmgr {
+namespace {
+
+// The one name that the background list shows; a file under another could never be confirmed.
+constexpr std::string_view kBackgroundName = "KORVDEF.BGD";
+
+std::string StoredData(const CManagerSession& session) {
+  std::uint32_t size = 0;
+  session.Require("TVMGR_GetStoredData", "taking the data over", 0,
+                  [&] { return TVMGR_GetStoredData(nullptr, &size); });
+  std::string bytes(size, '\0');
+  session.Require("TVMGR_GetStoredData", "taking the data over", 0,
+                  [&] { return TVMGR_GetStoredData(reinterpret_cast<std::uint8_t*>(bytes.data()), &size); });
+  return bytes;
+}
+
+// The module leaves a compressed payload as it is; no file of these kinds begins like a zlib stream itself.
+bool IsCompressed(const std::string& bytes) {
+  return bytes.size() > 2 && bytes[0] == 0x78 && (0x7800 + static_cast<unsigned char>(bytes[1])) % 31 == 0;
+}
+
+void PrintSummary(const tagGlobalOptions& global, const CManagerSession& session, const std::string& name,
+                  std::size_t size, const std::string& file, const std::string& text) {
+  if (global.json) {
+    CRecordOutput output({{"name", ""}, {"bytes", ""}, {"file", ""}});
+    output.Add({tagCell::Text(name), tagCell::Number(static_cast<std::int64_t>(size)), tagCell::Text(file)});
+    output.PrintJsonObject();
+  } else {
+    session.Remark(text);
+  }
+}
+
+struct tagDownload {
+  std::string name;
+  const tagFileKind* kind;
+  std::string command;
+};
+
+const tagFileKind* FirstKindOfGroup(std::string_view group) {
+  const auto kinds = AllFileKinds();
+  const auto found =
+      std::find_if(kinds.begin(), kinds.end(), [&](const tagFileKind& kind) { return kind.group == group; });
+  return found == kinds.end() ? nullptr : &*found;
+}
+
+// The kind by the name's extension; --kind decides for names that have none and has to fit the others.
+const tagFileKind& ChooseKind(const std::string& name, const std::string& group) {
+  const tagFileKind* kind = KindOfFile(name);
+  if (kind == nullptr && !group.empty()) {
+    kind = FirstKindOfGroup(group);
+  }
+  if (kind == nullptr || kind->register_request == 0) {
+    throw CUsageError("\"" + name +
+                      "\": give a name that ends in PNG, GRF, TTF, TTE, BGD, FMT or ZPL, or --kind");
+  }
+  if (!group.empty() && kind->group != group) {
+    throw CUsageError("\"" + name + "\" is a " + std::string(kind->group) + ", not a " + group);
+  }
+  return *kind;
+}
+
+tagDownload MakeDownload(const tagPutOptions& options, std::string bytes) {
+  const EDownload form = RecognizeDownload(bytes);
+  if (form != EDownload::kNone) {
+    if (!options.name.empty()) {
+      throw CUsageError("the file is a download command with a name of its own; --name cannot change it");
+    }
+    std::string name = NameInDownload(bytes);
+    // The name of a format may stand without extension; what it is shows all the same.
+    const bool is_format = form == EDownload::kFormat;
+    const tagFileKind& kind = ChooseKind(name, options.kind.empty() && is_format ? "format" : options.kind);
+    return {std::move(name), &kind, std::move(bytes)};
+  }
+  std::string name = options.name.empty() ? UpperAscii(FileNameOf(options.file)) : options.name;
+  if (name.find('.') == std::string::npos && !options.kind.empty()) {
+    const tagFileKind* const kind = FirstKindOfGroup(options.kind);
+    name += kind == nullptr ? std::string_view() : kind->extension;
+  }
+  RequireFileName(name);
+  const tagFileKind& kind = ChooseKind(name, options.kind);
+  if (kind.group == "background" && !EqualsIgnoreCase(name, kBackgroundName)) {
+    throw CUsageError("the printer knows one background file: give --name " + std::string(kBackgroundName));
+  }
+  const std::string printer_name = RequireAnsi(name);
+  std::string command = IsFormat(kind) ? MakeFormatDownload(printer_name, bytes)
+                                       : MakeObjectDownload(printer_name, kind, bytes, options.row_bytes);
+  return {std::move(name), &kind, std::move(command)};
+}
+
+bool IsListed(const CManagerSession& session, const tagDownload& download) {
+  const auto kinds = AllFileKinds();
+  return std::any_of(kinds.begin(), kinds.end(), [&](const tagFileKind& kind) {
+    if (kind.group != download.kind->group) {
+      return false;
+    }
+    const bool complete = KindOfFile(download.name) != nullptr;
+    return IsStored(session, kind, complete ? download.name : download.name + std::string(kind.extension));
+  });
+}
+
+}  // namespace
+
+int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
+  RequireFileName(options.name);
+  RequireAnsi(options.name);
+  const tagFileKind* const kind = KindOfFile(options.name);
+  const CManagerSession session(global);
+  session.RequireAnsweringPrinter();
+  if (kind != nullptr && !options.unlisted) {
+    // A file that does not exist shows as silence only, after the whole time-out; the list knows at once.
+    session.LoadAll();
+    if (!IsStored(session, *kind, options.name)) {
+      throw CFailure("the printer has no file " + options.name +
+                     " (\"tvmgr files\" lists them; --unlisted asks for it "
+                     "all the same)");
+    }
+  }
+  const std::wstring name = ToWide(options.name);
+  const std::uint8_t mode = kind != nullptr && IsFormat(*kind) ? 1 : 0;
+  const auto timeout_ms = static_cast<std::uint32_t>(options.timeout_s * 1000);
+  session.Require("TVMGR_LoadStoredData", "fetching " + options.name, timeout_ms + 100,
+                  [&] { return TVMGR_LoadStoredData(name.c_str(), mode, timeout_ms); });
+  const std::string bytes = StoredData(session);
+  if (bytes.empty()) {
+    throw CFailure("the printer sent nothing for " + options.name +
+                   ": no such file, an empty file, or no answer within " + std::to_string(timeout_ms / 1000) +
+                   " s (--timeout)");
+  }
+  if (mode == 0 && IsCompressed(bytes)) {
+    session.Remark("remark: the printer sent " + options.name +
+                   " compressed (zlib); the data is written as it came");
+  }
+  if (options.output.empty()) {
+    WriteOutput(bytes);
+    return kExitDone;
+  }
+  WriteHostFile(options.output, bytes);
+  PrintSummary(global, session, options.name, bytes.size(), options.output,
+               options.name + ": " + std::to_string(bytes.size()) + " bytes to " + options.output);
+  return kExitDone;
+}
+
+int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
+  std::string bytes = ReadHostFile(options.file);
+  if (bytes.empty()) {
+    throw CFailure("the file \"" + options.file + "\" is empty");
+  }
+  const std::size_t size = bytes.size();
+  const tagDownload download = MakeDownload(options, std::move(bytes));
+  if (download.command.size() > static_cast<std::size_t>(INT32_MAX)) {
+    throw CFailure("the file \"" + options.file + "\" is too large for one download command");
+  }
+  const CManagerSession session(global);
+  session.RequireAnsweringPrinter();
+  session.Require("TVMGR_UpdateRegistList", "preparing the transfer", 0, [&] {
+    return TVMGR_UpdateRegistList(download.kind->register_request,
+                                  reinterpret_cast<const std::uint8_t*>(download.command.data()),
+                                  static_cast<std::uint32_t>(download.command.size()), nullptr, 0);
+  });
+  constexpr std::uint64_t kLongestTransfer = 50ULL * 60 * 1000;
+  const std::uint64_t transfer = session.IsNetwork() ? kLongestTransfer : limit::kTransaction;
+  session.Require("TVMGR_RegistData", "storing " + download.name, transfer + limit::kConfirmFiles,
+                  [] { return TVMGR_RegistData(); });
+  // For stored formats the result says only that they were sent; the refreshed lists tell the rest.
+  if (!IsListed(session, download)) {
+    throw CFailure(download.name + " was sent, but the printer does not list it");
+  }
+  PrintSummary(global, session, download.name, size, options.file,
+               download.name + ": stored, " + std::to_string(size) + " bytes of " + options.file);
+  return kExitDone;
+}
+
+}  // namespace tvmgr

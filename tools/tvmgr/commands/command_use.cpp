@@ -1,0 +1,95 @@
+#include <algorithm>
+#include <charconv>
+
+#include "commands/commands.h"
+#include "output/command_error.h"
+#include "output/console.h"
+#include "output/record_output.h"
+#include "output/text_encoding.h"
+#include "printer/choice_file.h"
+#include "printer/printer_choice.h"
+
+namespace tvmgr {
+namespace {
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// "USB001", "LPT1:", "COM3", and what the standard TCP/IP port monitor calls its ports.
+bool LooksLikePort(std::string_view text) {
+  const std::string upper = UpperAscii(text);
+  for (const std::string_view head : {"USB", "LPT", "COM", "DOT4_"}) {
+    if (upper.starts_with(head) && upper.size() > head.size()) {
+      std::string_view rest = std::string_view(upper).substr(head.size());
+      rest.remove_suffix(rest.ends_with(':') ? 1 : 0);
+      return !rest.empty() && std::all_of(rest.begin(), rest.end(), IsDigit);
+    }
+  }
+  return upper.starts_with("IP_") || upper.starts_with("WSD-");
+}
+
+tagRememberedPrinter ByNumber(const tagChoiceFile& choice, const std::string& text) {
+  std::size_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || number < 1 || number > choice.found.size()) {
+    throw CUsageError("there is no printer " + text + ": the last search found " +
+                      std::to_string(choice.found.size()) + " (tvmgr search all)");
+  }
+  return choice.found[number - 1];
+}
+
+tagRememberedPrinter Resolve(const tagChoiceFile& choice, const tagUseOptions& options) {
+  const std::string& text = options.printer;
+  if (!options.as.empty()) {
+    return {options.as, text, ""};
+  }
+  if (std::all_of(text.begin(), text.end(), IsDigit)) {
+    return ByNumber(choice, text);
+  }
+  const char* const kind = text.starts_with("\\\\") ? "device" : LooksLikePort(text) ? "port" : "address";
+  return {kind, text, ""};
+}
+
+int Show(const tagGlobalOptions& global, const std::optional<tagRememberedPrinter>& chosen) {
+  if (global.json) {
+    CRecordOutput output({{"kind", ""}, {"value", ""}, {"name", ""}});
+    const auto cell = [&](const std::string tagRememberedPrinter::*member) {
+      return chosen ? tagCell::Text((*chosen).*member) : tagCell::Null("");
+    };
+    output.Add({cell(&tagRememberedPrinter::kind), cell(&tagRememberedPrinter::value),
+                cell(&tagRememberedPrinter::name)});
+    output.PrintJsonObject();
+  } else if (chosen) {
+    WriteOutput(chosen->kind + " " + chosen->value +
+                (chosen->name.empty() ? "" : "  (" + chosen->name + ")") + "\n");
+  } else {
+    WriteOutput("no printer is remembered\n");
+  }
+  return kExitDone;
+}
+
+}  // namespace
+
+int RunUse(const tagGlobalOptions& global, const tagUseOptions& options) {
+  if (options.clear && !options.printer.empty()) {
+    throw CUsageError("name a printer or give --clear, not both");
+  }
+  if (options.printer.empty() && !options.as.empty()) {
+    throw CUsageError("--as belongs to a printer that is named");
+  }
+  const bool shows = options.printer.empty() && !options.clear;
+  tagChoiceFile choice = shows ? LoadChoiceFile() : LoadChoiceFileOrNone();
+  if (!shows) {
+    choice.chosen = options.clear ? std::nullopt : std::optional(Resolve(choice, options));
+    SaveChoiceFile(choice);
+  }
+  const bool overruled = !global.port.empty() || !global.device.empty() || !global.address.empty();
+  if (overruled && !global.quiet) {
+    WriteError("remark: in force is " + Describe(ChoiceInForce(global)) +
+               ": options and environment variables go before what is remembered\n");
+  }
+  return Show(global, choice.chosen);
+}
+
+}  // namespace tvmgr

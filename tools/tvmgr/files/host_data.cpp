@@ -1,0 +1,95 @@
+#include "files/host_data.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "output/command_error.h"
+#include "output/text_encoding.h"
+
+namespace tvmgr {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The module takes sizes as signed 32-bit numbers.
+constexpr std::uintmax_t kMaxBytes = INT32_MAX;
+
+std::string ReadStdin() {
+  _setmode(_fileno(stdin), _O_BINARY);
+  std::string bytes;
+  char block[4096];
+  while (const std::size_t count = std::fread(block, 1, sizeof block, stdin)) {
+    bytes.append(block, count);
+    if (bytes.size() > kMaxBytes) {
+      throw CFailure("there are more than 2 GiB on stdin");
+    }
+  }
+  if (std::ferror(stdin) != 0) {
+    throw CFailure("stdin cannot be read");
+  }
+  return bytes;
+}
+
+}  // namespace
+
+std::string ReadHostFile(const std::string& path) {
+  const fs::path file(ToWide(path));
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(file, error);
+  std::ifstream stream(file, std::ios::binary);
+  if (error || !stream) {
+    throw CFailure("the file \"" + path + "\" cannot be opened");
+  }
+  if (size > kMaxBytes) {
+    throw CFailure("the file \"" + path + "\" is larger than 2 GiB");
+  }
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (stream.gcount() != static_cast<std::streamsize>(bytes.size())) {
+    throw CFailure("the file \"" + path + "\" cannot be read whole");
+  }
+  return bytes;
+}
+
+void WriteHostFile(const std::string& path, std::string_view bytes) {
+  const fs::path file(ToWide(path));
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  if (!stream) {
+    throw CFailure("the file \"" + path + "\" cannot be created");
+  }
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  stream.close();
+  if (!stream) {
+    std::error_code ignored;
+    fs::remove(file, ignored);
+    throw CFailure("the file \"" + path + "\" cannot be written (disk full?)");
+  }
+}
+
+std::string ReadData(const tagDataSource& source) {
+  const int sources =
+      (source.file.empty() ? 0 : 1) + (source.text ? 1 : 0) + (source.stdin_mark.empty() ? 0 : 1);
+  if (sources != 1) {
+    throw CUsageError(
+        "say where the data comes from, once: --file, --text or, where it is offered, - for stdin");
+  }
+  std::string bytes = source.text           ? RequireAnsi(*source.text)
+                      : source.file.empty() ? ReadStdin()
+                                            : ReadHostFile(source.file);
+  if (bytes.empty()) {
+    throw CUsageError("there is nothing to send: the data is empty");
+  }
+  return bytes;
+}
+
+std::string FileNameOf(const std::string& path) {
+  return ToUtf8(fs::path(ToWide(path)).filename().wstring());
+}
+
+}  // namespace tvmgr

@@ -1,0 +1,88 @@
+// The arguments of the commands for backups.
+#include <memory>
+
+#include "commands/commands.h"
+#include "options/command_parsers.h"
+#include "output/command_error.h"
+
+namespace tvmgr {
+namespace {
+
+// "backup FILE", "backup check FILE", "backup diff A B": what the inner commands do not know falls through to
+// the outer one, which would take it in silence.
+void RefuseOuterOptions(const tagBackupOptions& backup) {
+  if (!backup.file.empty()) {
+    throw CUsageError("\"" + backup.file + "\" is one argument too many");
+  }
+  if (!backup.sections.empty() || backup.no_reload || backup.yes) {
+    throw CUsageError("--sections, --no-reload and --yes belong to \"tvmgr backup FILE\"");
+  }
+}
+
+void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+  const auto options = std::make_shared<tagBackupOptions>();
+  const auto check = std::make_shared<tagBackupCheckOptions>();
+  const auto diff = std::make_shared<tagBackupDiffOptions>();
+  CLI::App* const parser = program.add_subcommand(
+      "backup", "write settings and stored files to a file; check and compare backups");
+  parser->add_option("file", options->file, "the file to write");
+  parser->add_option("--sections", options->sections,
+                     "settings, graphics, formats, fonts, background, or letters of SITFBCP; with commas");
+  parser->add_flag("--no-reload", options->no_reload, "do not read the printer's settings and lists first");
+  parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
+  parser->footer(
+      "Without --sections: settings and all stored files of device E:. The file is checked afterwards.\n"
+      "A file named check or diff is written as ./check. C and P are named in the file's header only.\n\n"
+      "Examples:\n  tvmgr backup shop7.bak\n  tvmgr backup looks.bak --sections graphics,fonts\n"
+      "  tvmgr backup check shop7.bak\n  tvmgr backup diff monday.bak tuesday.bak");
+
+  CLI::App* const check_parser =
+      parser->add_subcommand("check", "tell whether a file is a whole backup, and what it holds");
+  check_parser->add_option("file", check->file, "the backup")->required();
+  check_parser->footer(
+      "Needs no printer. A backup that an error stopped half way may be closed properly all the same and\n"
+      "pass: \"tvmgr backup\" itself told that at the time.\n"
+      "Exit code 1 when the backup is not complete.\n\n"
+      "Example:\n  tvmgr backup check shop7.bak --json");
+
+  CLI::App* const diff_parser = parser->add_subcommand("diff", "compare two backups");
+  diff_parser->add_option("a", diff->first, "a backup")->required();
+  diff_parser->add_option("b", diff->second, "another backup")->required();
+  diff_parser->footer(
+      "Needs no printer. The time stamps and the order of files do not count.\n"
+      "Exit codes: 0 equal, 1 different, 2 a file cannot be read or is no backup.\n\n"
+      "Example:\n  tvmgr backup diff monday.bak tuesday.bak");
+
+  commands.push_back({check_parser, [&global, options, check] {
+                        RefuseOuterOptions(*options);
+                        return RunBackupCheck(global, *check);
+                      }});
+  commands.push_back({diff_parser, [&global, options, diff] {
+                        RefuseOuterOptions(*options);
+                        return RunBackupDiff(global, *diff);
+                      }});
+  commands.push_back({parser, [&global, options] { return RunBackup(global, *options); }});
+}
+
+tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagRestoreOptions>();
+  CLI::App* const parser = program.add_subcommand("restore", "send a backup back to the printer");
+  parser->add_option("file", options->file, "the backup")->required();
+  parser->add_flag("--yes", options->yes, "do not ask");
+  parser->add_flag("--force", options->force, "send the file even when it is not a complete backup");
+  parser->footer(
+      "Files that the backup does not name stay. Afterwards the printer's settings and file lists are read\n"
+      "and compared with the backup; exit code 1 when something differs. What the files hold is not read\n"
+      "back: another backup and \"tvmgr backup diff\" prove that.\n\n"
+      "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json");
+  return {parser, [&global, options] { return RunRestore(global, *options); }};
+}
+
+}  // namespace
+
+void AddBackupCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+  AddBackup(program, global, commands);
+  commands.push_back(AddRestore(program, global));
+}
+
+}  // namespace tvmgr

@@ -1,0 +1,102 @@
+// The arguments of the commands for operations, stored files and raw data.
+#include <memory>
+
+#include "commands/commands.h"
+#include "options/command_parsers.h"
+
+namespace tvmgr {
+namespace {
+
+constexpr double kMaxTimeoutSeconds = 86'400;
+
+tagCommand AddOperation(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagOperationOptions>();
+  CLI::App* const parser = program.add_subcommand("op", "run a printer operation and wait until it is done");
+  parser->add_option("name", options->name, "the operation");
+  parser->add_flag("--list", options->list, "show the operations");
+  parser->add_option("--file", options->data.file, "with send-data: a file");
+  parser->add_option("--text", options->data.text, "with send-data: a text");
+  parser->add_flag("--yes", options->yes, "confirm operations that wipe or reset");
+  parser->footer(
+      "Operations that wipe or reset have to be confirmed: by typing yes, or with --yes.\n\n"
+      "Examples:\n  tvmgr op --list\n  tvmgr op print-configuration\n  tvmgr op wipe-graphics --yes\n"
+      "  tvmgr op send-data --file label.prn");
+  return {parser, [&global, options] { return RunOperation(global, *options); }};
+}
+
+tagCommand AddSend(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagSendOptions>();
+  CLI::App* const parser = program.add_subcommand("send", "send bytes to the printer as they are");
+  parser->add_option("--file", options->data.file, "a file");
+  parser->add_option("--text", options->data.text, "a text, sent in the ANSI code page");
+  parser->add_option("stdin", options->data.stdin_mark, "- reads stdin");
+  parser->add_flag("--allow-resolution-change", options->allow_resolution_change,
+                   "the guard puts the resolutions to 600 meanwhile");
+  parser->footer(
+      "Nothing is saved and nothing is read back.\n\n"
+      "Examples:\n  tvmgr send --text ^XA^FO50,50^A0,40^FDHello^FS^XZ\n  tvmgr send --file label.prn\n"
+      "  type label.prn | tvmgr send -");
+  return {parser, [&global, options] { return RunSend(global, *options); }};
+}
+
+tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagFilesOptions>();
+  CLI::App* const parser = program.add_subcommand("files", "list the files that the printer stores");
+  parser->add_option("--list", options->list,
+                     "png, grf, ttf, tte, fmt, zpl, background, cnv, or graphic, font, format for several");
+  parser->footer("Examples:\n  tvmgr files\n  tvmgr files --list font --json");
+  return {parser, [&global, options] { return RunFiles(global, *options); }};
+}
+
+tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagFetchOptions>();
+  CLI::App* const parser = program.add_subcommand("fetch", "fetch a stored file");
+  parser->add_option("name", options->name, "the file's name with extension")->required();
+  parser->add_option("-o,--output", options->output, "write to this file, not to stdout");
+  parser->add_option("--timeout", options->timeout_s, "seconds to wait for the first byte")
+      ->check(CLI::Range(0.1, kMaxTimeoutSeconds))
+      ->capture_default_str();
+  parser->add_flag("--unlisted", options->unlisted, "do not look the name up in the printer's lists first");
+  parser->footer(
+      "Graphics, fonts and the background file come as the bytes of the file, stored formats (FMT, ZPL) as\n"
+      "the command that stores them.\n\n"
+      "Examples:\n  tvmgr fetch LOGO.PNG -o logo.png\n  tvmgr fetch LABEL.ZPL > label.zpl");
+  return {parser, [&global, options] { return RunFetch(global, *options); }};
+}
+
+tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagPutOptions>();
+  CLI::App* const parser = program.add_subcommand("put", "store a file on the printer");
+  parser->add_option("file", options->file, "the file on this computer")->required();
+  parser->add_option("--name", options->name, "name on the printer; else the file's own, in upper case");
+  parser->add_option("--kind", options->kind, "graphic, format, font or background; else by the extension")
+      ->check(CLI::IsMember({"graphic", "format", "font", "background"}));
+  parser->add_option("--row-bytes", options->row_bytes, "bytes in one row of a GRF graphic");
+  parser->footer(
+      "A file that holds a download command (~DY..., ^XA^DF...) is sent as it is; a PNG, GRF, TTF, TTE or\n"
+      "BGD file and the text of a format are put into one.\n\n"
+      "Examples:\n  tvmgr put logo.png\n  tvmgr put arial.ttf --name ARIAL.TTF\n  tvmgr put label.zpl");
+  return {parser, [&global, options] { return RunPut(global, *options); }};
+}
+
+tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagRemoveOptions>();
+  CLI::App* const parser = program.add_subcommand("rm", "delete stored files");
+  parser->add_option("name", options->names, "names with extension")->required();
+  parser->add_flag("--yes", options->yes, "do not ask");
+  parser->footer("Examples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes");
+  return {parser, [&global, options] { return RunRemove(global, *options); }};
+}
+
+}  // namespace
+
+void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+  commands.push_back(AddOperation(program, global));
+  commands.push_back(AddFiles(program, global));
+  commands.push_back(AddFetch(program, global));
+  commands.push_back(AddPut(program, global));
+  commands.push_back(AddRemove(program, global));
+  commands.push_back(AddSend(program, global));
+}
+
+}  // namespace tvmgr

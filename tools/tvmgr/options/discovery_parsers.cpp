@@ -1,0 +1,57 @@
+// The arguments of the commands that find and choose printers.
+#include <memory>
+
+#include "commands/commands.h"
+#include "options/command_parsers.h"
+
+namespace tvmgr {
+namespace {
+
+tagCommand AddSearch(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagSearchOptions>();
+  CLI::App* const parser = program.add_subcommand("search", "find printers");
+  parser->add_option("kind", options->kind, "usb, network or all")
+      ->required()
+      ->check(CLI::IsMember({"usb", "network", "all"}));
+  parser->footer(
+      "A search takes 3 s for each kind; printers of the network are asked for their names at its end. The\n"
+      "network search sends one broadcast datagram to UDP port 3289, and finds printers of the same network\n"
+      "segment only. Ctrl-C ends it early with what was found so far.\n\n"
+      "Examples:\n  tvmgr search all\n  tvmgr search network --json");
+  return {parser, [&global, options] { return RunSearch(global, *options); }};
+}
+
+tagCommand AddUse(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagUseOptions>();
+  CLI::App* const parser = program.add_subcommand("use", "remember a printer for later commands");
+  parser->add_option("printer", options->printer,
+                     "a number of the last search, an address, a port (USB001) or a device path");
+  parser->add_option("--as", options->as, "take the text as port, address or device whatever it looks like")
+      ->check(CLI::IsMember({"port", "address", "device"}));
+  parser->add_flag("--clear", options->clear, "remember none");
+  parser->footer(
+      "Without arguments it shows what is remembered. --port, --device and --address and the environment\n"
+      "variables TVMGR_PORT, TVMGR_DEVICE and TVMGR_ADDRESS go before it. It is kept in\n"
+      "%APPDATA%\\tvmgr\\choice.json; TVMGR_CONFIG names another file.\n\n"
+      "Examples:\n  tvmgr use 2\n  tvmgr use 192.0.2.7\n  tvmgr use USB001\n  tvmgr use --clear");
+  return {parser, [&global, options] { return RunUse(global, *options); }};
+}
+
+tagCommand AddInfo(CLI::App& program, const tagGlobalOptions& global) {
+  CLI::App* const parser = program.add_subcommand("info", "show the chosen printer and what it says it is");
+  parser->footer(
+      "Exit code 1 when the printer did not answer.\n\n"
+      "Examples:\n  tvmgr info\n  tvmgr --address 192.0.2.7 info --json");
+  return {parser, [&global] { return RunInfo(global); }};
+}
+
+}  // namespace
+
+void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
+                          std::vector<tagCommand>& commands) {
+  commands.push_back(AddSearch(program, global));
+  commands.push_back(AddUse(program, global));
+  commands.push_back(AddInfo(program, global));
+}
+
+}  // namespace tvmgr

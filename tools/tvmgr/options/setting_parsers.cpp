@@ -1,0 +1,97 @@
+// The arguments of the commands for ports, settings, prefix characters and status.
+#include <memory>
+
+#include "commands/commands.h"
+#include "options/command_parsers.h"
+
+namespace tvmgr {
+namespace {
+
+constexpr double kMaxSeconds = 1e6;
+
+tagCommand AddPorts(CLI::App& program, const tagGlobalOptions& global) {
+  CLI::App* const parser =
+      program.add_subcommand("ports", "list the print spooler's ports with their printers");
+  parser->footer("Example:\n  tvmgr ports");
+  return {parser, [&global] { return RunPorts(global); }};
+}
+
+tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagGetOptions>();
+  CLI::App* const parser = program.add_subcommand("get", "read settings");
+  CLI::Option* const names =
+      parser->add_option("setting", options->settings, "numbers or keys: 3, CLR,Z, clr_z");
+  parser->add_flag("--all", options->all, "every setting")->excludes(names);
+  parser->footer(
+      "Control characters in values are shown as \\xNN. In JSON a value with more than plain ASCII also\n"
+      "has its bytes under \"hex\". In shells that split at commas write CLR_Z for CLR,Z.\n"
+      "Exit code 1 when the printer gives no value for a setting that was named.\n\n"
+      "Examples:\n  tvmgr get CLR,Z CMP,U\n  tvmgr --address 192.0.2.7 get --all --json");
+  return {parser, [&global, options] { return RunGet(global, *options); }};
+}
+
+tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagSetOptions>();
+  CLI::App* const parser = program.add_subcommand("set", "write settings, save them and verify them");
+  parser->add_option("assignment", options->assignments, "KEY=VALUE")->required();
+  parser->add_flag("--keep-resolution", options->keep_resolution,
+                   "the guard leaves settings 3, 4 and 5 alone while it writes");
+  parser->footer(
+      "The verdict for each setting is written, differs or not readable (46 and 74, and settings that the\n"
+      "printer does not answer for). On a printer whose resolutions are not 600 or whose mode is not D the\n"
+      "guard puts settings 3, 4, 5 and 84 back to what they were, new values for them included.\n\n"
+      "Examples:\n  tvmgr set CLM,P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR,Z=300");
+  return {parser, [&global, options] { return RunSet(global, *options); }};
+}
+
+tagCommand AddPrefix(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagPrefixOptions>();
+  CLI::App* const parser = program.add_subcommand("prefix", "show or change the prefix characters");
+  parser
+      ->add_option("--set", options->characters, "control, format and delimiter character, or 0xNN for each")
+      ->expected(3)
+      ->type_name("C F D");
+  parser->add_flag("--default", options->to_default, "put ~ ^ and , back");
+  parser->footer("Examples:\n  tvmgr prefix\n  tvmgr prefix --set ! @ ;\n  tvmgr prefix --default");
+  return {parser, [&global, options] { return RunPrefix(global, *options); }};
+}
+
+tagCommand AddStatus(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagStatusOptions>();
+  CLI::App* const parser = program.add_subcommand("status", "ask for the printer's status");
+  parser->add_flag("--watch", options->watch,
+                   "go on asking; a line with the time for each change; Ctrl-C ends it");
+  parser->add_flag("--every-poll", options->every_poll, "with --watch: a line for each poll");
+  parser->add_option("--interval", options->interval_s, "seconds from poll to poll")
+      ->check(CLI::Range(0.0, kMaxSeconds))
+      ->capture_default_str();
+  parser->add_option("--count", options->count, "with --watch: end after so many polls")
+      ->check(CLI::Range(1U, UINT32_MAX));
+  parser->add_option("--for", options->duration_s, "with --watch: end after so many seconds")
+      ->check(CLI::Range(0.0, kMaxSeconds));
+  parser->footer(
+      "Exit code 1 when the printer did not answer (under --watch: not once).\n\n"
+      "Examples:\n  tvmgr status\n  tvmgr status --watch --interval 5\n  tvmgr status --watch --every-poll "
+      "--count 10");
+  return {parser, [&global, options] { return RunStatus(global, *options); }};
+}
+
+tagCommand AddCodes(CLI::App& program, const tagGlobalOptions& global) {
+  CLI::App* const parser = program.add_subcommand("codes", "explain the result codes");
+  parser->footer("Example:\n  tvmgr codes");
+  return {parser, [&global] { return RunCodes(global); }};
+}
+
+}  // namespace
+
+void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global,
+                        std::vector<tagCommand>& commands) {
+  commands.push_back(AddPorts(program, global));
+  commands.push_back(AddStatus(program, global));
+  commands.push_back(AddGet(program, global));
+  commands.push_back(AddSet(program, global));
+  commands.push_back(AddPrefix(program, global));
+  commands.push_back(AddCodes(program, global));
+}
+
+}  // namespace tvmgr

@@ -1,0 +1,198 @@
+#include "printer/manager_session.h"
+
+#include <algorithm>
+
+#include "output/command_error.h"
+#include "output/console.h"
+#include "output/progress.h"
+#include "output/result_words.h"
+#include "output/settings_names.h"
+#include "output/text_encoding.h"
+#include "tavira/TaviraManager.h"
+
+namespace tvmgr {
+namespace {
+
+[[noreturn]] void Fail(const std::string& what, std::int32_t result) {
+  throw CFailure(what + " failed: " + ExplainResult(result));
+}
+
+constexpr char kSilent[] =
+    "the printer did not answer: check that it is switched on and connected, that --port, --device or "
+    "--address "
+    "names it, and that its prefix characters are the default ones (tvmgr prefix)";
+
+}  // namespace
+
+std::string TextOf(const wchar_t* text) {
+  return text == nullptr ? std::string() : ToUtf8(text);
+}
+
+CManagerSession::CManagerSession(const tagGlobalOptions& options, bool choose) : options_(options) {
+  const std::int32_t result = TVMGR_Initialize();
+  if (result != TVMGR_OK) {
+    // Also a failed start may have left a manager in place.
+    TVMGR_Terminate();
+    Fail("starting the module", result);
+  }
+  try {
+    if (choose) {
+      ChoosePrinter();
+    }
+  } catch (...) {
+    TVMGR_Terminate();
+    throw;
+  }
+}
+
+CManagerSession::~CManagerSession() {
+  TVMGR_Terminate();
+}
+
+void CManagerSession::ChoosePrinter() const {
+  const tagPrinterChoice choice = ChoiceInForce(options_);
+  const std::wstring port = ToWide(choice.port);
+  const std::wstring device = ToWide(choice.device);
+  const std::wstring address = ToWide(choice.address);
+  TvmgrFoundPrinter record = {};
+  record.kind = address.empty() ? TVMGR_SEARCH_USB : TVMGR_SEARCH_NETWORK;
+  record.text3 = device.empty() ? nullptr : device.c_str();
+  record.text5 = address.empty() ? nullptr : address.c_str();
+  const bool has_record = !device.empty() || !address.empty();
+  // The module may ask the print spooler here, which can take its time.
+  Require("TVMGR_UpdatePortComInfo", "choosing the printer", 0, [&] {
+    return TVMGR_UpdatePortComInfo(has_record ? &record : nullptr, port.empty() ? nullptr : port.c_str());
+  });
+  if (options_.verbose) {
+    LogChoice();
+  }
+}
+
+void CManagerSession::LogChoice() const {
+  TvmgrFoundPrinter chosen = {};
+  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
+    const auto text = [](TvmgrText wide) {
+      const std::string utf8 = TextOf(wide);
+      return utf8.empty() ? std::string("-") : utf8;
+    };
+    const bool network = chosen.kind == TVMGR_SEARCH_NETWORK;
+    WriteError(std::string("printer: ") + (network ? "network" : "USB or none") + ", port " +
+               text(chosen.text1) + ", device " + text(chosen.text3) + ", address " + text(chosen.text5) +
+               "\n");
+  }
+  TvmgrFoundPrinterRelease(&chosen);
+}
+
+std::int32_t CManagerSession::Call(const char* function, const std::string& what, std::uint64_t longest_ms,
+                                   const std::function<std::int32_t()>& call) const {
+  std::int32_t result = 0;
+  std::uint64_t elapsed_ms = 0;
+  {
+    const CProgress progress(what, longest_ms, !options_.quiet);
+    CInterruptWait::SetRunning(what);
+    result = call();
+    CInterruptWait::SetRunning({});
+    elapsed_ms = progress.ElapsedMs();
+  }
+  if (options_.verbose) {
+    WriteError(std::string(function) + ": " + std::to_string(result) + " after " +
+               std::to_string(elapsed_ms) + " ms (" + what + ")\n");
+  }
+  return result;
+}
+
+void CManagerSession::Require(const char* function, const std::string& what, std::uint64_t longest_ms,
+                              const std::function<std::int32_t()>& call) const {
+  if (interrupt_.WasPressed()) {
+    throw CFailure("stopped by Ctrl-C before " + what);
+  }
+  const std::int32_t result = Call(function, what, longest_ms, call);
+  if (result != TVMGR_OK) {
+    Fail(what, result);
+  }
+}
+
+std::uint32_t CManagerSession::Status() const {
+  std::uint32_t status = TVMGR_STATUS_UNKNOWN;
+  // Not stopped by Ctrl-C: who watches the status ends in order.
+  const std::string what = "asking for the printer's status";
+  const std::int32_t result = Call("TVMGR_GetPrinterStatus", what, limit::kShortExchange,
+                                   [&] { return TVMGR_GetPrinterStatus(&status); });
+  if (result != TVMGR_OK) {
+    Fail(what, result);
+  }
+  return status;
+}
+
+void CManagerSession::RequireAnsweringPrinter() const {
+  if (!options_.no_check && Status() == TVMGR_STATUS_UNKNOWN) {
+    throw CFailure(std::string(kSilent) + "; --no-check tries the command all the same");
+  }
+}
+
+void CManagerSession::LoadAll() const {
+  Require("TVMGR_LoadSetting", "reading all settings and file lists", limit::kFullLoad,
+          [] { return TVMGR_LoadSetting(true, 0); });
+  // A silent printer is no error for the module. The background file counts for nothing here: its entry is
+  // always there after a load.
+  const auto settings = AllSettings();
+  const bool answered = std::any_of(settings.begin(), settings.end(), [&](const tagSettingName& setting) {
+    return setting.id != TVMGR_SETTING_BACKGROUND && Value(setting.id).has_value();
+  });
+  if (!answered) {
+    throw CFailure(kSilent);
+  }
+}
+
+bool CManagerSession::IsNetwork() const {
+  TvmgrFoundPrinter chosen = {};
+  const bool network = TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK && chosen.kind == TVMGR_SEARCH_NETWORK;
+  TvmgrFoundPrinterRelease(&chosen);
+  return network;
+}
+
+std::optional<std::string> CManagerSession::Value(std::int32_t id) const {
+  std::int32_t length = 0;
+  if (!TVMGR_GetSettingValue(id, nullptr, &length)) {
+    return std::nullopt;
+  }
+  // The bytes of an empty value must not be asked for.
+  std::string value(static_cast<std::size_t>(std::max(length, 0)), '\0');
+  if (!value.empty() && !TVMGR_GetSettingValue(id, reinterpret_cast<std::uint8_t*>(value.data()), &length)) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::vector<std::string> CManagerSession::FileNames(std::int32_t list) const {
+  std::uint32_t count = 0;
+  const std::int32_t result = TVMGR_GetRegistFileArraySize(list, &count);
+  if (result != TVMGR_OK) {
+    Fail("reading a file list", result);
+  }
+  std::vector<std::string> names;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    std::uint32_t length = 0;
+    const auto index = static_cast<std::int32_t>(i);
+    std::int32_t name_result = TVMGR_GetRegistFileArrayData(list, index, nullptr, &length);
+    std::wstring name(length, L'\0');
+    if (name_result == TVMGR_OK) {
+      // The string's own terminator is the room for the one that the module writes.
+      std::uint32_t capacity = length + 1;
+      name_result = TVMGR_GetRegistFileArrayData(list, index, name.data(), &capacity);
+    }
+    if (name_result != TVMGR_OK) {
+      Fail("reading a file list", name_result);
+    }
+    names.push_back(ToUtf8(name));
+  }
+  return names;
+}
+
+void CManagerSession::Remark(const std::string& text) const {
+  if (!options_.quiet) {
+    WriteError(text + "\n");
+  }
+}
+
+}  // namespace tvmgr

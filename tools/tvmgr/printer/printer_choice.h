@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "options/options.h"
+
+namespace tvmgr {
+
+/** The printer that a command talks to. All texts empty: the port library chooses. */
+struct tagPrinterChoice {
+  std::string port;
+  std::string device;
+  std::string address;
+  bool is_remembered = false; /**< chosen by "use", not by an option or an environment variable */
+};
+
+/** The printer of the options and environment variables; without those, the one that "use" remembers. */
+tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options);
+
+/** "the printer at 192.0.2.7 (tvmgr use)", for questions and messages. */
+std::string Describe(const tagPrinterChoice& choice);
+
+}  // namespace tvmgr

@@ -24,6 +24,24 @@ class CAnswerFrames {
   std::string_view rest_;
 };
 
+/** What one frame reports about a setting; the value is a view into the answer. */
+struct tagSettingAnswer {
+  std::uint32_t id = 0;
+  std::string_view value;
+};
+
+/** The settings that an answer reports, one after the other, in one pass over its bytes. */
+class CSettingAnswers {
+ public:
+  explicit CSettingAnswers(std::string_view answer) : rest_(answer) {}
+
+  /** What the next frame that names a setting reports; nothing when the answer is used up. */
+  std::optional<tagSettingAnswer> Next();
+
+ private:
+  std::string_view rest_;
+};
+
 /**
  * The settings that an answer reports, one record for each frame that names one, in frame order. Linear in
  * the answer's bytes whatever they are. Throws std::bad_alloc.

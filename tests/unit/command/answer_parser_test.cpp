@@ -102,7 +102,7 @@ TEST(AnswerParserTest, AgreesWithTheRowByRowRuleOnGeneratedFrames) {
           frame += ',';
           break;
         case 2:
-          frame += std::string(pick(4), static_cast<char>('0' + pick(10)));
+          frame += std::string(pick(20), static_cast<char>('0' + pick(10)));
           break;
         default: {
           std::string head(kSettingTable[pick(kSettingTable.size())].answer_head.View());
@@ -121,6 +121,9 @@ TEST(AnswerParserTest, AgreesWithTheRowByRowRuleOnGeneratedFrames) {
     ASSERT_EQ(expected, MatchAnswerFrame(frame, id, value)) << frame;
     ASSERT_EQ(expected_id, id) << frame;
     ASSERT_EQ(expected_value, value) << frame;
+    const std::string record = expected ? Describe({{id, std::string(value)}}) : "";
+    const std::string behind(pick(9), ' ');
+    ASSERT_EQ(record, Describe(ScanAnswers("\x02" + frame + "\x03" + behind))) << frame;
     matched += expected ? 1 : 0;
   }
   EXPECT_GT(matched, 5000);

@@ -40,6 +40,56 @@ bool FindObjectData(std::string_view answer, std::string_view& data) {
   return true;
 }
 
+/** The first of the two markers, which are equally long; npos when there is none. */
+std::size_t FindMarker(std::string_view field) {
+  std::size_t at = field.find(':');
+  while (at != std::string_view::npos && !field.substr(at).starts_with(kCompressedMarker) &&
+         !field.substr(at).starts_with(kPlainMarker)) {
+    at = field.find(':', at + 1);
+  }
+  return at;
+}
+
+/**
+ * Decodes what stands before the next ":", for which it looks as it goes: a payload may have many megabytes.
+ * The checksum behind it is made of base64 characters too. Returns how far it went.
+ */
+std::size_t DecodeToColon(std::string_view text, std::string& data) {
+  constexpr std::size_t kPiece = 4096;
+  data.clear();
+  data.reserve(LargestDecodedSize(text.size()));
+  CBase64Decoder decoder;
+  std::size_t at = 0;
+  std::size_t colon = std::string_view::npos;
+  while (at < text.size() && colon == std::string_view::npos) {
+    const std::string_view piece = text.substr(at, kPiece);
+    colon = piece.find(':');
+    decoder.Append(piece.substr(0, colon), data);
+    at += std::min(colon, piece.size());
+  }
+  decoder.Finish(data);
+  if (data.size() < data.capacity() / 2) {
+    data.shrink_to_fit();  // it ended early, or was mostly junk
+  }
+  return at;
+}
+
+/** Decodes the payload behind the first ":Z64:" or, without one, the first ":B64:"; `marker` is the first. */
+void DecodePayload(std::string_view field, std::size_t marker, std::string& data) {
+  const std::size_t begin = marker + kPlainMarker.size();
+  const std::size_t end = begin + DecodeToColon(field.substr(begin), data);
+  if (field.substr(marker).starts_with(kCompressedMarker)) {
+    return;
+  }
+  // The closing ":" of this marker, or any other behind its payload, may open the one that goes first.
+  const std::size_t shared = begin - 1;
+  const std::size_t compressed =
+      field.substr(shared).starts_with(kCompressedMarker) ? shared : field.find(kCompressedMarker, end);
+  if (compressed != std::string_view::npos) {
+    DecodeToColon(field.substr(compressed + kCompressedMarker.size()), data);
+  }
+}
+
 }  // namespace
 
 std::int32_t ExtractPayload(std::string_view answer, std::string& data) {
@@ -49,20 +99,15 @@ std::int32_t ExtractPayload(std::string_view answer, std::string& data) {
     data = answer;
     return TVMGR_OK;
   }
-  std::size_t marker = field.find(kCompressedMarker);
-  if (marker == std::string_view::npos) {
-    marker = field.find(kPlainMarker);
-  }
+  const std::size_t marker = FindMarker(field);
   if (marker == std::string_view::npos) {
     data = field;
     return TVMGR_OK;
   }
-  // The payload ends at the next ":"; the checksum behind that is made of base64 characters too.
-  std::string_view payload = field.substr(marker + kPlainMarker.size());
-  payload = payload.substr(0, payload.find(':'));
   try {
-    data = DecodeBase64(payload);
+    DecodePayload(field, marker, data);
   } catch (const std::bad_alloc&) {
+    data = {};
     return TVMGR_PAYLOAD_UNREADABLE;
   }
   return TVMGR_OK;

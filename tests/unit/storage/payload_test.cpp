@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "storage/base64.h"
 #include "tavira/TaviraManager.h"
 
 namespace tavira::test {
@@ -28,6 +29,8 @@ TEST(PayloadTest, IsTakenOutOfTheAnswer) {
       {"text before the marker", "~DYE:A.PNG,B,P,3,0,0000:B64:TWFu:", "Man"},
       {"compressed before plain", "~DYE:A.PNG,B,P,3,0,:Z64:TWFu:00:B64:QQ==:", "Man"},
       {"plain before compressed", "~DYE:A.PNG,B,P,3,0,:B64:QQ==:00:Z64:TWFu:", "Man"},
+      {"compressed where plain ends", "~DYE:A.PNG,B,P,3,0,:B64:QQ==:Z64:TWFu:", "Man"},
+      {"the two share a mark", "~DYE:A.PNG,B,P,3,0,:B64:Z64:TWFu:", "Man"},
       {"first of two plain", "~DYE:A.PNG,B,P,3,0,:B64:TWFu:00:B64:QQ==:", "Man"},
       {"no marker", "~DYE:A.PNG,A,P,4,0,FF00", "FF00"},
       {"lower-case marker is none", "~DYE:A.PNG,B,P,3,0,:b64:TWFu:", ":b64:TWFu:"},
@@ -43,6 +46,17 @@ TEST(PayloadTest, IsTakenOutOfTheAnswer) {
     std::string extracted = "from an earlier answer";
     EXPECT_EQ(TVMGR_OK, ExtractPayload(answer, extracted)) << name;
     EXPECT_EQ(data, extracted) << name;
+  }
+}
+
+TEST(PayloadTest, OfAnyLengthEndsAtItsMark) {
+  for (const std::size_t length : {4092, 4095, 4096, 4097, 8192, 100000}) {
+    const std::string text(length, 'x');
+    for (const char* behind : {"", ":", ":xxxx", "::B64:xxxx"}) {
+      std::string extracted;
+      EXPECT_EQ(TVMGR_OK, ExtractPayload("~DYE:A.PNG,B,P,3,0,:B64:" + text + behind, extracted));
+      EXPECT_EQ(DecodeBase64(text), extracted) << length << behind;
+    }
   }
 }
 

@@ -165,6 +165,17 @@ bool ReadMessages(std::string_view text, tagSearchMessages& messages) {
   return true;
 }
 
+bool ReadTimes(std::string_view text, tagSearchTimes& times) {
+  const Fields items = Split(text, "; ");
+  return std::all_of(items.begin(), items.end(), [&](std::string_view item) {
+    const Fields parts = Split(item, ":");
+    return parts.size() == 2 &&
+           ((parts[0] == "announcement" && ReadNumber(parts[1], times.announcement_ms)) ||
+            (parts[0] == "state" && ReadNumber(parts[1], times.state_ms)) ||
+            (parts[0] == "names" && ReadNumber(parts[1], times.names_ms)));
+  });
+}
+
 bool ReadSearchLine(std::string_view key, std::string_view value, tagSearchPlan& search) {
   struct tagFault {
     std::string_view key;
@@ -192,7 +203,9 @@ bool ReadSearchLine(std::string_view key, std::string_view value, tagSearchPlan&
     return true;
   }
   return (key == "no_capability" && ReadSwitch(value, search.no_capability)) ||
-         (key == "delay_ms" && ReadNumber(value, search.delay_ms));
+         (key == "delay_ms" && ReadNumber(value, search.delay_ms)) ||
+         (key == "late" && ReadTimes(value, search.late)) ||
+         (key == "again" && ReadTimes(value, search.again));
 }
 
 bool ReadLine(std::string_view section, std::string_view key, std::string_view value, tagPrinterIni& ini) {

@@ -138,7 +138,7 @@ void CNetworkPrinter::Answer(std::string_view datagram, const tagSocketAddress& 
        " bytes: " + std::to_string(answers.size()) + " answers");
   for (const tagSearchAnswer& answer : answers) {
     if (delayed_.size() < kMaximumDelayed) {
-      delayed_.push_back({now_() + plan.delay_ms, answer, from});
+      delayed_.push_back({now_() + answer.after_ms, answer, from});
     }
   }
   SendDueDatagrams();

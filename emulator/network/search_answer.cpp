@@ -111,8 +111,13 @@ std::vector<tagSearchAnswer> WithFaults(std::string answer, SearchMessage messag
   if (plan.cut_short.Has(message)) {
     answer.resize(std::min(answer.size(), short_size));
   }
-  return std::vector<tagSearchAnswer>(plan.twice.Has(message) ? 2 : 1,
-                                      {std::move(answer), plan.other_port.Has(message)});
+  const std::uint32_t after_ms = plan.delay_ms + plan.late.Of(message);
+  std::vector<tagSearchAnswer> answers(plan.twice.Has(message) ? 2 : 1,
+                                       {std::move(answer), plan.other_port.Has(message), after_ms});
+  if (const std::uint32_t again_ms = plan.again.Of(message); again_ms > 0) {
+    answers.push_back({answers.front().bytes, answers.front().from_other_port, after_ms + again_ms});
+  }
+  return answers;
 }
 
 }  // namespace
@@ -146,7 +151,7 @@ std::vector<tagSearchAnswer> AnswerSearch(std::string_view datagram, const tagSe
     return WithFaults(Answer(kRequestLetter, echoed, kStatusDone, Names(identity, plan)),
                       SearchMessage::kNames, kShortNames, plan);
   }
-  return {{Answer(kRequestLetter, echoed, kStatusRefused, {}), false}};
+  return {{Answer(kRequestLetter, echoed, kStatusRefused, {}), false, plan.delay_ms}};
 }
 
 }  // namespace lxemu

@@ -21,6 +21,7 @@ struct tagSearchIdentity {
 struct tagSearchAnswer {
   std::string bytes;
   bool from_other_port = false;
+  std::uint32_t after_ms = 0;  ///< milliseconds from the question
 };
 
 /// True for the datagram that a host broadcasts to find printers.

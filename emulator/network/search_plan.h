@@ -23,6 +23,19 @@ struct tagSearchMessages {
   }
 };
 
+/// A time for each search message, in milliseconds.
+struct tagSearchTimes {
+  std::uint32_t announcement_ms = 0;
+  std::uint32_t state_ms = 0;
+  std::uint32_t names_ms = 0;
+
+  std::uint32_t Of(SearchMessage message) const {
+    return message == SearchMessage::kAnnouncement ? announcement_ms
+           : message == SearchMessage::kState      ? state_ms
+                                                   : names_ms;
+  }
+};
+
 /// How a printer takes part in a network search: the names that it reports, and what goes wrong.
 struct tagSearchPlan {
   std::string first_name;          ///< empty: the model
@@ -35,6 +48,8 @@ struct tagSearchPlan {
   tagSearchMessages other_port;    ///< sent from another port than the one that was asked
   bool no_capability = false;      ///< the announcement's capability bit is clear
   std::uint32_t delay_ms = 0;      ///< from the question to each answer
+  tagSearchTimes late;             ///< from the question to these answers, on top of delay_ms
+  tagSearchTimes again;            ///< sent once more so long after the answer; 0: not
 };
 
 }  // namespace lxemu

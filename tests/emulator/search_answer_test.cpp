@@ -109,11 +109,19 @@ TEST(SearchAnswer, FaultsHitTheMessagesThatTheyName) {
       EXPECT_EQ(OneAnswer(asked.question, ini("wrong_letter"))[5] != good[5], is_hit);
       EXPECT_EQ(OneAnswer(asked.question, ini("rejected")).substr(10, 2) == std::string("\1\0", 2), is_hit);
       EXPECT_EQ(OneAnswer(asked.question, ini("short")).size() < asked.too_short, is_hit);
+      const std::string times = std::string("=") + hit.name + ":30\n";
+      const std::vector<tagSearchAnswer> late =
+          Ask(asked.question, "delay_ms=5\nlate" + times + "again" + times);
+      ASSERT_EQ(late.size(), is_hit ? 2u : 1u);
+      EXPECT_EQ(late.front().after_ms, is_hit ? 35u : 5u);
+      EXPECT_EQ(late.back().after_ms, is_hit ? 65u : 5u);
+      EXPECT_EQ(late.back().bytes, good);
     }
   }
   EXPECT_EQ(OneAnswer(kBroadcast, "no_capability=1\n").substr(72), std::string(4, '\0'));
   EXPECT_EQ(ReadPrinterIni("[search]\ndelay_ms=40\nsilent=state names\n").search.delay_ms, 40u);
-  EXPECT_EQ(ReadPrinterIni("[search]\nsilent=everything\nlouder=1\n").problems.size(), 2u);
+  EXPECT_EQ(
+      ReadPrinterIni("[search]\nsilent=everything\nlouder=1\nlate=names\nagain=all:3\n").problems.size(), 4u);
 }
 
 }  // namespace

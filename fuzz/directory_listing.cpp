@@ -17,14 +17,15 @@ void Require(bool holds) {
 }
 
 bool AreEqual(const Entries& left, const Entries& right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](const auto& a, const auto& b) { return a.name == b.name && a.p_mark == b.p_mark; });
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](const auto& a, const auto& b) {
+    return a.name_field == b.name_field && a.p_mark == b.p_mark;
+  });
 }
 
 std::string ListingOf(const Entries& entries) {
   std::string listing;
-  for (const auto& [name, p_mark] : entries) {
-    std::string line = "* E:" + name;
+  for (const auto& [name_field, p_mark] : entries) {
+    std::string line = "* E:" + std::string(name_field);
     line.resize(32, ' ');
     line[25] = p_mark ? 'P' : ' ';
     listing += line + "\r\n";
@@ -40,10 +41,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Entries entries = tavira::ParseDirectory(listing);
   Require(entries.size() * 30 <= size);
   for (const auto& entry : entries) {
-    Require(entry.name.size() <= 12 && entry.name.find_first_of(" \r\n") == entry.name.npos);
+    Require(entry.name_field.size() == 12 &&
+            entry.name_field.find_first_of("\r\n") == std::string_view::npos);
   }
-  Require(AreEqual(entries, tavira::ParseDirectory(ListingOf(entries))));
-  const Entries file{{"BEHIND.PNG", false}};
-  Require(AreEqual(entries, tavira::ParseDirectory(std::string(listing) + "\n\n" + ListingOf(file))));
+  const std::string relisted = ListingOf(entries);
+  Require(AreEqual(entries, tavira::ParseDirectory(relisted)));
+  const std::string more = std::string(listing) + "\n\n" + ListingOf({{"BEHIND.PNG  ", false}});
+  Require(AreEqual(entries, tavira::ParseDirectory(more)));
   return 0;
 }

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 
 #include "command/command_builder.h"
 #include "command/fixed_commands.h"
@@ -37,11 +37,23 @@ void AppendComment(std::string& lines, std::string_view text) {
   lines.append(kOpenComment).append(text).append(kCloseComment).append(kLineEnd);
 }
 
-/** The low byte of a hexadecimal number; 0 for a setting without one. */
+/** The low byte of the hexadecimal number, of any length, that `text` begins with; as "%x" reads it. */
+std::uint8_t LowByteOfHexadecimal(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+  const bool is_negative = text.starts_with('-');
+  text.remove_prefix(is_negative || text.starts_with('+') ? 1 : 0);
+  text.remove_prefix(text.starts_with("0x") || text.starts_with("0X") ? 2 : 0);
+  text = text.substr(0, text.find_first_not_of("0123456789abcdefABCDEF"));
+  text.remove_prefix(text.size() - std::min<std::size_t>(text.size(), 2));
+  std::uint8_t low = 0;
+  std::from_chars(text.data(), text.data() + text.size(), low, 16);
+  return static_cast<std::uint8_t>(is_negative ? -low : low);
+}
+
+/** 0 for a setting without a number. */
 std::uint8_t PrefixCharacter(const CSettingStore& store, std::uint32_t id) {
   const std::string* value = store.FindValue(id);
-  return value == nullptr ? std::uint8_t{0}
-                          : static_cast<std::uint8_t>(std::strtoul(value->c_str(), nullptr, 16));
+  return value == nullptr ? std::uint8_t{0} : LowByteOfHexadecimal(*value);
 }
 
 void AppendAttribute(std::string& lines, std::string_view ansi_name, std::string_view value) {

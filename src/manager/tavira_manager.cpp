@@ -100,7 +100,7 @@ std::int32_t CTaviraManager::UpdateRegistList(std::uint32_t kind, const std::uin
 }
 
 std::int32_t CTaviraManager::RegistData() {
-  return RegisterStoredFile(port_, files_, file_request_);
+  return RegisterStoredFile(port_, files_, platform_->Text(), file_request_);
 }
 
 std::int32_t CTaviraManager::DeleteData() {

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/lead_bytes.h"
 #include "platform/wide_string.h"
 
 namespace tavira {
@@ -19,6 +20,9 @@ class ITextCodec {
   virtual std::string ToAnsi(WideView text) = 0;
 
   virtual WideString FromAnsi(std::string_view bytes) = 0;
+
+  /** Of the code page; unless overridden it has one byte a character. */
+  virtual CLeadBytes LeadBytes() { return {}; }
 };
 
 }  // namespace tavira

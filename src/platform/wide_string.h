@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -17,16 +16,10 @@ inline WideString WidenAscii(std::string_view ascii) {
   return WideString(ascii.begin(), ascii.end());
 }
 
-/** Equal length and equal characters, ASCII letters folded. */
-inline bool EqualsIgnoringCase(WideView left, WideView right) {
-  const auto fold = [](TvmgrChar c) {
-    return c >= 'a' && c <= 'z' ? static_cast<TvmgrChar>(c - 'a' + 'A') : c;
-  };
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [fold](TvmgrChar a, TvmgrChar b) { return fold(a) == fold(b); });
-}
+/** Equal but for the case of letters, those of every script, as the system itself compares names. */
+bool EqualsIgnoringCase(WideView left, WideView right);
 
-/** Whether `text` begins with `prefix`, ASCII letters folded; an empty prefix begins every text. */
+/** Whether `text` begins with `prefix`, compared in the same way; an empty prefix begins every text. */
 inline bool StartsWithIgnoringCase(WideView text, WideView prefix) {
   return EqualsIgnoringCase(text.substr(0, prefix.size()), prefix);
 }

@@ -55,8 +55,7 @@ std::vector<tagDirectoryEntry> ParseDirectory(std::string_view listing) {
     if (line.size() < kShortestLine || (line[kDeviceColumn] != 'E' && line[kDeviceColumn] != 'Z')) {
       continue;
     }
-    const std::string_view field = line.substr(kNameColumn, kNameSize);
-    entries.push_back({std::string(field.substr(0, field.find(' '))), line[kMarkColumn] == 'P'});
+    entries.push_back({line.substr(kNameColumn, kNameSize), line[kMarkColumn] == 'P'});
   }
   return entries;
 }

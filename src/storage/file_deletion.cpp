@@ -40,12 +40,13 @@ std::int32_t DeleteStoredFile(CPrinterPort& port, CRegisteredFiles& files, const
   if (!port.HasLink()) {
     return TVMGR_NOT_INITIALIZED;
   }
-  if (request.primary.empty()) {
+  const std::string_view name = UpToTerminator(request.primary);
+  if (name.empty()) {
     return TVMGR_BAD_ARGUMENT;
   }
   std::string& commands = port.NewCommand();
-  commands.append("^XA^F(AE:").append(request.primary).append(",N^XZ");  // the file's attribute off
-  commands.append("^XA^IDE:").append(request.primary).append("^XZ").append(kClosingCommand);
+  commands.append("^XA^F(AE:").append(name).append(",N^XZ");  // the file's attribute off
+  commands.append("^XA^IDE:").append(name).append("^XZ").append(kClosingCommand);
   const std::int32_t sent = port.Exchange();
   if (sent != TVMGR_OK) {
     return sent;

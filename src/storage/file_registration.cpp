@@ -44,8 +44,8 @@ std::string_view ExtensionOf(char letter) {
 }
 
 /** The field that begins at the front of `text`, cut off together with the "," behind it. */
-std::string_view TakeField(std::string_view& text) {
-  const std::size_t comma = text.find(',');
+std::string_view TakeField(std::string_view& text, const CLeadBytes& leads) {
+  const std::size_t comma = leads.Find(text, ",");
   const std::string_view field = text.substr(0, comma);
   text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
   return Trim(field);
@@ -99,14 +99,14 @@ std::int32_t ConfirmPresence(CPrinterPort& port, CRegisteredFiles& files,
 
 }  // namespace
 
-std::string FindDownloadName(std::string_view command) {
-  const std::size_t object = command.find(kObjectCommand);
-  const std::size_t format = command.find(kFormatCommand);
+std::string FindDownloadName(std::string_view command, const CLeadBytes& leads) {
+  const std::size_t object = leads.Find(command, kObjectCommand);
+  const std::size_t format = leads.Find(command, kFormatCommand);
   if (object < format) {
     std::string_view header = command.substr(object + kObjectCommand.size());
-    std::string name(WithoutDevice(TakeField(header)));
-    TakeField(header);  // the data format
-    const std::string_view extension = TakeField(header);
+    std::string name(WithoutDevice(TakeField(header, leads)));
+    TakeField(header, leads);  // the data format
+    const std::string_view extension = TakeField(header, leads);
     if (!name.empty() && name.find('.') == std::string::npos && extension.size() == 1) {
       name.append(ExtensionOf(extension.front()));
     }
@@ -116,14 +116,15 @@ std::string FindDownloadName(std::string_view command) {
     return {};
   }
   const std::string_view field = command.substr(format + kFormatCommand.size());
-  return std::string(WithoutDevice(Trim(field.substr(0, field.find_first_of(",^")))));
+  return std::string(WithoutDevice(Trim(field.substr(0, leads.FindFirstOf(field, ",^")))));
 }
 
-std::int32_t RegisterStoredFile(CPrinterPort& port, CRegisteredFiles& files, const tagFileRequest& request) {
+std::int32_t RegisterStoredFile(CPrinterPort& port, CRegisteredFiles& files, ITextCodec& text,
+                                const tagFileRequest& request) {
   if (!port.HasLink()) {
     return TVMGR_NOT_INITIALIZED;
   }
-  const std::string name = FindDownloadName(request.primary);
+  const std::string name = FindDownloadName(request.primary, text.LeadBytes());
   const std::vector<std::int32_t> lists = ConfirmingLists(request.kind, name);
   if (lists.empty() || name.empty()) {
     return TVMGR_BAD_ARGUMENT;

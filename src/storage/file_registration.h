@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "link/printer_port.h"
+#include "platform/text_codec.h"
 #include "storage/file_request.h"
 #include "storage/registered_files.h"
 
@@ -18,12 +19,13 @@ namespace tavira {
  * after ten passes, else the code of the exchange that failed. Whether a stored format is listed does not
  * change the result.
  */
-std::int32_t RegisterStoredFile(CPrinterPort& port, CRegisteredFiles& files, const tagFileRequest& request);
+std::int32_t RegisterStoredFile(CPrinterPort& port, CRegisteredFiles& files, ITextCodec& text,
+                                const tagFileRequest& request);
 
 /**
  * The file name, with extension and without device, in a "~DY" or "^DF" download command; empty when there is
  * none. A "~DY" name without extension gets the one its extension letter stands for.
  */
-std::string FindDownloadName(std::string_view command);
+std::string FindDownloadName(std::string_view command, const CLeadBytes& leads = {});
 
 }  // namespace tavira

@@ -23,15 +23,27 @@ constexpr std::string_view kFormatExtension = ".FMT";
 constexpr std::string_view kProgramExtension = ".ZPL";
 
 bool EndsWith(std::string_view name, std::string_view extension) {
-  return name.size() > extension.size() &&
+  return name.size() >= extension.size() &&
          EqualsIgnoringCase(name.substr(name.size() - extension.size()), extension);
 }
 
-/** The data field of the first "~DY" download command: everything after its fifth comma. */
-bool FindObjectData(std::string_view answer, std::string_view& data) {
-  std::size_t at = answer.find(kDownloadObject);
+/** Whether a format's own name has one of the two extensions; an extension alone is no name with one. */
+bool HasFormatExtension(std::string_view name) {
+  return name.size() > kFormatExtension.size() &&
+         (EndsWith(name, kFormatExtension) || EndsWith(name, kProgramExtension));
+}
+
+/**
+ * The data field of the first "~DY" download command: everything after its fifth comma. None in a format.
+ */
+bool FindObjectData(std::string_view answer, const CLeadBytes& leads, std::string_view& data) {
+  std::size_t at = leads.Find(answer, kDownloadObject);
+  if (at != std::string_view::npos &&
+      leads.Find(answer.substr(0, at), kDownloadFormat) != std::string_view::npos) {
+    return false;
+  }
   for (int field = 0; field < kHeaderFields && at != std::string_view::npos; ++field) {
-    at = answer.find(',', at + 1);
+    at = leads.Find(answer, ",", at + 1);
   }
   if (at == std::string_view::npos) {
     return false;
@@ -92,10 +104,10 @@ void DecodePayload(std::string_view field, std::size_t marker, std::string& data
 
 }  // namespace
 
-std::int32_t ExtractPayload(std::string_view answer, std::string& data) {
+std::int32_t ExtractPayload(std::string_view answer, std::string& data, const CLeadBytes& leads) {
   data.clear();
   std::string_view field;
-  if (!FindObjectData(answer, field)) {
+  if (!FindObjectData(answer, leads, field)) {
     data = answer;
     return TVMGR_OK;
   }
@@ -113,20 +125,20 @@ std::int32_t ExtractPayload(std::string_view answer, std::string& data) {
   return TVMGR_OK;
 }
 
-void CompleteFormatName(std::string& format, std::string_view requested_name) {
-  const std::size_t command = format.find(kDownloadFormat);
+void CompleteFormatName(std::string& format, std::string_view requested_name, const CLeadBytes& leads) {
+  const std::size_t command = leads.Find(format, kDownloadFormat);
   if (command == std::string::npos) {
     return;
   }
   const std::size_t field = command + kDownloadFormat.size();
-  const std::size_t field_end = std::min(format.find_first_of(kNameEnds, field), format.size());
+  const std::size_t field_end = std::min(leads.FindFirstOf(format, kNameEnds, field), format.size());
   const std::size_t begin = std::min(format.find_first_not_of(kBlanks, field), field_end);
   const std::size_t end = begin == field_end ? begin : format.find_last_not_of(kBlanks, field_end - 1) + 1;
   std::string name = format.substr(begin, end - begin);
   if (name.size() < 2 || name[1] != ':') {
     name.insert(0, kDevice);
   }
-  if (!EndsWith(name, kFormatExtension) && !EndsWith(name, kProgramExtension)) {
+  if (!HasFormatExtension(name)) {
     name.append(EndsWith(requested_name, kProgramExtension) ? kProgramExtension : kFormatExtension);
   }
   format.replace(begin, end - begin, name);

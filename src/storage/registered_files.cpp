@@ -7,6 +7,7 @@
 #include "command/fixed_commands.h"
 #include "platform/fail_fast.h"
 #include "storage/directory_parser.h"
+#include "storage/file_request.h"
 
 namespace tavira {
 namespace {
@@ -34,6 +35,13 @@ std::size_t IndexOf(std::int32_t list) {
   return static_cast<std::size_t>(found - kListCommands.begin());
 }
 
+/** `name` up to its first blank or zero byte. Cut as wide text: a blank byte may be half of a character. */
+WideString CutName(WideString name) {
+  constexpr TvmgrChar kEnds[] = {' ', 0};
+  name.resize(std::min(name.find_first_of(kEnds, 0, std::size(kEnds)), name.size()));
+  return name;
+}
+
 }  // namespace
 
 std::int32_t CRegisteredFiles::Refresh(std::int32_t list) {
@@ -51,7 +59,8 @@ std::int32_t CRegisteredFiles::Refresh(std::int32_t list) {
   }
   std::vector<tagDataFile> files;
   for (const tagDirectoryEntry& entry : ParseDirectory(port_.Answer())) {
-    files.push_back({text_.FromAnsi(entry.name), static_cast<std::uint8_t>(entry.p_mark ? 1 : 0)});
+    files.push_back(
+        {CutName(text_.FromAnsi(entry.name_field)), static_cast<std::uint8_t>(entry.p_mark ? 1 : 0)});
   }
   files_[index] = std::move(files);
   return TVMGR_OK;
@@ -77,7 +86,7 @@ bool CRegisteredFiles::IsListed(std::initializer_list<std::int32_t> lists, WideV
 }
 
 bool CRegisteredFiles::IsListed(std::initializer_list<std::int32_t> lists, std::string_view ansi_name) const {
-  return IsListed(lists, text_.FromAnsi(ansi_name));
+  return IsListed(lists, text_.FromAnsi(UpToTerminator(ansi_name)));
 }
 
 const std::vector<tagDataFile>* CRegisteredFiles::Find(std::int32_t list) const {

@@ -13,7 +13,7 @@ namespace tavira {
 
 /** One file in printer memory. */
 struct tagDataFile {
-  WideString name;         /**< with extension, without device letter */
+  WideString name;         /**< with extension, without device letter; empty when the listing has none */
   std::uint8_t p_mark = 0; /**< 1 when the listing marks the file with "P" */
 };
 
@@ -31,10 +31,10 @@ class CRegisteredFiles {
   /** Refreshes all eight, one transaction each; stops at the first failure. */
   std::int32_t RefreshAll();
 
-  /** Whether one of the lists holds a file of that name, letter case ignored. */
+  /** Whether one of the lists holds a file of that name, the case of letters ignored. */
   bool IsListed(std::initializer_list<std::int32_t> lists, WideView name) const;
 
-  /** As IsListed, with the name as the printer writes it. */
+  /** As IsListed, with the name as the printer writes it, up to a zero byte. */
   bool IsListed(std::initializer_list<std::int32_t> lists, std::string_view ansi_name) const;
 
   /** The files of a list; null when there is no such list. */

@@ -32,9 +32,10 @@ std::int32_t CStoredData::Load(const TvmgrChar* name, std::uint8_t mode, std::ui
     return result;
   }
   raw_answer_ = std::move(port_.Link().ReceiveBuffer());
-  result = ExtractPayload(raw_answer_, data_);
+  const CLeadBytes leads = text_.LeadBytes();
+  result = ExtractPayload(raw_answer_, data_, leads);
   if (result == TVMGR_OK && mode == kFormatMode) {
-    CompleteFormatName(data_, ansi_name);
+    CompleteFormatName(data_, ansi_name, leads);
   }
   return result;
 }

@@ -40,8 +40,18 @@ std::int32_t SendData(const std::uint8_t* data, std::uint32_t size) {
 }
 
 std::int32_t ReceiveData(std::uint8_t* buffer, std::uint32_t* size) {
-  return PortCall(buffer == nullptr ? EPortCall::kPoll : EPortCall::kRead,
-                  [&](auto& port) { return port.ReceiveData(buffer, size); });
+  return PortCall(buffer == nullptr ? EPortCall::kPoll : EPortCall::kRead, [&](auto& port) {
+    const CTestWorld& world = CTestWorld::Current();
+    if (!world.scripted_answer) {
+      return port.ReceiveData(buffer, size);
+    }
+    const std::string& answer = *world.scripted_answer;
+    if (buffer != nullptr) {
+      std::copy(answer.begin(), answer.end(), buffer);
+    }
+    *size = static_cast<std::uint32_t>(answer.size()) + (buffer == nullptr ? world.announced_beyond : 0);
+    return lxemu::kPortOk;
+  });
 }
 
 void NeverCalled() {
@@ -79,21 +89,45 @@ class CFakeModuleLoader final : public IModuleLoader {
   }
 };
 
-/** One byte a character, ISO 8859-1. */
+/**
+ * ISO 8859-1, one byte a character; or, when the world says so, the shape of the Japanese code page: two bytes
+ * become the character that has both of them as its number, and a pair that does not exist becomes U+30FB.
+ */
 class CFakeTextCodec final : public ITextCodec {
  public:
   std::string ToAnsi(WideView text) override {
     std::string bytes;
-    std::transform(text.begin(), text.end(), std::back_inserter(bytes),
-                   [](TvmgrChar c) { return c < 0x100 ? static_cast<char>(c) : '?'; });
+    for (const TvmgrChar character : text) {
+      const auto high = static_cast<unsigned char>(character >> 8);
+      if (high != 0 && IsLead(high) && IsTrail(character & 0xFF)) {
+        bytes.push_back(static_cast<char>(high));
+      }
+      const bool is_known = high == 0 || (IsLead(high) && IsTrail(character & 0xFF));
+      bytes.push_back(is_known ? static_cast<char>(character) : '?');
+    }
     return bytes;
   }
   WideString FromAnsi(std::string_view bytes) override {
     WideString text;
-    std::transform(bytes.begin(), bytes.end(), std::back_inserter(text),
-                   [](char c) { return static_cast<TvmgrChar>(static_cast<unsigned char>(c)); });
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      const auto byte = static_cast<unsigned char>(bytes[i]);
+      if (!IsLead(byte)) {
+        text.push_back(static_cast<TvmgrChar>(byte));
+        continue;
+      }
+      const auto trail = static_cast<unsigned char>(++i < bytes.size() ? bytes[i] : 0);
+      text.push_back(static_cast<TvmgrChar>(IsTrail(trail) ? byte << 8 | trail : 0x30FB));
+    }
     return text;
   }
+  CLeadBytes LeadBytes() override { return CLeadBytes(IsLead); }
+
+ private:
+  static bool IsLead(unsigned byte) {
+    return CTestWorld::Current().double_byte_code_page &&
+           ((byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC));
+  }
+  static bool IsTrail(unsigned byte) { return byte >= 0x40 && byte <= 0xFC && byte != 0x7F; }
 };
 
 class CFaultyFile final : public IHostFile {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -69,6 +70,10 @@ class CTestWorld {
   std::size_t fail_file_call = 0;         /**< fails the Nth of them since the log was cleared; 0 none */
   std::function<void()> before_file_call; /**< runs before each file call */
   std::function<void()> before_send;      /**< runs before each send */
+
+  std::optional<std::string> scripted_answer; /**< what every read delivers instead of the printer's answer */
+  std::uint32_t announced_beyond = 0;         /**< how many more bytes the poll before it promises */
+  bool double_byte_code_page = false;         /**< see CFakeTextCodec */
 
   int Count(EPortCall call) const;
 

@@ -54,6 +54,10 @@ class CWin32TextCodec final : public ITextCodec {
     ::MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, result.data(), chars);
     return result;
   }
+
+  CLeadBytes LeadBytes() override {
+    return CLeadBytes([](unsigned char byte) { return ::IsDBCSLeadByteEx(CP_ACP, byte) != FALSE; });
+  }
 };
 
 class CWin32Platform final : public IPlatform {

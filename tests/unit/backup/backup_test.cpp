@@ -76,6 +76,16 @@ TEST_F(BackupTest, AtEveryFileCallTheFileHoldsWholePieces) {
   }
 }
 
+TEST_F(BackupTest, AnEntryWithoutANameIsPassedOver) {
+  for (const char first : {' ', '\0'}) {
+    world_.scripted_answer = std::string("* E:") + first + "A.PNG" + std::string(22, ' ') + "\r\n";
+    LoadAll();
+    EXPECT_EQ(TVMGR_OK, Backup([](TvmgrBackupInfo& info) { info.section_i = 1; }));
+    EXPECT_EQ(std::string(kHeaderStart) + "I^FS\r\n^XA^H(E^XZ\r\n", file_.Read());
+    EXPECT_TRUE(world_.Sent().empty());
+  }
+}
+
 TEST_F(BackupTest, BadRequestsFailAsDocumented) {
   TvmgrBackupInfo info{};
   info.settings = 1;
@@ -134,8 +144,14 @@ TEST(BackupFormatTest, ThePrefixChangeNeedsAllThreeCharacters) {
   EXPECT_EQ(std::string::npos, FormatSettingsBlock(store).find('\x02'));
   store.PutValue(67, "3b");
   EXPECT_TRUE(FormatSettingsBlock(store).ends_with(change));
-  store.PutValue(67, "nothing");
-  EXPECT_EQ(std::string::npos, FormatSettingsBlock(store).find('\x02'));
+  for (const char* low_byte_3b : {"1FFFFFFFF3B", "123456789ABCDEF0123b,", "\t\n+0X3B", "-C5", "3b "}) {
+    store.PutValue(67, low_byte_3b);
+    EXPECT_TRUE(FormatSettingsBlock(store).ends_with(change)) << low_byte_3b;
+  }
+  for (const char* zero : {"nothing", "", "0x", "100", "FFFFFFFFFFFFFFFF00", "+-3b", " , 3b"}) {
+    store.PutValue(67, zero);
+    EXPECT_EQ(std::string::npos, FormatSettingsBlock(store).find('\x02')) << zero;
+  }
 }
 
 TEST_F(BackupTest, FilesAreFramedByTheirAttributeAndEmptyOnesLeaveASeparator) {

@@ -13,10 +13,12 @@ std::string Line(std::string_view name, char mark = ' ', char device = 'E', std:
   return line;
 }
 
+/** The name fields without the blanks behind them. */
 std::vector<std::string> NamesOf(std::string_view listing) {
   std::vector<std::string> names;
   for (const tagDirectoryEntry& entry : ParseDirectory(listing)) {
-    names.push_back(entry.name);
+    EXPECT_EQ(12U, entry.name_field.size());
+    names.emplace_back(entry.name_field.substr(0, entry.name_field.find_last_not_of(' ') + 1));
   }
   return names;
 }
@@ -28,9 +30,9 @@ TEST(DirectoryParserTest, ReadsNameAndMarkFromTheirColumns) {
       "- DIR E:*.PNG\r\n" + Line("LOGO.PNG") + "\r\n" + Line("A.PNG", 'P') + "\r\n- 99 bytes free on E:\r\n";
   const auto entries = ParseDirectory(listing);
   ASSERT_EQ(2U, entries.size());
-  EXPECT_EQ("LOGO.PNG", entries[0].name);
+  EXPECT_EQ("LOGO.PNG    ", entries[0].name_field);
   EXPECT_FALSE(entries[0].p_mark);
-  EXPECT_EQ("A.PNG", entries[1].name);
+  EXPECT_EQ("A.PNG       ", entries[1].name_field);
   EXPECT_TRUE(entries[1].p_mark);
   EXPECT_FALSE(ParseDirectory(Line("A.PNG", 'p')).at(0).p_mark);
   std::string beside = Line("A.PNG");
@@ -38,13 +40,13 @@ TEST(DirectoryParserTest, ReadsNameAndMarkFromTheirColumns) {
   EXPECT_FALSE(ParseDirectory(beside).at(0).p_mark);
 }
 
-TEST(DirectoryParserTest, TheNameIsTheFieldUpToItsFirstBlank) {
+TEST(DirectoryParserTest, TheNameFieldIsTakenWhole) {
   const std::pair<std::string_view, std::string_view> cases[] = {
       {"ABCDEFGH.PNG", "ABCDEFGH.PNG"},
       {"ABCDEFGH.PNGX", "ABCDEFGH.PNG"},
       {"A.B", "A.B"},
-      {"AB  .PNG", "AB"},
-      {" A.PNG", ""},
+      {"AB  .PNG", "AB  .PNG"},
+      {" A.PNG", " A.PNG"},
       {"", ""},
       {"\xC4\xFF.PNG", "\xC4\xFF.PNG"},
       {"A\tB.PNG", "A\tB.PNG"},

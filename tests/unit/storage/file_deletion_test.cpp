@@ -46,6 +46,14 @@ TEST_F(FileDeletionTest, UnprotectsDeletesAndAsksTwoLists) {
   EXPECT_EQ(std::vector<WideString>{Wide("OTHER.PNG")}, Names(TVMGR_LIST_PNG));
 }
 
+TEST_F(FileDeletionTest, ANameCountedWithItsTerminatorNamesTheSameFile) {
+  world_.printer.PutFile("E:A.PNG", "x");
+  SetRequest(TVMGR_REQUEST_DELETE_GRAPHIC, std::string_view("A.PNG\0", 6));
+  EXPECT_EQ(TVMGR_OK, TVMGR_DeleteData());
+  EXPECT_EQ("^XA^F(AE:A.PNG,N^XZ^XA^IDE:A.PNG^XZ" + kClosing, world_.Sent().at(0));
+  EXPECT_FALSE(world_.printer.File("E:A.PNG"));
+}
+
 TEST_F(FileDeletionTest, AFileThatStaysListedTakesTenPasses) {
   for (const auto& [kind, listings, files] : Kinds()) {
     for (const std::string file : files) {
@@ -77,13 +85,15 @@ TEST_F(FileDeletionTest, ThePassesEndAsSoonAsTheFileIsGone) {
 TEST_F(FileDeletionTest, NamesAreComparedWholeAndWithoutRegardToLetterCase) {
   const struct {
     const char* listed;
-    const char* deleted;
+    std::string deleted;
     std::int32_t result;
   } cases[] = {
       {"E:TEST.ZPL", "test.zpl", TVMGR_NOT_CONFIRMED},
       {"E:test.zpl", "TEST.ZPL", TVMGR_NOT_CONFIRMED},
       {"E:\xC4.ZPL", "\xC4.ZPL", TVMGR_NOT_CONFIRMED},
-      {"E:\xE4.ZPL", "\xC4.ZPL", TVMGR_OK},
+      {"E:\xE4.ZPL", "\xC4.ZPL", TVMGR_NOT_CONFIRMED},
+      {"E:\xC4.ZPL", "\xC5.ZPL", TVMGR_OK},
+      {"E:TEST.ZPL", std::string("TEST.ZPL\0", 9), TVMGR_NOT_CONFIRMED},
       {"E:TEST1.ZPL", "TEST.ZPL", TVMGR_OK},
       {"E:TEST.ZPL", "TEST.ZP", TVMGR_OK},
       {"E:TEST.PNG", "TEST.PNG", TVMGR_OK},  // listed, but not among the formats
@@ -132,6 +142,8 @@ TEST_F(FileDeletionTest, WithoutANameNothingIsSent) {
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_DeleteData());  // no request yet
   SetRequest(TVMGR_REQUEST_DELETE_GRAPHIC, "A.PNG", "second");
   EXPECT_EQ(TVMGR_OK, TVMGR_UpdateRegistList(TVMGR_REQUEST_DELETE_GRAPHIC, nullptr, 5, nullptr, 5));
+  EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_DeleteData());
+  SetRequest(TVMGR_REQUEST_DELETE_GRAPHIC, std::string_view("\0A.PNG", 6));
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_DeleteData());
   SetRequest(0, "");
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_DeleteData());

@@ -36,6 +36,9 @@ TEST(DownloadNameTest, IsReadFromTheDownloadCommand) {
   for (const auto& [command, name] : cases) {
     EXPECT_EQ(name, FindDownloadName(command)) << command;
   }
+  const CLeadBytes japanese([](unsigned char byte) { return byte == 0x83; });
+  EXPECT_EQ("\x83,\x83^.PNG", FindDownloadName("\x83~DYX,~DYE:\x83,\x83^,B,P,3,0,x", japanese));
+  EXPECT_EQ("\x83,\x83^.ZPL", FindDownloadName("\x83^DFX^^DFE:\x83,\x83^.ZPL^FS", japanese));
 }
 
 struct tagRegistration {

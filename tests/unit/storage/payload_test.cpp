@@ -40,6 +40,9 @@ TEST(PayloadTest, IsTakenOutOfTheAnswer) {
       {"four commas only", "~DYE:A.PNG,B,P,0", "~DYE:A.PNG,B,P,0"},
       {"marker in front of the data field", "~DYE:B64:,B,P,3,0,FF", "FF"},
       {"empty header fields", "~DY,,,,,:B64:TWFu:", "Man"},
+      {"an object in a format is text", "^XA^DFE:A.ZPL^FS^FD~DYE:A.PNG,B,P,3,0,:B64:TWFu:^FS^XZ",
+       "^XA^DFE:A.ZPL^FS^FD~DYE:A.PNG,B,P,3,0,:B64:TWFu:^FS^XZ"},
+      {"a format in an object is data", "~DYE:A.PNG,A,P,4,0,^DFx", "^DFx"},
       {"zero bytes", std::string_view("~DYE:A.PNG,B,P,3,0,a\0b", 22), std::string_view("a\0b", 3)},
   };
   for (const auto& [name, answer, data] : cases) {
@@ -60,6 +63,27 @@ TEST(PayloadTest, OfAnyLengthEndsAtItsMark) {
   }
 }
 
+/** Those of the Japanese code page: 0x83 0x5E is one character, and so are 0x83 0x7E and 0x83 0x2C here. */
+const CLeadBytes kJapanese([](unsigned char byte) { return (byte >= 0x81 && byte <= 0x9F) || byte >= 0xE0; });
+
+TEST(PayloadTest, TheSecondByteOfACharacterIsNoCommandAndNoComma) {
+  std::string data;
+  ExtractPayload("\x83~DYE:\x83,.PNG,B,P,3,0,FF", data, kJapanese);
+  EXPECT_EQ("\x83~DYE:\x83,.PNG,B,P,3,0,FF", data);
+  ExtractPayload("\x83^DF~DYE:\x83,.PNG,B,P,3,0,FF", data, kJapanese);
+  EXPECT_EQ("FF", data);
+  const std::pair<std::string, std::string> formats[] = {
+      {"^XA^DF\x83^\x83,^FS^XZ", "^XA^DFE:\x83^\x83,.FMT^FS^XZ"},
+      {"\x83^DFA,^DFB^FS", "\x83^DFA,^DFE:B.FMT^FS"},
+      {"^XA^DF\x83", "^XA^DFE:\x83.FMT"},
+  };
+  for (const auto& [format, completed] : formats) {
+    std::string text = format;
+    CompleteFormatName(text, "x", kJapanese);
+    EXPECT_EQ(completed, text);
+  }
+}
+
 TEST(PayloadTest, AFormatGetsTheDeviceAndTheExtensionItLacks) {
   const struct {
     std::string_view format;
@@ -70,6 +94,9 @@ TEST(PayloadTest, AFormatGetsTheDeviceAndTheExtensionItLacks) {
       {"^XA^DFLABEL^FS^XZ", "LABEL.ZPL", "^XA^DFE:LABEL.ZPL^FS^XZ"},
       {"^XA^DFLABEL^FS^XZ", "label.zpl", "^XA^DFE:LABEL.ZPL^FS^XZ"},
       {"^XA^DFLABEL^FS^XZ", "LABEL", "^XA^DFE:LABEL.FMT^FS^XZ"},
+      {"^XA^DFLABEL^FS^XZ", ".Zpl", "^XA^DFE:LABEL.ZPL^FS^XZ"},
+      {"^XA^DFLABEL^FS^XZ", "ZPL", "^XA^DFE:LABEL.FMT^FS^XZ"},
+      {"^XA^DF.FMT^FS^XZ", ".ZPL", "^XA^DFE:.FMT^FS^XZ"},
       {"^XA^DFE:LABEL^FS^XZ", "LABEL.FMT", "^XA^DFE:LABEL.FMT^FS^XZ"},
       {"^XA^DFR:LABEL^FS^XZ", "LABEL.FMT", "^XA^DFR:LABEL.FMT^FS^XZ"},
       {"^XA^DFLABEL.ZPL^FS^XZ", "LABEL.FMT", "^XA^DFE:LABEL.ZPL^FS^XZ"},

@@ -32,6 +32,39 @@ TEST_F(RegisteredFilesTest, NamesKeepTheOrderOfTheListingAndAreWidened) {
   EXPECT_EQ((WideNames{Wide("A.PNG"), Wide("B.PNG"), WideString{0xC4, '.', 'P', 'N', 'G'}}), Names(30));
 }
 
+/** A listing of one file: 12 bytes of name from column 4. */
+std::string ListingOf(std::string field) {
+  field.resize(12, ' ');
+  return "* E:" + field + std::string(16, ' ') + "\r\n";
+}
+
+TEST_F(RegisteredFilesTest, ANameEndsAtItsFirstBlankOrZeroByteOnceItIsWideText) {
+  using namespace std::string_literals;
+  const struct {
+    bool double_byte;
+    std::string field;
+    WideString name;
+  } cases[] = {
+      {false, "ABCDEFGH.PNG", Wide("ABCDEFGH.PNG")},
+      {false, "AB  .PNG", Wide("AB")},
+      {false, "A\tB.PNG", Wide("A\tB.PNG")},
+      {false, "A.PNG\0\0\0\0\0\0\0"s, Wide("A.PNG")},
+      {false, "A\0B.PNG"s, Wide("A")},
+      {false, " A.PNG", {}},
+      {false, "\0A.PNG"s, {}},
+      {false, "", {}},
+      {true, "\x83\x5E.PNG", WideString{0x835E, '.', 'P', 'N', 'G'}},
+      {true, "\x83 .PNG", WideString{0x30FB, '.', 'P', 'N', 'G'}},  // the blank is half of a character
+      {true, "ABCDEFG.PNG\x83", WideString{'A', 'B', 'C', 'D', 'E', 'F', 'G', '.', 'P', 'N', 'G', 0x30FB}},
+  };
+  for (const auto& [double_byte, field, name] : cases) {
+    world_.double_byte_code_page = double_byte;
+    world_.scripted_answer = ListingOf(field);
+    LoadAll();
+    EXPECT_EQ(WideNames{name}, Names(30)) << field;
+  }
+}
+
 TEST_F(RegisteredFilesTest, UnknownListsAndMissingPointersAreRefused) {
   world_.printer.PutFile("E:A.PNG", "x");
   LoadAll();

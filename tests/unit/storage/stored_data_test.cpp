@@ -59,6 +59,15 @@ TEST_F(StoredDataTest, OnlyModeOneCompletesTheNameOfAFormat) {
   EXPECT_EQ(format, StoredData());
 }
 
+TEST_F(StoredDataTest, InADoubleByteCodePageANameKeepsItsCharactersWhole) {
+  world_.double_byte_code_page = true;
+  world_.scripted_answer = "^XA^DF\x83^^FS^XZ";
+  const TvmgrChar name[] = {0x835E, '.', 'Z', 'P', 'L', 0};
+  EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(name, 1, 100));
+  EXPECT_EQ((Transactions{"^XA^HFE:\x83^.ZPL^XZ"}), world_.Sent());
+  EXPECT_EQ("^XA^DFE:\x83^.ZPL^FS^XZ", StoredData());
+}
+
 TEST_F(StoredDataTest, TheTimeOutIsTheHosts) {
   world_.port.Faults().silent = true;
   for (const std::uint32_t timeout_ms : {0U, 100U, 5000U, 60000U, 3600000U}) {

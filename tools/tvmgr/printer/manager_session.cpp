@@ -184,7 +184,9 @@ std::vector<std::string> CManagerSession::FileNames(std::int32_t list) const {
     if (name_result != TVMGR_OK) {
       Fail("reading a file list", name_result);
     }
-    names.push_back(ToUtf8(name));
+    if (!name.empty()) {  // a line of the listing may lack a name
+      names.push_back(ToUtf8(name));
+    }
   }
   return names;
 }

@@ -68,7 +68,8 @@ const std::vector<tagSweptOperation>& Operations() {
          StoreFiles(world);
          world.printer.SetSetting("CLR,Z", "300");
        },
-       [] { return TVMGR_LoadSetting(true, 0); }},
+       [] { return TVMGR_LoadSetting(true, 0); },
+       {TVMGR_OK, TVMGR_PAYLOAD_UNREADABLE}},
       {"prefix change", LoadEverything, [] { return TVMGR_UpdatePrefix('~', '^', ','); }},
       {"prefix test", nullptr,
        [] {

@@ -76,10 +76,14 @@ TEST_F(CBackupTest, DiffShowsWhatChanged) {
   Protect("B.PNG");
   ASSERT_EQ(Tvmgr({"backup", second}).exit_code, 0U);
   const std::string cut = HostFile("cut.bak", ReadFileBytes(HostPath("a.bak")).substr(0, 1200));
+  const std::string foreign = HostFile("label.zpl", "^XA^XZ");
   const std::vector<tagRun> runs = TvmgrEach({{"backup", "diff", first, second},
                                               {"backup", "diff", first, second, "--json"},
                                               {"backup", "diff", cut, cut},
-                                              {"backup", "check", cut}});
+                                              {"backup", "check", cut},
+                                              {"backup", "diff", first, foreign},
+                                              {"backup", "check", foreign},
+                                              {"backup", "check", Utf8Path("none")}});
   EXPECT_EQ(runs[0].exit_code, 1U);
   EXPECT_THAT(runs[0].out, HasSubstr("SETTING  A  B\nCLM,P    0  77\n"
                                      "FILE   DIFFERENCE\n"
@@ -91,9 +95,12 @@ TEST_F(CBackupTest, DiffShowsWhatChanged) {
   const json difference = json::parse(runs[1].out);
   EXPECT_EQ(difference["settings"], json::parse(R"([{"key":"CLM,P","a":"0","b":"77"}])"));
   EXPECT_EQ(difference["files"][0]["b_bytes"], nullptr);
-  EXPECT_EQ(runs[2].exit_code, 1U) << "a cut file is not known to be equal to anything";
+  EXPECT_EQ(runs[2].exit_code, 3U) << "a cut file is not known to be equal to anything";
   EXPECT_EQ(runs[3].exit_code, 1U);
   EXPECT_THAT(runs[3].out, HasSubstr("NOT complete"));
+  for (std::size_t i = 4; i < runs.size(); ++i) {
+    EXPECT_EQ(runs[i].exit_code, 5U) << runs[i].out << runs[i].err;
+  }
 }
 
 TEST_F(CBackupTest, SectionsAreChosenByNameAndLetter) {
@@ -128,9 +135,9 @@ TEST_F(CBackupTest, EarlierBackupIsNotLost) {
   const std::string path = HostFile("a.bak", "earlier");
   EXPECT_EQ(Tvmgr({"backup", path}, "yes\n").exit_code, 2U);
   WriteIni("[faults]\nsilent=1\n");
-  EXPECT_EQ(Tvmgr({"backup", path, "--yes"}).exit_code, 1U);
+  EXPECT_EQ(Tvmgr({"backup", path, "--yes"}).exit_code, 4U);
   WriteIni("[faults]\ncut_at=1\nlatency_ms=0\n");
-  EXPECT_EQ(Tvmgr({"backup", path, "--yes", "--no-check"}).exit_code, 1U);
+  EXPECT_EQ(Tvmgr({"backup", path, "--yes", "--no-check"}).exit_code, 4U);
   EXPECT_EQ(ReadFileBytes(HostPath("a.bak")), "earlier");
 }
 
@@ -146,7 +153,7 @@ TEST_F(CBackupTest, FailureHalfWayIsReportedWithWhatTheFileHolds) {
   ASSERT_GT(sends, 0U);
   WriteIni("[faults]\nfail=SendData:" + std::to_string(sends) + ":-77\nlatency_ms=0\n");
   const tagRun run = Tvmgr({"backup", Utf8Path("half.bak")});
-  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_EQ(run.exit_code, 4U);
   EXPECT_THAT(run.err, HasSubstr("not complete"));
   EXPECT_THAT(run.err, HasSubstr("-77"));
   EXPECT_EQ(Json({"backup", "check", Utf8Path("half.bak")})["file_count"], 0) << "closed properly";
@@ -166,9 +173,9 @@ TEST_F(CBackupTest, RestoreRefusesWhatIsNoWholeBackup) {
     std::string why;
   } cases[] = {{{"restore", good}, 2, "--yes"},
                {{"restore", cut, "--yes"}, 1, "trailer is missing"},
-               {{"restore", foreign, "--yes"}, 1, "no backup file"},
-               {{"restore", empty, "--yes", "--force"}, 1, "empty"},
-               {{"restore", Utf8Path("none.bak"), "--yes"}, 1, "cannot be opened"}};
+               {{"restore", foreign, "--yes"}, 5, "no backup file"},
+               {{"restore", empty, "--yes", "--force"}, 5, "empty"},
+               {{"restore", Utf8Path("none.bak"), "--yes"}, 5, "cannot be opened"}};
   for (const auto& refused : cases) {
     const tagRun run = Tvmgr(refused.arguments);
     EXPECT_EQ(run.exit_code, refused.exit_code);

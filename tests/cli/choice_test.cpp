@@ -74,7 +74,7 @@ TEST_F(CChoiceTest, DamagedMemoryStopsCommandsInsteadOfChoosingAnotherPrinter) {
 TEST_F(CChoiceTest, InfoOfASilentPrinterFailsButShowsTheChoice) {
   WriteIni("[faults]\nsilent=1\n");
   const tagRun run = Tvmgr({"--port", "USB001", "info"});
-  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_EQ(run.exit_code, 4U);
   EXPECT_THAT(run.out, HasSubstr("port     USB001\n"));
   EXPECT_THAT(run.out, HasSubstr("status   unknown"));
 }

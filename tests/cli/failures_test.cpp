@@ -30,7 +30,7 @@ TEST_F(CFailuresTest, SilentPrinterIsFoundOutBeforeLongWork) {
   WriteIni("[faults]\nsilent=1\n");
   const std::uint64_t start = GetTickCount64();
   const tagRun run = Tvmgr({"set", "CLM,P=1"});
-  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_EQ(run.exit_code, 4U);
   EXPECT_THAT(run.err, HasSubstr("the printer did not answer"));
   EXPECT_LT(GetTickCount64() - start, 10'000U);
   EXPECT_THAT(Log(), Not(HasSubstr("^S(CLM,P")));
@@ -40,7 +40,7 @@ TEST_F(CFailuresTest, FullLoadWithoutAnyValueIsSilenceToo) {
   // Answers arrive, but nothing of them can be read.
   WriteIni("[faults]\ncut_at=1\nlatency_ms=0\n");
   for (const tagRun& run : TvmgrEach({{"get", "--all", "--no-check"}, {"files", "--no-check"}})) {
-    EXPECT_EQ(run.exit_code, 1U);
+    EXPECT_EQ(run.exit_code, 4U);
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, HasSubstr("the printer did not answer"));
   }
@@ -49,7 +49,7 @@ TEST_F(CFailuresTest, FullLoadWithoutAnyValueIsSilenceToo) {
 TEST_F(CFailuresTest, CodeOfThePortLibraryIsPassedOnWithAdvice) {
   WriteIni("[faults]\nfail=SendData:1:-77\n");
   const tagRun run = Tvmgr({"status"});
-  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_EQ(run.exit_code, 4U);
   EXPECT_THAT(run.err, HasSubstr("-77: a code of the port library"));
 }
 
@@ -74,7 +74,7 @@ TEST_F(CFailuresTest, ChosenPrinterReachesThePortLibrary) {
     }
     std::vector<std::string> arguments = choice.arguments;
     arguments.emplace_back("status");
-    EXPECT_EQ(Tvmgr(arguments).exit_code, 1U);
+    EXPECT_EQ(Tvmgr(arguments).exit_code, 4U);
     EXPECT_THAT(Log(), HasSubstr(choice.opened));
   }
 }

@@ -87,7 +87,7 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
   const std::vector<tagFailing> cases = {
       {{"fetch", "NONE.PNG"}, 1, "no file NONE.PNG"},
       {{"fetch", "NONE.PNG", "--unlisted", "--timeout", "0.3"}, 1, "sent nothing"},
-      {{"put", "C:\\no\\such\\file.png"}, 1, "cannot be opened"},
+      {{"put", "C:\\no\\such\\file.png"}, 5, "cannot be opened"},
       {{"put", two}, 1, "more than one format"},
       {{"rm", "LOGO.PNG"}, 2, "--yes"},
       {{"fetch", "LOGO.PNG", "-o", "C:\\no\\such\\folder\\x"}, 1, "cannot be created"},

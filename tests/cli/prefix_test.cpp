@@ -26,7 +26,7 @@ TEST_F(CPrefixTest, ChangedCharactersAreShownAndPutBackOnAPrinterThatNobodyCanRe
 TEST_F(CPrefixTest, SilencePassesNotForDefaultCharacters) {
   WriteIni("[faults]\ncut_at=1\n");
   const tagRun run = Tvmgr({"prefix"});
-  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_EQ(run.exit_code, 4U);
   EXPECT_EQ(run.out, "");
   EXPECT_THAT(run.err, HasSubstr("did not answer"));
 }

@@ -32,7 +32,7 @@ TEST_F(CStatusTest, EachStateHasItsWordAndUnknownFails) {
                {"[printer]\nstate=PR\n", 2, "busy", 0},
                {"[printer]\noff_line=1\n", 2, "busy", 0},
                {"[printer]\nstate=ILX\n", 3, "other", 0},
-               {"[faults]\ncut_at=1\n", 0, "unknown", 1}};
+               {"[faults]\ncut_at=1\n", 0, "unknown", 4}};
   for (const auto& expected : cases) {
     WriteIni(expected.ini);
     const std::vector<tagRun> runs = TvmgrEach({{"status"}, {"status", "--json"}});

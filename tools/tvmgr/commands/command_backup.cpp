@@ -97,7 +97,8 @@ void WriteBackup(const CManagerSession& session, const tagBackupOptions& options
       session.Call("TVMGR_Backup", "writing the backup", LongestMs(session), [] { return TVMGR_Backup(0); });
   if (result != TVMGR_OK) {
     throw CFailure("the backup is not complete; \"" + options.file +
-                   "\" holds what was written before the failure: " + ExplainResult(result));
+                       "\" holds what was written before the failure: " + ExplainResult(result),
+                   ExitCodeOf(result));
   }
 }
 

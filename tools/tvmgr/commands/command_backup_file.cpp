@@ -129,17 +129,12 @@ Json DifferenceJson(const tagBackupDifference& difference) {
   return {{"other_sections", difference.other_sections}, {"settings", settings}, {"files", files}};
 }
 
-// A script has to tell "different" from "cannot be compared".
 tagBackupOnHost ReadToCompare(const tagGlobalOptions& global, const std::string& path) {
-  try {
-    tagBackupOnHost backup = ReadBackup(global, path);
-    if (backup.contents.is_backup) {
-      return backup;
-    }
-  } catch (const CFailure& error) {
-    throw CUsageError(error.what());
+  tagBackupOnHost backup = ReadBackup(global, path);
+  if (!backup.contents.is_backup) {
+    throw CInputFileError("\"" + path + "\" is no backup file");
   }
-  throw CUsageError("\"" + path + "\" is no backup file");
+  return backup;
 }
 
 }  // namespace
@@ -152,7 +147,7 @@ int RunBackupCheck(const tagGlobalOptions& global, const tagBackupCheckOptions& 
     WriteOutput(backup.path + ": " + Summary(backup) + "\n" + ExplainProblems(backup.contents));
     PrintContents(backup.contents);
   }
-  return backup.contents.IsComplete() ? kExitDone : kExitFailed;
+  return backup.contents.IsComplete() ? kExitDone : backup.contents.is_backup ? kExitFailed : kExitInputFile;
 }
 
 int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& options) {
@@ -174,7 +169,7 @@ int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& op
                 : difference.IsEmpty() ? "not known to be equal: a file is not complete\n"
                                        : "different\n");
   }
-  return equal ? kExitDone : kExitFailed;
+  return equal ? kExitDone : whole ? kExitFailed : kExitUnproved;
 }
 
 }  // namespace tvmgr

@@ -84,7 +84,7 @@ int RunInfo(const tagGlobalOptions& global) {
     session.LoadAll();
   }
   global.json ? PrintAsJson(chosen, status, session) : Print(chosen, status, session);
-  return status == TVMGR_STATUS_UNKNOWN ? kExitFailed : kExitDone;
+  return status == TVMGR_STATUS_UNKNOWN ? kExitUnreachable : kExitDone;
 }
 
 }  // namespace tvmgr

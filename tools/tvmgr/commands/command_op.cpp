@@ -120,10 +120,9 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
   // Neither silence nor a printer that is still busy shows in the operation's result.
   switch (session.Status()) {
     case TVMGR_STATUS_UNKNOWN:
-      throw CFailure(options.name + " was sent, but the printer does not answer");
+      throw CUnreachable(options.name + " was sent, but the printer does not answer");
     case TVMGR_STATUS_BUSY:
-      session.Remark(options.name + ": sent; the printer is still busy (tvmgr status --watch)");
-      break;
+      throw CUnproved(options.name + ": sent; the printer is still busy (tvmgr status --watch)");
     default:
       session.Remark(options.name + ": done");
   }

@@ -94,7 +94,7 @@ int Show(const tagGlobalOptions& global, const CManagerSession& session) {
     std::transform(std::begin(kPrefixSettings), std::end(kPrefixSettings), characters.begin(),
                    [&](std::int32_t id) { return CharacterCell(session, id); });
   } else if (is_default) {
-    throw CFailure(
+    throw CUnreachable(
         "the printer did not answer: check that it is switched on and connected and that --port, --device or "
         "--address names it");
   }

@@ -44,12 +44,13 @@ void Describe(const tagGlobalOptions& global, const tagBackupOnHost& backup) {
 
 void RefuseUnlessWhole(const tagBackupOnHost& backup, bool force) {
   if (backup.bytes->empty()) {
-    throw CFailure("the file \"" + backup.path + "\" is empty: there is nothing to send");
+    throw CInputFileError("the file \"" + backup.path + "\" is empty: there is nothing to send");
   }
   if (!backup.contents.IsComplete() && !force) {
     throw CFailure("\"" + backup.path +
-                   "\" is not a complete backup; nothing was sent (--force sends it all the same):\n" +
-                   ExplainProblems(backup.contents));
+                       "\" is not a complete backup; nothing was sent (--force sends it all the same):\n" +
+                       ExplainProblems(backup.contents),
+                   backup.contents.is_backup ? kExitFailed : kExitInputFile);
   }
 }
 

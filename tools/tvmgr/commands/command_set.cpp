@@ -120,7 +120,8 @@ int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
   // With the two results below the module has just read everything back, so each setting has a verdict of its
   // own. After any other the stored values tell nothing.
   if (result != TVMGR_OK && result != TVMGR_NOT_CONFIRMED) {
-    throw CFailure("writing the settings failed, what was written is not known: " + ExplainResult(result));
+    throw CFailure("writing the settings failed, what was written is not known: " + ExplainResult(result),
+                   ExitCodeOf(result));
   }
 
   CRecordOutput output({{"id", "ID"},

@@ -53,7 +53,7 @@ int Watch(const tagGlobalOptions& global, const tagStatusOptions& options, const
       break;
     }
   }
-  return ever_answered ? kExitDone : kExitFailed;
+  return ever_answered ? kExitDone : kExitUnreachable;
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ int RunStatus(const tagGlobalOptions& global, const tagStatusOptions& options) {
   }
   const std::uint32_t status = session.Status();
   Print(global, status, false);
-  return status == TVMGR_STATUS_UNKNOWN ? kExitFailed : kExitDone;
+  return status == TVMGR_STATUS_UNKNOWN ? kExitUnreachable : kExitDone;
 }
 
 }  // namespace tvmgr

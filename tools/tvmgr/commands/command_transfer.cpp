@@ -155,7 +155,7 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
 int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
   std::string bytes = ReadHostFile(options.file);
   if (bytes.empty()) {
-    throw CFailure("the file \"" + options.file + "\" is empty");
+    throw CInputFileError("the file \"" + options.file + "\" is empty");
   }
   const std::size_t size = bytes.size();
   const tagDownload download = MakeDownload(options, std::move(bytes));

@@ -27,11 +27,11 @@ std::string ReadStdin() {
   while (const std::size_t count = std::fread(block, 1, sizeof block, stdin)) {
     bytes.append(block, count);
     if (bytes.size() > kMaxBytes) {
-      throw CFailure("there are more than 2 GiB on stdin");
+      throw CInputFileError("there are more than 2 GiB on stdin");
     }
   }
   if (std::ferror(stdin) != 0) {
-    throw CFailure("stdin cannot be read");
+    throw CInputFileError("stdin cannot be read");
   }
   return bytes;
 }
@@ -44,15 +44,15 @@ std::string ReadHostFile(const std::string& path) {
   const std::uintmax_t size = fs::file_size(file, error);
   std::ifstream stream(file, std::ios::binary);
   if (error || !stream) {
-    throw CFailure("the file \"" + path + "\" cannot be opened");
+    throw CInputFileError("the file \"" + path + "\" cannot be opened");
   }
   if (size > kMaxBytes) {
-    throw CFailure("the file \"" + path + "\" is larger than 2 GiB");
+    throw CInputFileError("the file \"" + path + "\" is larger than 2 GiB");
   }
   std::string bytes(static_cast<std::size_t>(size), '\0');
   stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (stream.gcount() != static_cast<std::streamsize>(bytes.size())) {
-    throw CFailure("the file \"" + path + "\" cannot be read whole");
+    throw CInputFileError("the file \"" + path + "\" cannot be read whole");
   }
   return bytes;
 }

@@ -42,7 +42,7 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
   check_parser->footer(
       "Needs no printer. A backup that an error stopped half way may be closed properly all the same and\n"
       "pass: \"tvmgr backup\" itself told that at the time.\n"
-      "Exit code 1 when the backup is not complete.\n\n"
+      "Exit codes: 0 complete, 1 not complete, 5 unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup check shop7.bak --json");
 
   CLI::App* const diff_parser = parser->add_subcommand("diff", "compare two backups");
@@ -50,7 +50,7 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
   diff_parser->add_option("b", diff->second, "another backup")->required();
   diff_parser->footer(
       "Needs no printer. The time stamps and the order of files do not count.\n"
-      "Exit codes: 0 equal, 1 different, 2 a file cannot be read or is no backup.\n\n"
+      "Exit codes: 0 equal, 1 different, 3 a file is not complete, 5 one is unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup diff monday.bak tuesday.bak");
 
   commands.push_back({check_parser, [&global, options, check] {

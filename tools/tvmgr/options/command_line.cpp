@@ -64,7 +64,9 @@ int RunCommandLine(std::vector<std::string> arguments) {
       "Without --device, --port and --address the printer of \"tvmgr use\" is taken, else the port library\n"
       "chooses. Options may stand before or after the command; \"tvmgr COMMAND --help\" explains a command\n"
       "and gives examples.\n"
-      "Exit codes: 0 done, 1 failed, 2 wrong usage.");
+      "Exit codes: 0 done and proved, 1 failed, 2 wrong usage, 3 done in part or not to be proved, 4 "
+      "printer\n"
+      "unreachable or silent, 5 an input file is unreadable.");
   AddGlobalOptions(program, global);
   std::vector<tagCommand> commands;
   AddDiscoveryCommands(program, global, commands);

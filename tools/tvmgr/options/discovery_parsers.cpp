@@ -40,7 +40,7 @@ tagCommand AddUse(CLI::App& program, const tagGlobalOptions& global) {
 tagCommand AddInfo(CLI::App& program, const tagGlobalOptions& global) {
   CLI::App* const parser = program.add_subcommand("info", "show the chosen printer and what it says it is");
   parser->footer(
-      "Exit code 1 when the printer did not answer.\n\n"
+      "Exit code 4 when the printer did not answer.\n\n"
       "Examples:\n  tvmgr info\n  tvmgr --address 192.0.2.7 info --json");
   return {parser, [&global] { return RunInfo(global); }};
 }

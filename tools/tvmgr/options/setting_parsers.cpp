@@ -70,7 +70,7 @@ tagCommand AddStatus(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_option("--for", options->duration_s, "with --watch: end after so many seconds")
       ->check(CLI::Range(0.0, kMaxSeconds));
   parser->footer(
-      "Exit code 1 when the printer did not answer (under --watch: not once).\n\n"
+      "Exit code 4 when the printer did not answer (under --watch: not once).\n\n"
       "Examples:\n  tvmgr status\n  tvmgr status --watch --interval 5\n  tvmgr status --watch --every-poll "
       "--count 10");
   return {parser, [&global, options] { return RunStatus(global, *options); }};

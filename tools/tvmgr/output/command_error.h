@@ -5,10 +5,13 @@
 
 namespace tvmgr {
 
-/** Exit codes of the program. */
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
+/** Exit codes of the program, the same for every command; the README has the table. */
+constexpr int kExitDone = 0;        /**< done, and seen to be done */
+constexpr int kExitFailed = 1;      /**< not done, refused, damaged or different */
+constexpr int kExitUsage = 2;       /**< wrong usage: nothing was done */
+constexpr int kExitUnproved = 3;    /**< done in part, or done and not to be proved */
+constexpr int kExitUnreachable = 4; /**< the printer cannot be reached, or does not answer */
+constexpr int kExitInputFile = 5;   /**< an input file cannot be read, or is of another kind */
 
 /** Ends a command: the text (UTF-8, one sentence) goes to stderr, the code to the caller of the program. */
 class CCommandError : public std::runtime_error {
@@ -29,7 +32,25 @@ class CUsageError : public CCommandError {
 /** The command was understood but did not succeed. */
 class CFailure : public CCommandError {
  public:
-  explicit CFailure(const std::string& text) : CCommandError(kExitFailed, text) {}
+  explicit CFailure(const std::string& text, int exit_code = kExitFailed) : CCommandError(exit_code, text) {}
+};
+
+/** The work was done in part only, or there is no proof that it was done. */
+class CUnproved : public CFailure {
+ public:
+  explicit CUnproved(const std::string& text) : CFailure(text, kExitUnproved) {}
+};
+
+/** The printer cannot be reached, or does not answer. */
+class CUnreachable : public CFailure {
+ public:
+  explicit CUnreachable(const std::string& text) : CFailure(text, kExitUnreachable) {}
+};
+
+/** A file of this computer cannot be read, or is not of the kind that the command wants. */
+class CInputFileError : public CFailure {
+ public:
+  explicit CInputFileError(const std::string& text) : CFailure(text, kExitInputFile) {}
 };
 
 }  // namespace tvmgr

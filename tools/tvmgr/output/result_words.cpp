@@ -1,5 +1,8 @@
 #include "output/result_words.h"
 
+#include <algorithm>
+
+#include "output/command_error.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
@@ -48,6 +51,15 @@ std::span<const tagResultWords> AllResults() {
 
 const tagResultWords& PortLibraryResult() {
   return kPortLibrary;
+}
+
+int ExitCodeOf(std::int32_t code) {
+  if (code == TVMGR_OK) {
+    return kExitDone;
+  }
+  const bool is_own = std::any_of(std::begin(kResults), std::end(kResults),
+                                  [code](const tagResultWords& result) { return result.code == code; });
+  return is_own ? kExitFailed : kExitUnreachable;
 }
 
 std::string ExplainResult(std::int32_t code) {

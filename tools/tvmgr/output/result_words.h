@@ -21,6 +21,9 @@ std::span<const tagResultWords> AllResults();
 /** What any other code is: the port library's own. */
 const tagResultWords& PortLibraryResult();
 
+/** The program's exit code for a call that ended with this code: a code of the port library means no printer. */
+int ExitCodeOf(std::int32_t code);
+
 /** "code: meaning: advice", for codes of the module and of the port library. */
 std::string ExplainResult(std::int32_t code);
 

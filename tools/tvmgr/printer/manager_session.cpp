@@ -14,7 +14,7 @@ namespace tvmgr {
 namespace {
 
 [[noreturn]] void Fail(const std::string& what, std::int32_t result) {
-  throw CFailure(what + " failed: " + ExplainResult(result));
+  throw CFailure(what + " failed: " + ExplainResult(result), ExitCodeOf(result));
 }
 
 constexpr char kSilent[] =
@@ -126,7 +126,7 @@ std::uint32_t CManagerSession::Status() const {
 
 void CManagerSession::RequireAnsweringPrinter() const {
   if (!options_.no_check && Status() == TVMGR_STATUS_UNKNOWN) {
-    throw CFailure(std::string(kSilent) + "; --no-check tries the command all the same");
+    throw CUnreachable(std::string(kSilent) + "; --no-check tries the command all the same");
   }
 }
 
@@ -140,7 +140,7 @@ void CManagerSession::LoadAll() const {
     return setting.id != TVMGR_SETTING_BACKGROUND && Value(setting.id).has_value();
   });
   if (!answered) {
-    throw CFailure(kSilent);
+    throw CUnreachable(kSilent);
   }
 }
 

@@ -76,7 +76,9 @@ def main():
         problems.append(f"{HEADER}:1: declares {len(declared)} functions, not {EXPORT_COUNT}")
     problems += check(bin_folder / "TaviraManager.dll", declared, needs_version=True)
     problems += check(bin_folder / "Ferrolink.dll", PORT_LIBRARY_EXPORTS, needs_version=False)
-    finish("exports", problems, f"{len(declared)} exports of TaviraManager.dll, {len(PORT_LIBRARY_EXPORTS)} of Ferrolink.dll")
+    recorder = bin_folder.parent / "recorder" / "Ferrolink.dll"
+    problems += check(recorder, PORT_LIBRARY_EXPORTS, needs_version=True)
+    finish("exports", problems, f"{len(declared)} exports of TaviraManager.dll, {len(PORT_LIBRARY_EXPORTS)} of each Ferrolink.dll")
 
 
 main()

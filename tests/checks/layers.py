@@ -28,6 +28,7 @@ AREAS = {
     "src": {"include"},
     "include": set(),
     "emulator": set(),
+    "recorder": set(),
     "tools": {"include"},
     "examples": {"include"},
 }
@@ -40,8 +41,8 @@ WINDOWS_HEADERS = re.compile(
     r"(windows|winsock2?|ws2\w+|win\w+|iphlpapi|setupapi|cfgmgr32|devguid|initguid|usbiodef|usb\w*|shellapi|shlobj|"
     r"objbase|ole2|combaseapi|tlhelp32|psapi|io|direct|process|conio|tchar|strsafe|sddl|accctrl|aclapi)\.h",
     re.IGNORECASE)
-WINDOWS_PLACES = ("src/platform/win32/", "src/interface/", "emulator/", "tools/", "examples/",
-                  "tests/system/", "tests/network/", "tests/cli/", "tests/emulator/")
+WINDOWS_PLACES = ("src/platform/win32/", "src/interface/", "emulator/", "recorder/win32/", "tools/", "examples/",
+                  "tests/system/", "tests/network/", "tests/cli/", "tests/emulator/", "tests/recorder/")
 # Within the emulator only the shells of the programs know the system, its model does not.
 EMULATOR_SHELL = re.compile(r"emulator/(.*/)?\w*(ferrolink|dll|win32|network|socket|server|main)\w*(/|\.)")
 POSIX_HEADERS = re.compile(r"(unistd|dlfcn|fcntl|poll|pthread|sys/\w+|netinet/\w+|arpa/\w+|net/\w+|netdb)\.h")
@@ -75,6 +76,8 @@ def forbidden(source, target):
     if target_area != area:
         allowed = target_area in AREAS[area]
         return None if allowed else f"{area}/ includes nothing of {target_area}/"
+    if str(source).startswith("recorder/transcript/") and not target.startswith("recorder/transcript/"):
+        return "the transcript stands alone"
     if area != "src" or len(source.parts) < 3:
         return None
     layer, target_layer = room(source), room(target)
@@ -97,6 +100,8 @@ def misplaced_system_header(source, name):
         return "a POSIX header outside the platform"
     if name in IMPURE and path.startswith("src/command/"):
         return "the command folder is pure"
+    if name in IMPURE - {"mutex"} and path.startswith("recorder/transcript/"):
+        return "the transcript's folder is pure"
     return None
 
 
@@ -114,7 +119,7 @@ def main():
             target = resolve(source, name, known)
             if target is None:
                 why = misplaced_system_header(source, name)
-                if quote == '"' and not why and source.parts[0] in ("src", "emulator", "include"):
+                if quote == '"' and not why and source.parts[0] in ("src", "emulator", "include", "recorder"):
                     why = "no such file"
             else:
                 why = forbidden(source, target)

@@ -13,7 +13,7 @@ import sys
 
 from repository import ROOT, files, finish
 
-AREAS = ("src", "emulator", "tools", "examples", "tests", "fuzz")
+AREAS = ("src", "emulator", "recorder", "tools", "examples", "tests", "fuzz")
 TEST_CODE = re.compile(r"^\s*(TEST|TEST_F|TEST_P|TYPED_TEST)\s*\(|\bLLVMFuzzerTestOneInput\s*\(", re.MULTILINE)
 TARGET = re.compile(r"CMakeFiles/([^/]+)\.dir/")
 

@@ -707,8 +707,12 @@ int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info);
  * The file is created or emptied, then written piece by piece (header, settings, one piece for each stored
  * file, trailer), closed after each; nothing else is touched. Settings and file names are those loaded last:
  * use reload 1 unless TVMGR_LoadSetting(true, 0) has just run. Files on device E: only. A failure after the
- * header keeps the finished pieces and still ends the file with the trailer. Blocks for the load (reload 1)
- * and up to one transaction for each stored file.
+ * header keeps the finished pieces, takes back what a failed write has left of one, and still ends the file
+ * with the trailer where that fits. Blocks for the load (reload 1) and up to one transaction for each stored
+ * file.
+ *
+ * The path is the system's: relative ones count from the current directory at the time of the call; servers
+ * (\\server\share\file) and any length are taken, devices (NUL, COM1) and pipes are refused with -63.
  *
  * @param reload  1 loads everything from the printer first; every other value does not.
  * @retval 0    Complete.
@@ -734,7 +738,7 @@ int32_t TVMGR_Backup(uint8_t reload);
  * TRAP: the captured resolutions are dropped once the file is sent: a printer that was not at 600 gets them
  * back only from the file (its settings section).
  *
- * @param path  the backup file.
+ * @param path  the backup file; as for TVMGR_Backup.
  * @retval 0    Sent, and everything was loaded again. Also for an empty file (nothing was sent).
  * @retval -1   Ferrolink.dll is incomplete.
  * @retval -2   No manager or no port link.

@@ -33,13 +33,13 @@ std::int32_t CBackup::Run(std::uint8_t reload) {
   if (info_.path.empty()) {
     return TVMGR_BAD_ARGUMENT;
   }
+  CBackupFile file(file_system_, info_.path);  // before the load, which takes its time
   if (reload == kReload) {
     const std::int32_t loaded = full_load_.LoadEverything();
     if (loaded != TVMGR_OK) {
       return loaded;
     }
   }
-  CBackupFile file(file_system_, info_.path);
   const std::int32_t created = file.Create();
   if (created != TVMGR_OK) {
     return created;

@@ -35,8 +35,21 @@ std::int32_t CBackupFile::Append(std::string_view bytes, std::uint64_t largest_s
     return TVMGR_FILE_TOO_LARGE;
   }
   const bool written = file->Write(bytes);
+  if (!written) {
+    file->Truncate(size);
+  }
   const bool closed = file->Close();
+  if (!closed) {
+    CutBack(size);
+  }
   return written && closed ? TVMGR_OK : TVMGR_FILE_ERROR;
+}
+
+// A close that fails tells of bytes that were taken before and are lost now.
+void CBackupFile::CutBack(std::uint64_t size) {
+  if (const auto file = files_.OpenForWriting(path_)) {
+    file->Truncate(size);
+  }
 }
 
 }  // namespace tavira

@@ -9,11 +9,13 @@ namespace tavira {
 
 /**
  * A host file that grows by whole pieces and is closed after each, so that a failure or the end of the
- * process leaves the finished ones as they are. Results: 0, −63, or 4 when the file is past 1 GiB.
+ * process leaves the finished ones as they are. What a failed write has left of its piece is taken back, as
+ * far as the system allows. Results: 0, −63, or 4 when the file is past 1 GiB.
  */
 class CBackupFile {
  public:
-  CBackupFile(IFileSystem& files, WideString path) : files_(files), path_(std::move(path)) {}
+  /** The file is the one that `path` means now, also when the current directory changes. */
+  CBackupFile(IFileSystem& files, const WideString& path) : files_(files), path_(files.FullPath(path)) {}
 
   /** Creates the file or empties it. */
   std::int32_t Create();
@@ -26,9 +28,10 @@ class CBackupFile {
 
  private:
   std::int32_t Append(std::string_view bytes, std::uint64_t largest_size);
+  void CutBack(std::uint64_t size);
 
   IFileSystem& files_;
-  WideString path_;
+  const WideString path_;
 };
 
 }  // namespace tavira

@@ -28,7 +28,7 @@ struct tagFramedFile {
 };
 
 std::int32_t ReadFramed(IFileSystem& files, const WideString& path, tagFramedFile& framed) {
-  const auto file = files.OpenForReading(path);
+  const auto file = files.OpenForReading(files.FullPath(path));
   if (file == nullptr) {
     return TVMGR_FILE_ERROR;
   }

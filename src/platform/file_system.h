@@ -27,16 +27,25 @@ class IHostFile {
   /** Writes all bytes at the position, or fails. */
   virtual bool Write(std::string_view bytes) = 0;
 
+  /** Cuts the file to its first `size` bytes. */
+  virtual bool Truncate(std::uint64_t size) = 0;
+
   /** Fills `buffer` from the position; `got` receives the bytes read, fewer only at the file's end. */
   virtual bool Read(std::span<char> buffer, std::size_t& got) = 0;
 
   virtual bool Close() = 0;
 };
 
-/** Files of the host by path; paths beyond ASCII and beyond 260 characters are taken whole or refused. */
+/** Files of the host, by the paths that FullPath gives. What is no file on a disk cannot be opened. */
 class IFileSystem {
  public:
   virtual ~IFileSystem() = default;
+
+  /**
+   * What a host's path means now, as a path that goes on meaning it, whatever becomes of the current
+   * directory, and at any length. Empty when the system cannot say.
+   */
+  virtual WideString FullPath(const WideString& path) = 0;
 
   /** Creates the file or empties it; open for writing. Null when that fails. */
   virtual std::unique_ptr<IHostFile> Create(const WideString& path) = 0;

@@ -142,6 +142,7 @@ class CFaultyFile final : public IHostFile {
     }
     return file_->Write(bytes);
   }
+  bool Truncate(std::uint64_t size) override { return !Fails(EFileCall::kTruncate) && file_->Truncate(size); }
   bool Read(std::span<char> buffer, std::size_t& got) override {
     return !Fails(EFileCall::kRead) && file_->Read(buffer, got);
   }
@@ -159,6 +160,9 @@ class CFaultyFile final : public IHostFile {
 /** The real file system with the world's file faults. */
 class CFaultyFileSystem final : public IFileSystem {
  public:
+  WideString FullPath(const WideString& path) override {
+    return CTestWorld::Current().IsToFail(EFileCall::kFullPath) ? WideString() : files_->FullPath(path);
+  }
   std::unique_ptr<IHostFile> Create(const WideString& path) override {
     return Wrap(EFileCall::kCreate, [&] { return files_->Create(path); });
   }

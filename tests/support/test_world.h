@@ -41,7 +41,7 @@ class CVirtualClock final : public IClock {
 enum class EPortCall { kInitialize, kTerminate, kSend, kPoll, kRead };
 
 /** The kinds of call that the module makes to the host's file system. */
-enum class EFileCall { kCreate, kOpen, kSeek, kSize, kWrite, kRead, kClose };
+enum class EFileCall { kFullPath, kCreate, kOpen, kSeek, kSize, kWrite, kTruncate, kRead, kClose };
 
 /**
  * Everything outside the module for one test: virtual time, the port library's entry points with an emulated

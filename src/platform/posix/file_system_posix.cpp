@@ -17,9 +17,11 @@ class CPosixFile final : public IHostFile {
   CPosixFile(const CPosixFile&) = delete;
   CPosixFile& operator=(const CPosixFile&) = delete;
 
+  /** Not what is no file on a disk: the null device keeps nothing, and a pipe may wait for ever. */
   bool Open(const std::filesystem::path& path, int flags) {
-    descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
-    return descriptor_ >= 0;
+    struct stat status {};
+    descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
+    return descriptor_ >= 0 && ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
   }
 
   bool SeekToEnd(std::uint64_t& size) override {
@@ -30,7 +32,7 @@ class CPosixFile final : public IHostFile {
 
   bool GetSize(std::uint64_t& size) override {
     struct stat status {};
-    if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (::fstat(descriptor_, &status) != 0) {
       return false;
     }
     size = static_cast<std::uint64_t>(status.st_size);
@@ -46,6 +48,10 @@ class CPosixFile final : public IHostFile {
       bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
+  }
+
+  bool Truncate(std::uint64_t size) override {
+    return ::ftruncate(descriptor_, static_cast<off_t>(size)) == 0;
   }
 
   bool Read(std::span<char> buffer, std::size_t& got) override {
@@ -74,6 +80,13 @@ class CPosixFile final : public IHostFile {
 
 class CPosixFileSystem final : public IFileSystem {
  public:
+  WideString FullPath(const WideString& path) override {
+    try {
+      return path.empty() ? WideString() : std::filesystem::absolute(path).u16string();
+    } catch (const std::filesystem::filesystem_error&) {
+      return {};  // no current directory, or no text
+    }
+  }
   std::unique_ptr<IHostFile> Create(const WideString& path) override {
     return Open(path, O_WRONLY | O_CREAT | O_TRUNC);
   }

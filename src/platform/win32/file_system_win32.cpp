@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 namespace tavira {
@@ -18,10 +17,11 @@ class CWin32File final : public IHostFile {
   CWin32File(const CWin32File&) = delete;
   CWin32File& operator=(const CWin32File&) = delete;
 
+  /** Not what is no file on a disk: NUL takes everything and keeps nothing, a port or pipe may wait for ever. */
   bool Open(const WideString& path, DWORD access, DWORD share, DWORD disposition) {
     handle_ =
         ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    return handle_ != INVALID_HANDLE_VALUE;
+    return handle_ != INVALID_HANDLE_VALUE && ::GetFileType(handle_) == FILE_TYPE_DISK;
   }
 
   bool SeekToEnd(std::uint64_t& size) override {
@@ -53,6 +53,12 @@ class CWin32File final : public IHostFile {
     return true;
   }
 
+  bool Truncate(std::uint64_t size) override {
+    FILE_END_OF_FILE_INFO end{};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+    return ::SetFileInformationByHandle(handle_, FileEndOfFileInfo, &end, sizeof(end)) != 0;
+  }
+
   bool Read(std::span<char> buffer, std::size_t& got) override {
     got = 0;
     while (got < buffer.size()) {
@@ -79,23 +85,26 @@ class CWin32File final : public IHostFile {
   HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
-/** The form of a path that the system takes at any length: absolute, with the prefix that lifts its limit. */
-WideString UnlimitedPath(const WideString& path) {
-  constexpr std::size_t kShortEnough = MAX_PATH - 12;
-  if (path.size() < kShortEnough || path.starts_with(L"\\\\?\\")) {
-    return path;
-  }
-  std::error_code error;
-  const std::filesystem::path absolute = std::filesystem::absolute(path, error).make_preferred();
-  if (error) {
-    return path;
-  }
-  const WideString whole = absolute.wstring();
-  return whole.starts_with(L"\\\\") ? L"\\\\?\\UNC" + whole.substr(1) : L"\\\\?\\" + whole;
-}
-
 class CWin32FileSystem final : public IFileSystem {
  public:
+  WideString FullPath(const WideString& path) override {
+    constexpr WideView kAsItStands = L"\\\\?\\";  // lifts the limit, and the system looks no further
+    constexpr WideView kDevice = L"\\\\.\\";
+    if (path.starts_with(kAsItStands)) {
+      return path;
+    }
+    WideString full;
+    DWORD length = MAX_PATH;
+    do {  // once more when it is longer, or the current directory has just become so
+      full.resize(length);
+      length = ::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    } while (length > full.size());
+    full.resize(length);
+    if (full.empty() || full.starts_with(kDevice) || full.starts_with(kAsItStands)) {
+      return full;
+    }
+    return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : WideString(kAsItStands) + full;
+  }
   std::unique_ptr<IHostFile> Create(const WideString& path) override {
     return Open(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
   }
@@ -110,7 +119,7 @@ class CWin32FileSystem final : public IFileSystem {
   static std::unique_ptr<IHostFile> Open(const WideString& path, DWORD access, DWORD share,
                                          DWORD disposition) {
     auto file = std::make_unique<CWin32File>();  // first: without memory for it, nothing is left open
-    return file->Open(UnlimitedPath(path), access, share, disposition) ? std::move(file) : nullptr;
+    return file->Open(path, access, share, disposition) ? std::move(file) : nullptr;
   }
 };
 

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "backup/backup_format.h"
 #include "backup/restore.h"
@@ -53,9 +54,9 @@ TEST_F(BackupTest, SectionsThatHoldNothingStandInTheHeaderOnly) {
 TEST_F(BackupTest, EveryPieceIsOneOpenSeekWriteClose) {
   Backup([](TvmgrBackupInfo& info) { info.section_c = 1; });
   using enum EFileCall;
-  EXPECT_EQ(
-      (std::vector<EFileCall>{kCreate, kClose, kOpen, kSeek, kWrite, kClose, kOpen, kSeek, kWrite, kClose}),
-      world_.file_calls);
+  EXPECT_EQ((std::vector<EFileCall>{kFullPath, kCreate, kClose, kOpen, kSeek, kWrite, kClose, kOpen, kSeek,
+                                    kWrite, kClose}),
+            world_.file_calls);
 }
 
 TEST_F(BackupTest, AtEveryFileCallTheFileHoldsWholePieces) {
@@ -115,21 +116,34 @@ TEST_F(BackupTest, OnlyAReloadFlagOfOneReloads) {
 }
 
 TEST(BackupFormatTest, TheSettingsBlockKeepsItsOrderAndNamesSettingsWithoutAValue) {
-  CSettingStore store;
-  store.PutValue(6, "six");
-  store.PutValue(77, "seventy-seven");
-  store.PutValue(3, "300");
-  store.PutValue(4, "");
-  store.PutValue(1, "not backed up");
-  const std::string block = FormatSettingsBlock(store);
+  const auto block_with = [](const std::map<std::uint32_t, std::string>& values) {
+    CSettingStore store;
+    for (const auto& [id, value] : values) {
+      store.PutValue(id, value);
+    }
+    return FormatSettingsBlock(store);
+  };
+  const std::string block =
+      block_with({{6, "six"}, {77, "seventy-seven"}, {3, "300"}, {4, ""}, {1, "not backed up"}});
   EXPECT_TRUE(block.starts_with("^FX^FS\r\n^XA^S(CLM,P,six^XZ\r\n^XA^S(CLM,S,^XZ\r\n^XA^S(CLM,D,^XZ\r\n"));
   EXPECT_NE(std::string::npos,
-            block.find("^XA^S(CMV,O,^XZ\r\n^XA^S(CLA,C,seventy-seven^XZ\r\n^XA^S(CLR,Z,300^XZ\r\n"
-                       "^XA^S(CLR,P,^XZ\r\n^XA^S(CLR,R,^XZ\r\n^XA^S(CBB,M,^XZ\r\n"
-                       "^XA^S(CFA,W,^XZ\r\n^XA^S(INU,S,^XZ\r\n^XA^S(INU,N,^XZ\r\n"
-                       "^XA^S(INU,P,^XZ\r\n^XA^S(INU,V,^XZ\r\n^XA^JUS^XZ\r\n"));
-  EXPECT_EQ(57, std::count(block.begin(), block.end(), '\n'));  // separator, 55 settings, save
+            block.find("^XA^S(CLA,C,seventy-seven^XZ\r\n^XA^S(CLR,Z,300^XZ\r\n^XA^S(CLR,P,^XZ\r\n"));
   EXPECT_EQ(std::string::npos, block.find("not backed up"));
+
+  std::map<std::uint32_t, std::string> ids;
+  for (std::uint32_t id = 1; id < 100; ++id) {
+    ids[id] = id < 65 || id > 67 ? "#" + std::to_string(id) : "";  // no prefix characters
+  }
+  std::string order;
+  const std::string numbered = block_with(ids);
+  for (std::size_t at = numbered.find('#'); at != std::string::npos; at = numbered.find('#', at + 1)) {
+    order += numbered.substr(at + 1, numbered.find('^', at) - at - 1) + " ";
+  }
+  EXPECT_EQ(
+      "6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 35 36 38 39 40 41 42 43 44 45 47 "
+      "48 49 50 51 52 53 54 55 56 57 77 3 4 5 76 78 79 80 82 83 ",
+      order);
+  EXPECT_TRUE(numbered.ends_with("#83^XZ\r\n^XA^JUS^XZ\r\n"));
 }
 
 TEST(BackupFormatTest, ThePrefixChangeNeedsAllThreeCharacters) {
@@ -187,16 +201,34 @@ TEST_F(BackupTest, AFetchThatFailsLeavesTheFinishedPiecesAndTheTrailer) {
 }
 
 TEST_F(BackupTest, AFilePastOneGibibyteTakesNothingMoreButTheTrailer) {
+  constexpr std::uint64_t kGibibyte = 0x40000000;
   world_.printer.PutFile("E:A.PNG", "a");
   LoadAll();
-  world_.before_send = [this] {
-    std::error_code error;  // grows while the printer is asked for the next file; sparse
-    std::filesystem::resize_file(std::filesystem::path(file_.Path()), 0x40000001, error);
-    ASSERT_FALSE(error);
-  };
-  EXPECT_EQ(TVMGR_FILE_TOO_LARGE, Backup([](TvmgrBackupInfo& info) { info.section_i = 1; }));
-  EXPECT_EQ(0x40000001U + kBackupTrailer.size(),
-            std::filesystem::file_size(std::filesystem::path(file_.Path())));
+  for (const std::uint64_t size : {kGibibyte, kGibibyte + 1}) {
+    world_.before_send = [this, size] {  // grows while the printer is asked for the next file; sparse
+      std::filesystem::resize_file(std::filesystem::path(file_.Path()), size);
+    };
+    EXPECT_EQ(size > kGibibyte ? TVMGR_FILE_TOO_LARGE : TVMGR_OK,
+              Backup([](TvmgrBackupInfo& info) { info.section_i = 1; }));
+    const std::uint64_t added = std::filesystem::file_size(std::filesystem::path(file_.Path())) - size;
+    EXPECT_EQ(size > kGibibyte, added == kBackupTrailer.size()) << added;
+    world_.before_send = nullptr;
+  }
+}
+
+TEST_F(BackupTest, GoesToTheFileThatItsPathMeantAtTheStartWhateverTheCurrentDirectory) {
+  const std::filesystem::path path(file_.Path());
+  const std::filesystem::path before = std::filesystem::current_path();
+  const WideString relative = path.filename().string<TvmgrChar>();
+  TvmgrBackupInfo info{};
+  info.path = relative.c_str();
+  info.section_c = 1;
+  TVMGR_UpdateBackupInfo(&info);
+  std::filesystem::current_path(path.parent_path());
+  world_.before_send = [&] { std::filesystem::current_path(before); };  // while the printer is loaded
+  EXPECT_EQ(TVMGR_OK, TVMGR_Backup(1));
+  EXPECT_TRUE(file_.Read().ends_with(kBackupTrailer));
+  EXPECT_FALSE(std::filesystem::exists(before / path.filename()));
   world_.before_send = nullptr;
 }
 
@@ -261,7 +293,7 @@ TEST_F(RestoreTest, FilesThatCannotBeReadSendNothing) {
   EXPECT_EQ(TVMGR_FILE_ERROR, TVMGR_Restore((file_.Path() + Wide(".missing")).c_str()));
   EXPECT_EQ(TVMGR_FILE_ERROR, TVMGR_Restore(nullptr));
   file_.Write("contents");
-  for (const std::size_t call : {2U, 3U}) {  // the size, the bytes
+  for (const std::size_t call : {3U, 4U}) {  // the size, the bytes
     world_.ClearLog();
     world_.fail_file_call = call;
     EXPECT_EQ(TVMGR_FILE_READ_ERROR, TVMGR_Restore(file_.Path().c_str()));

@@ -86,7 +86,7 @@ const std::vector<tagSweptOperation>& Operations() {
          TVMGR_SetUpdateList(12, reinterpret_cast<const std::uint8_t*>("new"), 3);
        },
        [] { return TVMGR_UpdatePrinterSetting(); },
-       {TVMGR_OK}},
+       {TVMGR_OK, TVMGR_PAYLOAD_UNREADABLE}},
       {"fetch",
        [](CTestWorld& world) {
          StoreFiles(world);

@@ -10,19 +10,62 @@ using testing::Not;
 
 class CFailuresTest : public CCliTest {};
 
-TEST_F(CFailuresTest, MissingPortLibraryIsNamedWithWhatToDo) {
+TEST_F(CFailuresTest, UnusableLibrariesAreNamedWithTheirPathAndWhatIsWrong) {
   namespace fs = std::filesystem;
   const fs::path alone = folder_ / "alone";
   fs::create_directories(alone);
-  for (const char* const file : {"tvmgr.exe", "TaviraManager.dll"}) {
-    fs::copy_file(ProgramFolder() / file, alone / file);
-  }
-  for (const std::string command : {"status", "files"}) {
-    const tagRun run = RunProgram(alone / "tvmgr.exe", {command});
+  fs::copy_file(ProgramFolder() / "tvmgr.exe", alone / "tvmgr.exe");
+  const std::string program = ReadFileBytes(ProgramFolder() / "tvmgr.exe");
+  const std::string manager = ReadFileBytes(ProgramFolder() / "TaviraManager.dll");
+  const std::string port = ReadFileBytes(ProgramFolder() / "Ferrolink.dll");
+  const auto pe = static_cast<unsigned char>(manager.at(0x3C));
+  std::string narrow = manager;
+  narrow.replace(pe + 4U, 2, "\x4C\x01");
+  const auto without = [](std::string bytes, const std::string& name) {
+    for (std::size_t at = bytes.find(name); at != std::string::npos; at = bytes.find(name, at)) {
+      bytes[at] = 'X';
+    }
+    return bytes;
+  };
+  const std::string damaged = "is no DLL, or it is damaged";
+  const struct {
+    std::string manager;
+    std::string port;
+    std::vector<std::string> words;
+  } cases[] = {
+      {"", port, {"TaviraManager.dll cannot be used", "alone\\TaviraManager.dll\" is not there"}},
+      {"text", port, {"alone\\TaviraManager.dll\" " + damaged}},
+      {manager.substr(0, 1000), port, {"alone\\TaviraManager.dll\" "}},
+      {narrow, port, {"is a DLL for 32-bit programs"}},
+      {port, port, {"is another DLL: it has none of the entry points TVMGR_Initialize"}},
+      {without(manager, "TVMGR_Restore"), port, {"lacks the entry points TVMGR_Restore"}},
+      {manager, "", {"Ferrolink.dll is not there", "alone\"", "beside tvmgr.exe"}},
+      {manager, "text", {"alone\\Ferrolink.dll\" " + damaged}},
+      {manager, program, {"alone\\Ferrolink.dll\" " + damaged}},
+      {manager, narrow, {"alone\\Ferrolink.dll\" is a DLL for 32-bit programs"}},
+      {manager, manager, {"is another DLL: it has none of the entry points Initialize, Terminate, SendData"}},
+      {manager, without(port, "SendData"), {"alone\\Ferrolink.dll\" lacks the entry points SendData"}},
+  };
+  for (const auto& broken : cases) {
+    for (const auto& [name, bytes] :
+         {std::pair("TaviraManager.dll", &broken.manager), {"Ferrolink.dll", &broken.port}}) {
+      fs::remove(alone / name);
+      if (!bytes->empty()) {
+        HostFile(std::string("alone\\") + name, *bytes);
+      }
+    }
+    const tagRun run = RunProgram(alone / "tvmgr.exe", {"status"});
     EXPECT_EQ(run.exit_code, 1U);
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err,
-                HasSubstr("-5: Ferrolink.dll is missing or incomplete: put the port library beside"));
+    for (const std::string& words : broken.words) {
+      EXPECT_THAT(run.err, HasSubstr(words));
+    }
+  }
+  // What needs no printer needs no library.
+  fs::remove(alone / "TaviraManager.dll");
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"codes"}, {"op", "--list"}, {"use", "USB001"}, {"--help"}, {"ports"}}) {
+    EXPECT_EQ(RunProgram(alone / "tvmgr.exe", arguments).exit_code, 0U) << arguments.front();
   }
 }
 

@@ -8,7 +8,6 @@
 #include "output/result_words.h"
 #include "output/settings_names.h"
 #include "output/text_encoding.h"
-#include "tavira/TaviraManager.h"
 
 namespace tvmgr {
 namespace {
@@ -29,10 +28,15 @@ std::string TextOf(const wchar_t* text) {
 }
 
 CManagerSession::CManagerSession(const tagGlobalOptions& options, bool choose) : options_(options) {
+  LoadManagerLibrary();
   const std::int32_t result = TVMGR_Initialize();
   if (result != TVMGR_OK) {
     // Also a failed start may have left a manager in place.
     TVMGR_Terminate();
+    if (result == TVMGR_PORT_LIBRARY_MISSING) {
+      throw CFailure(ExplainPortLibrary() + " (" + std::to_string(result) +
+                     "). Put the port library for 64 bits beside tvmgr.exe");
+    }
     Fail("starting the module", result);
   }
   try {

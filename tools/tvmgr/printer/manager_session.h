@@ -8,6 +8,7 @@
 
 #include "options/options.h"
 #include "output/console.h"
+#include "printer/manager_library.h"
 #include "printer/printer_choice.h"
 
 namespace tvmgr {

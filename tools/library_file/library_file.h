@@ -1,0 +1,28 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tvmgr {
+
+/** What a file is to a 64-bit program that wants to load it as a DLL with certain entry points. */
+enum class ELibraryFile {
+  kGood,
+  kNoLibrary,    /**< no Windows module, one that is cut off, or a program */
+  k32Bit,        /**< for 32-bit programs */
+  kOtherMachine, /**< 64 bits, but another processor */
+  kOtherLibrary, /**< exports none of the entry points */
+  kIncomplete    /**< lacks some of them */
+};
+
+struct tagLibraryFile {
+  ELibraryFile kind = ELibraryFile::kNoLibrary;
+  std::vector<std::string> missing; /**< entry points that it does not export; of a DLL that can be read */
+};
+
+/** Looks at a file's bytes, without loading it. Any bytes are safe. */
+tagLibraryFile InspectLibrary(std::string_view bytes, std::span<const char* const> entry_points);
+
+}  // namespace tvmgr

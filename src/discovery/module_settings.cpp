@@ -11,6 +11,16 @@ constexpr std::size_t kPathSize = 260;
 constexpr std::size_t kNameSize = 260;
 constexpr std::size_t kHubNameSize = 64;
 
+/** Setting.ini in the folder of a file; empty for none. */
+WideString BesideFile(WideString path) {
+  if (path.empty()) {
+    return path;
+  }
+  const std::size_t last = path.find_last_of(WidenAscii("\\/"));
+  path.resize(last == WideString::npos ? 0 : last + 1);
+  return path + WidenAscii(kFileName);
+}
+
 std::vector<WideString> ReadList(IProfileFile& file, const WideString& path, const char* section) {
   std::vector<WideString> list;
   for (int key = 0; key < kKeyCount; ++key) {
@@ -25,7 +35,7 @@ std::vector<WideString> ReadList(IProfileFile& file, const WideString& path, con
 }  // namespace
 
 std::int32_t CModuleSettings::ReadSupportedNames(tagSupportedNames& names) const {
-  const WideString path = Path();
+  const WideString path = ListsPath();
   if (path.empty()) {
     return kNoPath;
   }
@@ -34,24 +44,21 @@ std::int32_t CModuleSettings::ReadSupportedNames(tagSupportedNames& names) const
   return TVMGR_OK;
 }
 
-std::string CModuleSettings::UserHubName() const {
-  const WideString path = Path();
-  return path.empty() ? std::string() : file_.ReadAnsi(path, "Search", "UserUSBHubName", kHubNameSize);
+WideString CModuleSettings::UserHubName() const {
+  const WideString path = BesideFile(file_.ModulePath());
+  return path.empty() ? path : file_.ReadWide(path, "Search", "UserUSBHubName", kHubNameSize);
 }
 
 // The directory without its drive: the file is looked for on the current drive.
-WideString CModuleSettings::Path() const {
+WideString CModuleSettings::ListsPath() const {
   WideString path = file_.ModulePath();
-  if (path.empty() || path.size() >= kPathSize) {
+  if (path.size() >= kPathSize) {
     return {};
   }
   if (path.size() > 1 && path[1] == ':') {
     path.erase(0, 2);
   }
-  const WideString separators = WidenAscii("\\/");
-  const std::size_t last = path.find_last_of(separators);
-  path.resize(last == WideString::npos ? 0 : last + 1);
-  path += WidenAscii(kFileName);
+  path = BesideFile(std::move(path));
   return path.size() < kPathSize ? path : WideString();
 }
 

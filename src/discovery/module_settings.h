@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "platform/profile_file.h"
@@ -25,11 +24,11 @@ class CModuleSettings {
   /** Replaces both lists. 0, or −1 when the file has no path; the lists are then left as they were. */
   std::int32_t ReadSupportedNames(tagSupportedNames& names) const;
 
-  /** The service name of one more USB hub driver, up to 63 bytes in the ANSI code page; usually empty. */
-  std::string UserHubName() const;
+  /** The service name of one more USB hub driver, up to 63 characters; usually empty. */
+  WideString UserHubName() const;
 
  private:
-  WideString Path() const;
+  WideString ListsPath() const;
 
   IProfileFile& file_;
 };

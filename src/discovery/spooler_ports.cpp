@@ -12,7 +12,9 @@ constexpr std::string_view kTcpPorts =
     R"(SYSTEM\CurrentControlSet\Control\Print\Monitors\Standard TCP/IP Port\Ports)";
 constexpr std::string_view kInstalledPrinters = R"(SYSTEM\CurrentControlSet\Control\Print\Printers)";
 
+// Of ports without a printer, and of those whose printers Setting.ini does not name.
 constexpr std::size_t kNoRank = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kLastRank = kNoRank - 1;
 
 /** The name of the USB port of a printer interface: "USB" and a number of at least three digits. */
 WideString UsbPortName(IUsbInterfaceSet& interfaces, std::size_t index) {
@@ -36,14 +38,14 @@ std::size_t PlaceIn(const std::vector<WideString>& list, WideView name) {
   return static_cast<std::size_t>(found - list.begin());
 }
 
-/** 0 for the first supported printer, and on through the supported drivers; kNoRank for all others. */
+/** 0 for the first supported printer, and on through the supported drivers; kLastRank for all others. */
 std::size_t RankOf(const tagSupportedNames& supported, WideView printer, WideView driver) {
   const std::size_t place = PlaceIn(supported.printers, printer);
   if (place < supported.printers.size()) {
     return place;
   }
   const std::size_t driver_place = PlaceIn(supported.drivers, driver);
-  return driver_place < supported.drivers.size() ? supported.printers.size() + driver_place : kNoRank;
+  return driver_place < supported.drivers.size() ? supported.printers.size() + driver_place : kLastRank;
 }
 
 /**

@@ -18,7 +18,8 @@ class CSpoolerPorts final : public ISpoolerLookup {
   void FillFromPort(WideView port_name, tagFoundPrinter& printer) override;
 
   /**
-   * When several ports lead to the printer, the one with an installed printer that Setting.ini names first.
+   * When several ports lead to the printer, the one with an installed printer that Setting.ini names first; when it
+   * names none, the first one with an installed printer.
    */
   WideString FindPortName(const tagFoundPrinter& printer) override;
 

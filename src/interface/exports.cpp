@@ -1,6 +1,9 @@
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <thread>
 
 #include "manager/tavira_manager.h"
 #include "platform/platform.h"
@@ -12,7 +15,21 @@ using tavira::CTaviraManager;
 using tavira::ITaviraManager;
 
 /** The one manager of the process. */
-CTaviraManager* g_manager = nullptr;
+std::atomic<CTaviraManager*> g_manager{nullptr};
+
+/** How many calls may be using it just now: TVMGR_Terminate waits for those of other threads. */
+std::atomic<int> g_calls{0};
+
+/** Counts a call, from before it looks for the manager until it is through with it. */
+class CCall {
+ public:
+  CCall() { ++g_calls; }
+  ~CCall() { --g_calls; }
+  CCall(const CCall&) = delete;
+  CCall& operator=(const CCall&) = delete;
+
+  CTaviraManager* Manager() const { return g_manager; }
+};
 
 /**
  * The boundary: no exception but the invalid argument of a negative index leaves the module. What is left is
@@ -32,10 +49,12 @@ std::int32_t Guarded(Call call) {
 /** Calls one operation of the manager; −2 without one. */
 template <typename Object, typename... Parameters, typename... Arguments>
 std::int32_t Forward(std::int32_t (Object::*operation)(Parameters...), Arguments... arguments) {
-  if (g_manager == nullptr) {
+  const CCall call;
+  CTaviraManager* const manager = call.Manager();
+  if (manager == nullptr) {
     return TVMGR_NOT_INITIALIZED;
   }
-  return Guarded([&] { return (g_manager->*operation)(arguments...); });
+  return Guarded([&] { return (manager->*operation)(arguments...); });
 }
 
 }  // namespace
@@ -43,17 +62,24 @@ std::int32_t Forward(std::int32_t (Object::*operation)(Parameters...), Arguments
 extern "C" {
 
 int32_t TVMGR_Initialize(void) {
+  const CCall call;
   // An earlier manager is not released: a second call starts afresh, by definition.
   g_manager = nullptr;
   return Guarded([] {
-    g_manager = std::make_unique<CTaviraManager>(tavira::MakePlatform()).release();
-    return g_manager->Start();
+    CTaviraManager* const manager = std::make_unique<CTaviraManager>(tavira::MakePlatform()).release();
+    g_manager = manager;
+    return manager->Start();
   });
 }
 
 int32_t TVMGR_Terminate(void) {
-  delete g_manager;
-  g_manager = nullptr;
+  const std::unique_ptr<CTaviraManager> manager(g_manager.exchange(nullptr));
+  if (manager) {
+    manager->GiveUpSearch();
+    while (g_calls != 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
   return TVMGR_OK;
 }
 
@@ -62,7 +88,9 @@ int32_t TVMGR_LoadSetting(bool all, int32_t id) {
 }
 
 bool TVMGR_GetSettingValue(int32_t id, uint8_t* buffer, int32_t* length) {
-  return g_manager != nullptr && g_manager->GetSettingValue(id, buffer, length);
+  const CCall call;
+  CTaviraManager* const manager = call.Manager();
+  return manager != nullptr && manager->GetSettingValue(id, buffer, length);
 }
 
 int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info) {

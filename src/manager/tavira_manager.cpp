@@ -25,7 +25,8 @@ CTaviraManager::CTaviraManager(std::unique_ptr<IPlatform> platform)
       module_settings_(platform_->Profiles()),
       spooler_(platform_->LocalMachine(), platform_->Usb(), module_settings_),
       usb_printers_(platform_->Usb(), module_settings_, platform_->Text()),
-      search_(platform_->Sockets(), platform_->Clock(), platform_->Text(), usb_printers_),
+      search_({platform_->Sockets(), platform_->Threads(), platform_->Clock(), platform_->Text()},
+              usb_printers_),
       selection_(port_, spooler_) {}
 
 std::int32_t CTaviraManager::UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {

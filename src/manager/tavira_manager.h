@@ -34,6 +34,9 @@ class CTaviraManager final : public ITaviraManager {
   /** Makes the port link and loads the port library: 0, −3 or −5. */
   std::int32_t Start() { return port_.Start(); }
 
+  /** Ends what a call of another thread may be waiting for in a search, before the manager is destroyed. Any thread. */
+  void GiveUpSearch() { search_.GiveUp(); }
+
   std::int32_t UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
   std::int32_t GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
 

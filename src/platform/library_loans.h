@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <mutex>
 
+#include "platform/mutex.h"
+
 namespace tavira {
 
 /**
@@ -38,7 +40,7 @@ class CLibraryLoans {
  private:
   Load load_;
   Free free_;
-  std::mutex mutex_;
+  CMutex mutex_;
   void* library_ = nullptr;
   std::size_t loans_ = 0;
 };

@@ -9,6 +9,7 @@
 #include "platform/registry.h"
 #include "platform/sockets.h"
 #include "platform/text_codec.h"
+#include "platform/threads.h"
 #include "platform/usb_tree.h"
 
 namespace tavira {
@@ -22,6 +23,7 @@ class IPlatform {
   virtual ITextCodec& Text() = 0;
   virtual IFileSystem& Files() = 0;
   virtual ISockets& Sockets() = 0;
+  virtual IThreads& Threads() = 0;
   virtual IUsbTree& Usb() = 0;
   virtual IRegistryKey& LocalMachine() = 0;
   virtual IProfileFile& Profiles() = 0;

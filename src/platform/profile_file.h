@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <string>
 
 #include "platform/wide_string.h"
 
@@ -19,10 +18,6 @@ class IProfileFile {
   /** At most `buffer_size` − 1 characters of the value. */
   virtual WideString ReadWide(const WideString& path, const char* section, const char* key,
                               std::size_t buffer_size) = 0;
-
-  /** At most `buffer_size` − 1 bytes of the value, in the ANSI code page. */
-  virtual std::string ReadAnsi(const WideString& path, const char* section, const char* key,
-                               std::size_t buffer_size) = 0;
 
   /** The full path of the file that this code was loaded from; empty when the system does not tell it. */
   virtual WideString ModulePath() = 0;

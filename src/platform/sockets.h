@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -34,6 +35,13 @@ enum class ESocketOption {
   kSendTimeout,    /**< ms */
   kReceiveTimeout, /**< ms */
   kBroadcast,      /**< not 0: datagrams may go to a broadcast address */
+  kReceiveBuffer,  /**< bytes that wait at most; the system may take less */
+};
+
+/** One of the sockets that are waited for. */
+struct tagSocketPoll {
+  SocketHandle socket = kInvalidSocket;
+  bool is_readable = false; /**< the outcome: a receive would not wait, though it may fail */
 };
 
 /** Error numbers and control commands are those of Windows on every platform. */
@@ -49,14 +57,17 @@ inline constexpr std::uint32_t kControlBytesWaiting = 0x4004667F;
 /**
  * The system's IPv4 sockets. Starts them when first needed, once; any thread may call at any time.
  *
- * Nothing throws but Resolve. Whatever fails leaves its number in LastError until the same thread's next
- * call.
+ * Nothing throws but Resolve, and Poll for several sockets (std::bad_alloc). Whatever fails leaves its number
+ * in LastError until the same thread's next call.
  */
 class ISockets {
  public:
   virtual ~ISockets() = default;
 
-  /** `type` as given; a number that names no type of socket fails. kInvalidSocket on failure. */
+  /**
+   * `type` as given; a number that names no type of socket fails. kInvalidSocket on failure. A datagram socket does
+   * not report that a peer has refused what it sent, where the system leaves the choice.
+   */
   virtual SocketHandle Create(std::int32_t type) = 0;
   /** Address 0: any of this machine's; port 0: a free one. */
   virtual bool Bind(SocketHandle socket, const tagEndpoint& local) = 0;
@@ -76,8 +87,16 @@ class ISockets {
   virtual std::int32_t ReceiveFrom(SocketHandle socket, void* buffer, std::size_t size,
                                    tagEndpoint& from) = 0;
 
-  /** 1 when a receive would not wait, 0 when it still would after `wait_ms`, −1 on failure. */
-  virtual std::int32_t PollReadable(SocketHandle socket, std::uint32_t wait_ms) = 0;
+  /**
+   * Waits for the first of the sockets, of which there is at least one, to become readable, and marks all that are:
+   * how many, 0 when none is after `wait_ms`, −1 on failure. Any number of sockets.
+   */
+  virtual std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t wait_ms) = 0;
+  /** The same for one socket. */
+  std::int32_t PollReadable(SocketHandle socket, std::uint32_t wait_ms) {
+    tagSocketPoll poll{socket};
+    return Poll({&poll, 1}, wait_ms);
+  }
 
   virtual bool SetOption(SocketHandle socket, ESocketOption option, std::uint32_t value) = 0;
   /** The socket's I/O control, one of the commands above. */

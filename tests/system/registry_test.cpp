@@ -63,7 +63,6 @@ TEST_F(RegistryTest, TheSpoolersPortsAreFoundWhereWindowsKeepsThem) {
     WideString ReadWide(const WideString&, const char* section, const char* key, std::size_t) override {
       return std::string(section) + key == "SupportPrinter4" ? L"label" : L"";
     }
-    std::string ReadAnsi(const WideString&, const char*, const char*, std::size_t) override { return {}; }
     WideString ModulePath() override { return L"C:\\m.dll"; }
   } profile;
 

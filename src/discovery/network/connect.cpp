@@ -1,8 +1,5 @@
 #include "discovery/network/connect.h"
 
-#include <new>
-#include <system_error>
-
 namespace tavira {
 namespace {
 
@@ -10,39 +7,33 @@ constexpr std::uint32_t kRequestPollMs = 100;
 
 }  // namespace
 
-CConnect::CConnect(ISockets& sockets, IClock& clock, std::int32_t type, const tagEndpoint& remote,
+CConnect::CConnect(const tagNetPlatform& platform, std::int32_t type, const tagEndpoint& remote,
                    tagNetError& error)
-    : sockets_(sockets), clock_(clock), type_(type), remote_(remote), error_(error), socket_(sockets) {}
+    : platform_(platform), type_(type), remote_(remote), error_(error), socket_(platform.sockets) {}
 
 CConnect::~CConnect() {
   running_ = 0;
-  if (thread_.joinable()) {
-    thread_.join();
-  }
+  thread_.reset();
 }
 
 bool CConnect::StartConnectThread() {
-  constexpr const char* kText = "CConnect::startConnectThread CreateThread():";
   // Before the thread exists: set by the thread itself, it could come after the destructor's clearing.
   running_ = 1;
-  try {
-    thread_ = std::thread(&CConnect::Run, this);
-    return true;
-  } catch (const std::system_error& failure) {
-    error_ = {static_cast<std::uint32_t>(failure.code().value()), kText};
-  } catch (const std::bad_alloc&) {
-    error_ = {static_cast<std::uint32_t>(std::errc::not_enough_memory), kText};
+  std::uint32_t code = 0;
+  thread_ = platform_.threads.Start([this] { Run(); }, code);
+  if (!thread_) {
+    error_ = {code, "CConnect::startConnectThread CreateThread():"};
   }
-  return false;
+  return thread_ != nullptr;
 }
 
 bool CConnect::PrepareSocket() {
-  socket_.Reset(sockets_.Create(type_));
+  socket_.Reset(platform_.sockets.Create(type_));
   if (!socket_.IsOpen()) {
     Fail("socket():");
     return false;
   }
-  if (!sockets_.Bind(socket_.Get(), {})) {
+  if (!platform_.sockets.Bind(socket_.Get(), {})) {
     Fail("bind():");
     socket_.Reset();
     return false;
@@ -70,13 +61,13 @@ void CConnect::Run() noexcept {
       TryToConnect();
       connect_requested_ = 0;
     }
-    clock_.Sleep(kRequestPollMs);
+    platform_.clock.Sleep(kRequestPollMs);
   }
 }
 
 void CConnect::TryToConnect() {
-  const bool connected = sockets_.Connect(socket_.Get(), remote_);
-  connect_error_ = connected ? kSocketErrorTimedOut : sockets_.LastError();
+  const bool connected = platform_.sockets.Connect(socket_.Get(), remote_);
+  connect_error_ = connected ? kSocketErrorTimedOut : platform_.sockets.LastError();
   if (connected && cancel_ == 0) {
     state_ = kConnected;
     return;
@@ -86,7 +77,7 @@ void CConnect::TryToConnect() {
 }
 
 void CConnect::Fail(const char* text) {
-  error_ = {sockets_.LastError(), text};
+  error_ = {platform_.sockets.LastError(), text};
 }
 
 }  // namespace tavira

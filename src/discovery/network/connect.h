@@ -2,10 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
-#include <thread>
+#include <memory>
 
-#include "platform/clock.h"
-#include "platform/sockets.h"
+#include "discovery/network/net_platform.h"
 
 namespace tavira {
 
@@ -24,14 +23,14 @@ struct tagNetError {
 class CConnect {
  public:
   /** `error` is the owner's and is written on the owner's thread alone. */
-  CConnect(ISockets& sockets, IClock& clock, std::int32_t type, const tagEndpoint& remote,
-           tagNetError& error);
+  CConnect(const tagNetPlatform& platform, std::int32_t type, const tagEndpoint& remote, tagNetError& error);
 
   /** Waits for the thread: up to 100 ms, and for a connect still hanging until the system gives it up. */
   ~CConnect();
   CConnect(const CConnect&) = delete;
   CConnect& operator=(const CConnect&) = delete;
 
+  /** Throws std::bad_alloc. */
   bool StartConnectThread();
 
   /** Creates the socket and binds it to any local address. */
@@ -60,8 +59,7 @@ class CConnect {
   void TryToConnect();
   void Fail(const char* text);
 
-  ISockets& sockets_;
-  IClock& clock_;
+  const tagNetPlatform platform_;
   const std::int32_t type_;
   const tagEndpoint remote_;
   tagNetError& error_;
@@ -74,7 +72,7 @@ class CConnect {
   std::atomic<std::int32_t> connect_requested_{0};
   std::atomic<std::int32_t> state_{kNone};
   std::atomic<std::int32_t> cancel_{0};
-  std::thread thread_;
+  std::unique_ptr<IThread> thread_;
 };
 
 }  // namespace tavira

@@ -31,12 +31,8 @@ std::uint16_t DrawLocalPort(IClock& clock) {
 
 }  // namespace
 
-CSocketProc::CSocketProc(ISockets& sockets, IClock& clock, ITextCodec& codec)
-    : sockets_(sockets),
-      clock_(clock),
-      codec_(codec),
-      lock_(std::make_unique<std::mutex>()),
-      socket_(sockets) {}
+CSocketProc::CSocketProc(const tagNetPlatform& platform)
+    : platform_(platform), lock_(std::make_unique<CMutex>()), socket_(platform.sockets) {}
 
 CSocketProc::~CSocketProc() {
   CSocketProc::Close(0);
@@ -64,7 +60,7 @@ std::uint32_t CSocketProc::Open(const tagNetAddress* address, std::uint32_t sele
 
 std::uint32_t CSocketProc::Close(std::uint32_t flag) {
   OnClose(flag);
-  const auto guard = lock_ ? std::unique_lock(*lock_) : std::unique_lock<std::mutex>();
+  const auto guard = lock_ ? std::unique_lock(*lock_) : std::unique_lock<CMutex>();
   socket_.Reset();
   DestroyConnectors();
   return kNetDone;
@@ -79,8 +75,8 @@ void CSocketProc::DestroyConnectors() {
 std::uint32_t CSocketProc::Resolve(const tagNetAddress& address) {
   const TvmgrChar* end = std::find(std::begin(address.host), std::end(address.host), TvmgrChar{});
   const std::string host =
-      codec_.ToAnsi(WideView(address.host, static_cast<std::size_t>(end - address.host)));
-  return sockets_.Resolve(host).value_or(0);
+      platform_.text.ToAnsi(WideView(address.host, static_cast<std::size_t>(end - address.host)));
+  return platform_.sockets.Resolve(host).value_or(0);
 }
 
 void CSocketProc::ChooseProtocol(std::uint32_t selector) {
@@ -99,11 +95,12 @@ std::uint32_t CSocketProc::OpenProtocol(std::uint32_t selector) {
 }
 
 std::uint32_t CSocketProc::OpenDatagram(std::uint32_t selector) {
-  socket_.Reset(sockets_.Create(type_));
+  socket_.Reset(platform_.sockets.Create(type_));
   if (!HasSocket()) {
     return Fail("socket():");
   }
-  if (selector == kSelectorTransfer && !sockets_.Bind(socket_.Get(), {0, DrawLocalPort(clock_)})) {
+  if (selector == kSelectorTransfer &&
+      !platform_.sockets.Bind(socket_.Get(), {0, DrawLocalPort(platform_.clock)})) {
     return kNetFailed;
   }
   return SetTimeouts(kDatagramTimeoutSeconds);
@@ -118,30 +115,30 @@ std::uint32_t CSocketProc::ConnectDirectly() {
   constexpr int kAttempts = 4;
   constexpr std::uint32_t kPauseMs = 500;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    socket_.Reset(sockets_.Create(type_));
+    socket_.Reset(platform_.sockets.Create(type_));
     if (!HasSocket()) {
       return Fail("socket():");
     }
-    if (!sockets_.Bind(socket_.Get(), {})) {
+    if (!platform_.sockets.Bind(socket_.Get(), {})) {
       return Fail("bind():");
     }
-    const bool connected = sockets_.Connect(socket_.Get(), remote_);
+    const bool connected = platform_.sockets.Connect(socket_.Get(), remote_);
     if (!connected) {
       Fail("connect():");
     }
-    clock_.Sleep(kPauseMs);
+    platform_.clock.Sleep(kPauseMs);
     if (connected) {
       return kNetDone;
     }
     socket_.Reset();
-    clock_.Sleep(kPauseMs);
+    platform_.clock.Sleep(kPauseMs);
   }
   return kNetFailed;
 }
 
 std::uint32_t CSocketProc::ConnectByThreads() {
   for (auto& slot : connectors_) {
-    slot = std::make_unique<CConnect>(sockets_, clock_, type_, remote_, error_);
+    slot = std::make_unique<CConnect>(platform_, type_, remote_, error_);
     bool go_on = false;
     if (TryConnector(*slot, go_on)) {
       return kNetDone;
@@ -166,7 +163,7 @@ bool CSocketProc::TryConnector(CConnect& connector, bool& go_on) {
   connector.RequestConnect();
   // A connect that fails early still takes its whole time: the printer gets it to come up.
   for (std::uint32_t poll = 0; poll < kWaitMs / kPollMs; ++poll) {
-    clock_.Sleep(kPollMs);
+    platform_.clock.Sleep(kPollMs);
     if (connector.IsConnected()) {
       socket_.Reset(connector.TakeSocket());
       return true;
@@ -188,7 +185,7 @@ std::uint32_t CSocketProc::SetSendTimeout(std::uint32_t seconds) {
   if (!HasSocket()) {
     return kNetFailed;
   }
-  return sockets_.SetOption(socket_.Get(), ESocketOption::kSendTimeout, seconds * 1000)
+  return platform_.sockets.SetOption(socket_.Get(), ESocketOption::kSendTimeout, seconds * 1000)
              ? kNetDone
              : Fail("setsockopt():");
 }
@@ -198,7 +195,7 @@ std::uint32_t CSocketProc::SetReceiveTimeout(std::uint32_t seconds) {
   if (!HasSocket()) {
     return kNetFailed;
   }
-  return sockets_.SetOption(socket_.Get(), ESocketOption::kReceiveTimeout, receive_wait_ms_)
+  return platform_.sockets.SetOption(socket_.Get(), ESocketOption::kReceiveTimeout, receive_wait_ms_)
              ? kNetDone
              : Fail("setsockopt():");
 }
@@ -216,8 +213,9 @@ std::uint32_t CSocketProc::Receive(void* buffer, std::uint32_t size, std::uint32
     return kNetFailed;
   }
   const bool is_stream = type_ == kStreamSocket;
-  const std::int32_t received = is_stream ? sockets_.Receive(socket_.Get(), buffer, size)
-                                          : sockets_.ReceiveFrom(socket_.Get(), buffer, size, sender_);
+  const std::int32_t received = is_stream
+                                    ? platform_.sockets.Receive(socket_.Get(), buffer, size)
+                                    : platform_.sockets.ReceiveFrom(socket_.Get(), buffer, size, sender_);
   if (received < 0) {
     Fail("recv():");
     return error_.code == kSocketErrorTimedOut ? kNetNothingReceived : kNetFailed;
@@ -241,14 +239,14 @@ std::uint32_t CSocketProc::ReceiveWait(void* buffer, std::uint32_t size, std::ui
 }
 
 std::uint32_t CSocketProc::WaitUntilReadable(bool wait) {
-  std::int32_t readable = sockets_.PollReadable(socket_.Get(), 0);
-  clock_.Sleep(0);
+  std::int32_t readable = platform_.sockets.PollReadable(socket_.Get(), 0);
+  platform_.clock.Sleep(0);
   std::uint32_t waited = 0;
-  std::uint32_t last_reading = clock_.TickCount();
+  std::uint32_t last_reading = platform_.clock.TickCount();
   while (readable == 0 && wait && waited < receive_wait_ms_) {
-    clock_.Sleep(kReceivePollMs);
-    readable = sockets_.PollReadable(socket_.Get(), 0);
-    const std::uint32_t now = clock_.TickCount();
+    platform_.clock.Sleep(kReceivePollMs);
+    readable = platform_.sockets.PollReadable(socket_.Get(), 0);
+    const std::uint32_t now = platform_.clock.TickCount();
     waited += now - last_reading;
     last_reading = now;
   }
@@ -264,8 +262,8 @@ std::uint32_t CSocketProc::Send(const void* bytes, std::uint32_t size, std::uint
   }
   std::int32_t sent = 0;
   if (size != 0) {
-    sent = type_ == kStreamSocket ? sockets_.Send(socket_.Get(), bytes, size)
-                                  : sockets_.SendTo(socket_.Get(), bytes, size, remote_);
+    sent = type_ == kStreamSocket ? platform_.sockets.Send(socket_.Get(), bytes, size)
+                                  : platform_.sockets.SendTo(socket_.Get(), bytes, size, remote_);
   }
   if (sent < 0) {
     return Fail("send():");
@@ -277,7 +275,8 @@ std::uint32_t CSocketProc::Send(const void* bytes, std::uint32_t size, std::uint
 }
 
 std::uint32_t CSocketProc::Control(std::uint32_t command, std::uint32_t* argument) {
-  const bool done = HasSocket() && argument != nullptr && sockets_.Control(socket_.Get(), command, *argument);
+  const bool done =
+      HasSocket() && argument != nullptr && platform_.sockets.Control(socket_.Get(), command, *argument);
   return done ? kNetDone : kNetFailed;
 }
 
@@ -290,7 +289,7 @@ std::uint16_t CSocketProc::GetRemotePort() {
 }
 
 std::uint32_t CSocketProc::Fail(const char* text) {
-  error_ = {sockets_.LastError(), text};
+  error_ = {platform_.sockets.LastError(), text};
   return kNetFailed;
 }
 

@@ -2,20 +2,18 @@
 
 #include <array>
 #include <memory>
-#include <mutex>
 
 #include "discovery/network/connect.h"
+#include "discovery/network/net_platform.h"
 #include "discovery/network/net_proc.h"
-#include "platform/clock.h"
-#include "platform/sockets.h"
-#include "platform/text_codec.h"
+#include "platform/mutex.h"
 
 namespace tavira {
 
 /** A connection to a printer over TCP or UDP. */
 class CSocketProc : public INetProc {
  public:
-  CSocketProc(ISockets& sockets, IClock& clock, ITextCodec& codec);
+  explicit CSocketProc(const tagNetPlatform& platform);
   ~CSocketProc() override;
   CSocketProc(const CSocketProc&) = delete;
   CSocketProc& operator=(const CSocketProc&) = delete;
@@ -40,6 +38,13 @@ class CSocketProc : public INetProc {
   void OnClose(std::uint32_t) override {}
   void SetSpareFlag(std::uint32_t flag) override { spare_flag_ = flag; }
 
+  /** For waiting for several connections at once; still this object's. */
+  SocketHandle Socket() const { return socket_.Get(); }
+  /** Whom Open has resolved, with the port that the next Send goes to. */
+  const tagEndpoint& Remote() const { return remote_; }
+  /** Where the last datagram came from. */
+  const tagEndpoint& Sender() const { return sender_; }
+
  private:
   static constexpr std::size_t kConnectorCount = 5;
 
@@ -57,11 +62,9 @@ class CSocketProc : public INetProc {
   bool HasSocket() const { return socket_.IsOpen(); }
   std::uint32_t Fail(const char* text);
 
-  ISockets& sockets_;
-  IClock& clock_;
-  ITextCodec& codec_;
+  const tagNetPlatform platform_;
 
-  std::unique_ptr<std::mutex> lock_;  // Open and Close; none after Release
+  std::unique_ptr<CMutex> lock_;  // Open and Close; none after Release
   std::array<std::unique_ptr<CConnect>, kConnectorCount> connectors_;
   CSocket socket_;
   tagEndpoint sender_;  // of the last datagram

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <new>
 #include <stdexcept>
-#include <system_error>
 
 namespace tavira {
 namespace {
@@ -11,7 +10,7 @@ namespace {
 constexpr std::uint32_t kUsb = TVMGR_SEARCH_USB;
 constexpr std::uint32_t kNetwork = TVMGR_SEARCH_NETWORK;
 
-// How often the worker looks after the broadcast socket and for an early end of the search.
+// How often the worker looks after the broadcast socket.
 constexpr std::uint32_t kTurnMs = 20;
 
 tagFoundPrinter MakeRecord(const tagUsbRawEntry& entry) {
@@ -21,27 +20,20 @@ tagFoundPrinter MakeRecord(const tagUsbRawEntry& entry) {
 
 }  // namespace
 
-CPrinterSearch::CPrinterSearch(ISockets& sockets, IClock& clock, ITextCodec& codec, IUsbPrinterSource& usb,
+CPrinterSearch::CPrinterSearch(const tagNetPlatform& platform, IUsbPrinterSource& usb,
                                const tagSearchNetwork& network, std::uint32_t search_time_s)
-    : sockets_(sockets),
-      clock_(clock),
-      codec_(codec),
-      usb_(usb),
-      network_settings_(network),
-      search_time_ms_(search_time_s * 1000) {}
+    : platform_(platform), usb_(usb), network_settings_(network), search_time_ms_(search_time_s * 1000) {}
 
 CPrinterSearch::~CPrinterSearch() {
-  closing_.request_stop();
-  WaitForWorker();
+  GiveUp();
+  worker_.reset();
 }
 
 std::int32_t CPrinterSearch::Start(std::uint32_t kind, std::uint32_t) {
   const std::lock_guard starts_guard(starts_lock_);
   // Outside the start-stop lock, which the worker itself needs for its stop.
-  WaitForWorker();
+  worker_.reset();
   const std::lock_guard guard(start_stop_lock_);
-  kind_ = kind;
-  is_ended_ = false;
   SetStatus(1);
   const std::int32_t result = OpenSearch(kind);
   return StartWorker(kind) ? result : TVMGR_PORT_NOT_READY;
@@ -63,6 +55,7 @@ std::int32_t CPrinterSearch::OpenSearch(std::uint32_t kind) {
 
 std::int32_t CPrinterSearch::OpenUsb() {
   const std::lock_guard guard(usb_list_lock_);
+  has_results_[kUsb] = false;
   usb_raw_.clear();
   try {
     usb_raw_ = usb_.Enumerate();
@@ -74,9 +67,10 @@ std::int32_t CPrinterSearch::OpenUsb() {
 
 std::int32_t CPrinterSearch::OpenNetwork() {
   const std::lock_guard guard(network_list_lock_);
+  has_results_[kNetwork] = false;
   network_.reset();
   try {
-    network_ = std::make_unique<CTVAsyncSocket>(sockets_, clock_, codec_, network_settings_);
+    network_ = std::make_unique<CTVAsyncSocket>(platform_, network_settings_);
     return network_->OpenBroadcast() ? TVMGR_OK : TVMGR_SEARCH_FAILED;
   } catch (const std::bad_alloc&) {
     return TVMGR_OUT_OF_MEMORY;
@@ -90,22 +84,19 @@ std::int32_t CPrinterSearch::Stop(std::uint32_t kind) {
 
 std::int32_t CPrinterSearch::EndSearch(std::uint32_t kind) {
   const std::int32_t result = MakeResults(kind);
-  if (kind == kind_) {
-    is_ended_ = true;
-  }
   SetStatus(0);
   return result;
 }
 
 std::int32_t CPrinterSearch::MakeResults(std::uint32_t kind) {
+  if (kind != kUsb && kind != kNetwork) {
+    return TVMGR_BAD_ARGUMENT;
+  }
+  if (has_results_[kind]) {
+    return TVMGR_OK;  // the worker comes after the host: what was found stays, even without memory for a copy
+  }
   try {
-    if (kind == kUsb) {
-      MakeUsbResults();
-    } else if (kind == kNetwork) {
-      MakeNetworkResults();
-    } else {
-      return TVMGR_BAD_ARGUMENT;
-    }
+    kind == kUsb ? MakeUsbResults() : MakeNetworkResults();
     return TVMGR_OK;
   } catch (const std::bad_alloc&) {
     return TVMGR_OUT_OF_MEMORY;
@@ -116,6 +107,7 @@ void CPrinterSearch::MakeUsbResults() {
   const std::lock_guard guard(usb_list_lock_);
   usb_found_.clear();
   std::transform(usb_raw_.begin(), usb_raw_.end(), std::back_inserter(usb_found_), MakeRecord);
+  has_results_[kUsb] = true;
 }
 
 void CPrinterSearch::MakeNetworkResults() {
@@ -124,8 +116,9 @@ void CPrinterSearch::MakeNetworkResults() {
   }
   const std::lock_guard guard(network_list_lock_);
   network_found_.clear();
-  network_->Collect(closing_.get_token());
+  const bool is_collected = network_->Collect(given_up_);
   network_found_ = network_->FoundPrinters();
+  has_results_[kNetwork] = is_collected;
 }
 
 std::int32_t CPrinterSearch::Status() const {
@@ -162,46 +155,28 @@ std::int32_t CPrinterSearch::GetInfo(std::int32_t kind, std::int32_t index, Tvmg
 }
 
 bool CPrinterSearch::StartWorker(std::uint32_t kind) {
-  worker_runs_ = false;
   try {
-    worker_ = std::thread(&CPrinterSearch::RunWorker, this, kind);
-  } catch (const std::system_error&) {
-    return false;
-  } catch (const std::bad_alloc&) {
-    return false;
+    std::uint32_t error = 0;
+    worker_ = platform_.threads.Start([this, kind] { RunWorker(kind); }, error);
+  } catch (const std::bad_alloc&) {  // as without a thread
   }
-  std::unique_lock guard(worker_runs_lock_);
-  worker_runs_changed_.wait(guard, [this] { return worker_runs_; });
-  return true;
-}
-
-void CPrinterSearch::WaitForWorker() {
-  if (worker_.joinable()) {
-    worker_.join();
-  }
+  return worker_ != nullptr;
 }
 
 void CPrinterSearch::RunWorker(std::uint32_t kind) noexcept {
-  {
-    const std::lock_guard guard(worker_runs_lock_);
-    worker_runs_ = true;
-    worker_runs_changed_.notify_one();
-  }
   WaitOutSearch(kind);
-  if (!closing_.stop_requested()) {
-    Stop(kind);
-  }
+  Stop(kind);
 }
 
 void CPrinterSearch::WaitOutSearch(std::uint32_t kind) {
   std::uint32_t waited = 0;
-  std::uint32_t last_reading = clock_.TickCount();
-  while (waited < search_time_ms_ && !is_ended_ && !closing_.stop_requested()) {
-    clock_.Sleep(std::min(kTurnMs, search_time_ms_ - waited));
+  std::uint32_t last_reading = platform_.clock.TickCount();
+  while (waited < search_time_ms_) {
+    platform_.clock.Sleep(std::min(kTurnMs, search_time_ms_ - waited));
     if (kind == kNetwork && network_) {
       network_->Serve();
     }
-    const std::uint32_t now = clock_.TickCount();
+    const std::uint32_t now = platform_.clock.TickCount();
     waited += now - last_reading;
     last_reading = now;
   }

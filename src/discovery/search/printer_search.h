@@ -1,43 +1,42 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <stop_token>
-#include <thread>
 #include <vector>
 
 #include "discovery/found_printer.h"
 #include "discovery/search/tv_async_socket.h"
 #include "discovery/usb/usb_printer_source.h"
+#include "platform/mutex.h"
 
 namespace tavira {
 
 /**
  * The timed printer search over USB or the network.
  *
- * A start returns at once; a worker thread ends the search after its time, or the host does before. All
- * operations may be called from several threads; destruction only when none of them runs.
+ * A start returns at once; a worker thread sleeps the whole search time, also when the host ends the search before,
+ * and then ends the search. All operations may be called from several threads; destruction only when none of them
+ * runs.
  */
 class CPrinterSearch {
  public:
   /** What is passed by reference outlives the object and is used by its worker too. */
-  CPrinterSearch(ISockets& sockets, IClock& clock, ITextCodec& codec, IUsbPrinterSource& usb,
-                 const tagSearchNetwork& network = {}, std::uint32_t search_time_s = 3);
+  CPrinterSearch(const tagNetPlatform& platform, IUsbPrinterSource& usb, const tagSearchNetwork& network = {},
+                 std::uint32_t search_time_s = 3);
 
   /**
-   * Ends a running search: waits for its worker, at most as long as a search
-   * or one silent printer takes (3 s).
+   * Waits for the worker of the last search, which sleeps out the search time (3 s from the start); printers that are
+   * being asked are given up.
    */
   ~CPrinterSearch();
   CPrinterSearch(const CPrinterSearch&) = delete;
   CPrinterSearch& operator=(const CPrinterSearch&) = delete;
 
   /**
-   * Starts a search of one kind after waiting for an earlier search's end. A network search that fails to
-   * start is stopped at once. `timeout` changes nothing: a search always takes the search time.
+   * Starts a search of one kind after waiting for the earlier search's worker: up to 3 s from that search's start, and
+   * up to 36 s more while it asks printers that have fallen silent. A network search that fails to start is stopped
+   * at once. `timeout` changes nothing: a search always takes the search time.
    *
    * 0, −3 no memory for the search, −9 the broadcast failed, −7 unknown kind, −1 no thread to end the search
    * (the host's stop does then).
@@ -47,10 +46,16 @@ class CPrinterSearch {
   /**
    * Ends the search and makes its results. 0, −7 unknown kind, −3 no memory for the results.
    *
-   * Asks every network printer that has announced itself for its names, once per search. Two questions; each
-   * that a printer leaves unanswered costs 18 s.
+   * Asks the network printers that have announced themselves for their names, all at the same time, once per search:
+   * as long as the slowest of them takes, at most 36 s (two answers of up to 18 s), however many are silent.
    */
   std::int32_t Stop(std::uint32_t kind);
+
+  /**
+   * For good: printers that are being asked are given up within 100 ms, without results, and none are asked any more.
+   * Any thread; does not wait.
+   */
+  void GiveUp() { given_up_ = true; }
 
   /** 1 while a search runs, else 0. Never waits for a search. */
   std::int32_t Status() const;
@@ -58,7 +63,7 @@ class CPrinterSearch {
   /**
    * Writes the number of printers of the last search of a kind, and the printer `index` into the host's
    * record when there is such a one; both may be null. 0 or −7. Waits while the results of that kind are
-   * made.
+   * made: up to 36 s.
    *
    * Throws std::invalid_argument for a negative index with a record, std::bad_alloc with the record
    * unchanged.
@@ -78,38 +83,31 @@ class CPrinterSearch {
   void MakeNetworkResults();
   void SetStatus(std::int32_t status);
   bool StartWorker(std::uint32_t kind);
-  void WaitForWorker();
   void RunWorker(std::uint32_t kind) noexcept;
   void WaitOutSearch(std::uint32_t kind);
 
-  ISockets& sockets_;
-  IClock& clock_;
-  ITextCodec& codec_;
+  const tagNetPlatform platform_;
   IUsbPrinterSource& usb_;
   const tagSearchNetwork network_settings_;
   const std::uint32_t search_time_ms_;
 
-  std::mutex starts_lock_;       // one start at a time, the wait for the earlier worker included
-  std::thread worker_;           // under starts_lock_
-  std::mutex worker_runs_lock_;  // no semaphore: MinGW's can miss its wake-up
-  std::condition_variable worker_runs_changed_;
-  bool worker_runs_ = false;
-  std::stop_source closing_;
+  std::atomic<bool> given_up_{false};
 
   // Taken in this order where two are held.
-  std::mutex start_stop_lock_;
-  mutable std::mutex usb_list_lock_;
-  mutable std::mutex network_list_lock_;
-  mutable std::mutex status_lock_;
+  CMutex starts_lock_;  // one start at a time, the wait for the earlier worker included
+  CMutex start_stop_lock_;
+  mutable CMutex usb_list_lock_;
+  mutable CMutex network_list_lock_;
+  mutable CMutex status_lock_;
 
-  std::uint32_t kind_ = 2;  // of the last search, under start_stop_lock_; 2: none yet
-  std::atomic<bool> is_ended_{true};
+  bool has_results_[2] = {};  // of the last search, by kind; under start_stop_lock_
   std::int32_t status_ = 0;
   std::vector<tagUsbRawEntry> usb_raw_;
   FoundList usb_found_;
   // Replaced only while no worker runs, which uses it without the list's lock.
   std::unique_ptr<CTVAsyncSocket> network_;
   FoundList network_found_;
+  std::unique_ptr<IThread> worker_;  // under starts_lock_; it uses all of the above
 };
 
 }  // namespace tavira

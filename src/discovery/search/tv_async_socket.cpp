@@ -2,27 +2,23 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 
-#include "discovery/network/socket_proc.h"
-#include "discovery/search/upiqldp.h"
+#include "discovery/search/answer_collection.h"
 
 namespace tavira {
 namespace {
 
+// Room for the announcements of all printers at once; most systems have less by themselves.
+constexpr std::uint32_t kReceiveBuffer = 1U << 20;
 // What one Serve takes at most, so that a flood of datagrams cannot hold up the end of the search.
-constexpr int kMaxDatagramsPerTurn = 64;
-
-std::string DottedText(std::uint32_t address) {
-  return std::to_string(address >> 24) + '.' + std::to_string(address >> 16 & 0xFF) + '.' +
-         std::to_string(address >> 8 & 0xFF) + '.' + std::to_string(address & 0xFF);
-}
+constexpr int kMaxDatagramsPerTurn = 256;
+// At the end of the search: more than the receive buffer holds, unless they keep coming.
+constexpr int kMaxDatagramsAtEnd = 1 << 14;
 
 }  // namespace
 
-CTVAsyncSocket::CTVAsyncSocket(ISockets& sockets, IClock& clock, ITextCodec& codec,
-                               const tagSearchNetwork& network)
-    : sockets_(sockets), clock_(clock), codec_(codec), network_(network), socket_(sockets) {}
+CTVAsyncSocket::CTVAsyncSocket(const tagNetPlatform& platform, const tagSearchNetwork& network)
+    : platform_(platform), network_(network), socket_(platform.sockets) {}
 
 bool CTVAsyncSocket::OpenBroadcast() {
   const std::lock_guard guard(lock_);
@@ -30,96 +26,76 @@ bool CTVAsyncSocket::OpenBroadcast() {
   is_collected_ = false;
   found_.clear();
   addresses_.clear();
+  addresses_.reserve(kMaxSearchedPrinters);
   const std::string datagram = BuildBroadcast();
-  return MakeSocket() && sockets_.SendTo(socket_.Get(), datagram.data(), datagram.size(),
-                                         {network_.broadcast_address, network_.port}) ==
+  return MakeSocket() && platform_.sockets.SendTo(socket_.Get(), datagram.data(), datagram.size(),
+                                                  {network_.broadcast_address, network_.port}) ==
                              static_cast<std::int32_t>(datagram.size());
 }
 
 bool CTVAsyncSocket::MakeSocket() {
-  socket_.Reset(sockets_.Create(kDatagramSocket));
+  ISockets& sockets = platform_.sockets;
+  socket_.Reset(sockets.Create(kDatagramSocket));
   std::uint32_t non_blocking = 1;
-  return socket_.IsOpen() && sockets_.Bind(socket_.Get(), {}) &&
-         sockets_.Control(socket_.Get(), kControlNonBlocking, non_blocking) &&
-         sockets_.SetOption(socket_.Get(), ESocketOption::kBroadcast, 1);
+  const bool is_made = socket_.IsOpen() && sockets.Bind(socket_.Get(), {}) &&
+                       sockets.Control(socket_.Get(), kControlNonBlocking, non_blocking) &&
+                       sockets.SetOption(socket_.Get(), ESocketOption::kBroadcast, 1);
+  if (is_made) {
+    // The smaller one that stays without it does for a hundred printers.
+    sockets.SetOption(socket_.Get(), ESocketOption::kReceiveBuffer, kReceiveBuffer);
+  }
+  return is_made;
 }
 
 void CTVAsyncSocket::Serve() {
   const std::lock_guard guard(lock_);
-  TakeAnnouncements();
+  TakeAnnouncements(kMaxDatagramsPerTurn);
 }
 
-void CTVAsyncSocket::TakeAnnouncements() {
-  for (int i = 0; i < kMaxDatagramsPerTurn && is_searching_ && socket_.IsOpen(); ++i) {
-    if (sockets_.PollReadable(socket_.Get(), 0) <= 0) {
+void CTVAsyncSocket::TakeAnnouncements(int most) {
+  for (int i = 0; i < most && is_searching_ && socket_.IsOpen(); ++i) {
+    if (platform_.sockets.PollReadable(socket_.Get(), 0) <= 0) {
       return;
     }
     OnReceive();
   }
 }
 
+// A receive that fails says nothing about the datagrams behind it.
 void CTVAsyncSocket::OnReceive() {
   std::array<char, kMaxAnnouncement> buffer;
   tagEndpoint sender;
-  const std::int32_t size = sockets_.ReceiveFrom(socket_.Get(), buffer.data(), buffer.size(), sender);
-  if (size <= 0 || !IsAnnouncement({buffer.data(), static_cast<std::size_t>(size)})) {
-    return;
-  }
-  try {
-    std::string address = DottedText(sender.address);
-    if (std::find(addresses_.begin(), addresses_.end(), address) == addresses_.end()) {
-      addresses_.push_back(std::move(address));
-    }
-  } catch (const std::bad_alloc&) {  // not found then: the worker has nobody to tell
+  const std::int32_t size =
+      platform_.sockets.ReceiveFrom(socket_.Get(), buffer.data(), buffer.size(), sender);
+  const bool is_taken = size > 0 && addresses_.size() < kMaxSearchedPrinters &&
+                        IsAnnouncement({buffer.data(), static_cast<std::size_t>(size)});
+  if (is_taken && std::find(addresses_.begin(), addresses_.end(), sender.address) == addresses_.end()) {
+    addresses_.push_back(sender.address);
   }
 }
 
-void CTVAsyncSocket::Collect(const std::stop_token& given_up) {
-  std::vector<std::string> addresses;
+bool CTVAsyncSocket::Collect(const std::atomic<bool>& given_up) {
+  std::vector<std::uint32_t> addresses;
   {
     const std::lock_guard guard(lock_);
-    TakeAnnouncements();  // those since the last turn
+    TakeAnnouncements(kMaxDatagramsAtEnd);
     is_searching_ = false;
     socket_.Reset();
     if (is_collected_) {
-      return;
+      return true;
     }
     addresses = addresses_;
   }
   // Without the lock: it takes seconds when a printer has fallen silent.
-  std::vector<tagFoundPrinter> found;
-  for (const std::string& address : addresses) {
-    if (given_up.stop_requested()) {
-      return;
-    }
-    if (std::optional<tagFoundPrinter> printer = Ask(address, given_up)) {
-      found.push_back(std::move(*printer));
-    }
+  CAnswerCollection collection(platform_, std::move(addresses), network_.port);
+  std::vector<tagFoundPrinter> found = collection.Run(given_up);
+  if (given_up) {
+    return false;
   }
   const std::lock_guard guard(lock_);
   found_ = std::move(found);
   is_collected_ = true;
-}
-
-std::optional<tagFoundPrinter> CTVAsyncSocket::Ask(const std::string& address,
-                                                   const std::stop_token& given_up) {
-  tagNetAddress whom{};
-  whom.kind = 1;
-  std::copy(address.begin(), address.end(), std::begin(whom.host));
-  CSocketProc connection(sockets_, clock_, codec_);
-  CUPIQLDP driver(connection, network_.port);
-  std::string answer;
-  if (driver.Open(whom) != kNetDone || driver.Exchange(kSearchState, answer, given_up) != kNetDone ||
-      driver.Exchange(kSearchNames, answer, given_up) != kNetDone) {
-    return std::nullopt;
-  }
-  const tagPrinterNames names = ReadPrinterNames(answer);
-  tagFoundPrinter printer;
-  printer.kind = TVMGR_SEARCH_NETWORK;
-  printer.text1 = codec_.FromAnsi(names.first);
-  printer.text2 = codec_.FromAnsi(names.second);
-  printer.text5 = WidenAscii(address);
-  return printer;
+  return true;
 }
 
 std::vector<tagFoundPrinter> CTVAsyncSocket::FoundPrinters() {

@@ -1,17 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
-#include <mutex>
-#include <optional>
-#include <stop_token>
-#include <string>
 #include <vector>
 
 #include "discovery/found_printer.h"
+#include "discovery/network/net_platform.h"
 #include "discovery/search/search_protocol.h"
-#include "platform/clock.h"
-#include "platform/sockets.h"
-#include "platform/text_codec.h"
+#include "platform/mutex.h"
 
 namespace tavira {
 
@@ -21,15 +17,18 @@ struct tagSearchNetwork {
   std::uint16_t port = kSearchPort;
 };
 
+/** So many printers are asked in one search; the announcements of more are not kept. */
+inline constexpr std::size_t kMaxSearchedPrinters = 1024;
+
 /**
  * One network search: the datagram socket that broadcasts and hears the printers announce themselves, and the
- * questions to each of them afterwards.
+ * questions to all of them afterwards.
  *
  * The socket never waits and has no thread of its own: whoever waits out the search calls Serve now and then.
  */
 class CTVAsyncSocket {
  public:
-  CTVAsyncSocket(ISockets& sockets, IClock& clock, ITextCodec& codec, const tagSearchNetwork& network);
+  CTVAsyncSocket(const tagNetPlatform& platform, const tagSearchNetwork& network);
 
   /** Forgets what an earlier search found and broadcasts. False when the socket or the datagram failed. */
   bool OpenBroadcast();
@@ -38,30 +37,28 @@ class CTVAsyncSocket {
   void Serve();
 
   /**
-   * Ends the search, then asks every printer that has announced itself for its names. Asks once per search:
-   * later calls change nothing. Given up at the next printer or answer when a stop is requested.
+   * Ends the search, then asks every printer that has announced itself for its names: at most 36 s. Asks once
+   * per search: later calls change nothing. Given up, with nothing found, when that is set: within 100 ms.
+   * False then. Throws std::bad_alloc; a later call asks again.
    */
-  void Collect(const std::stop_token& given_up);
+  bool Collect(const std::atomic<bool>& given_up);
 
   /** The printers that Collect found, in the order of their announcements. */
   std::vector<tagFoundPrinter> FoundPrinters();
 
  private:
   bool MakeSocket();
-  void TakeAnnouncements();
+  void TakeAnnouncements(int most);
   void OnReceive();
-  std::optional<tagFoundPrinter> Ask(const std::string& address, const std::stop_token& given_up);
 
-  ISockets& sockets_;
-  IClock& clock_;
-  ITextCodec& codec_;
+  const tagNetPlatform platform_;
   const tagSearchNetwork network_;
 
-  std::mutex lock_;  // for all below
+  CMutex lock_;  // for all below
   CSocket socket_;
   bool is_searching_ = false;
   bool is_collected_ = false;
-  std::vector<std::string> addresses_;  // dotted, each once
+  std::vector<std::uint32_t> addresses_;  // each once
   std::vector<tagFoundPrinter> found_;
 };
 

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "discovery/module_settings.h"
-#include "platform/text_codec.h"
 #include "platform/usb_tree.h"
 
 namespace tavira {
@@ -19,7 +18,7 @@ struct tagHubPort {
  * Walks up from a device to the first parent whose driver is a hub's, known or named in Setting.ini. A
  * composite device's parts have its port: it is the last one below the hub.
  */
-std::optional<tagHubPort> FindHubPort(IUsbTree& tree, const CModuleSettings& settings, ITextCodec& text,
+std::optional<tagHubPort> FindHubPort(IUsbTree& tree, const CModuleSettings& settings,
                                       const WideString& instance_id);
 
 }  // namespace tavira

@@ -33,16 +33,11 @@ class CPosixProfileFile final : public IProfileFile {
   WideString ReadWide(const WideString& path, const char* section, const char* key,
                       std::size_t buffer_size) override {
     WideString value;
-    for (const char byte : ReadAnsi(path, section, key, buffer_size)) {
+    const std::string bytes = Find(path, section, key);
+    for (const char byte : std::string_view(bytes).substr(0, buffer_size == 0 ? 0 : buffer_size - 1)) {
       value.push_back(static_cast<TvmgrChar>(static_cast<unsigned char>(byte)));  // ISO 8859-1
     }
     return value;
-  }
-
-  std::string ReadAnsi(const WideString& path, const char* section, const char* key,
-                       std::size_t buffer_size) override {
-    const std::string value = Find(path, section, key);
-    return value.substr(0, buffer_size == 0 ? 0 : buffer_size - 1);
   }
 
   WideString ModulePath() override {

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 namespace tavira {
 namespace {
@@ -174,20 +175,25 @@ class CPosixSockets final : public ISockets {
     return TransferResult(descriptor, received);
   }
 
-  std::int32_t PollReadable(SocketHandle socket, std::uint32_t wait_ms) override {
-    pollfd wait{Descriptor(socket), POLLIN, 0};
-    if (wait.fd < 0) {
-      errno = EBADF;  // a poll would pass over it in silence
-      return -1;
-    }
+  std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t wait_ms) override {
+    pollfd one{};
+    std::vector<pollfd> many(sockets.size() > 1 ? sockets.size() : 0);
+    const std::span<pollfd> waits = many.empty() ? std::span(&one, 1) : std::span(many);
+    std::transform(sockets.begin(), sockets.end(), waits.begin(), [](const tagSocketPoll& poll) {
+      return pollfd{Descriptor(poll.socket), POLLIN, 0};
+    });
     const int wait_limited = static_cast<int>(std::min<std::uint32_t>(wait_ms, 0x7FFFFFFF));
-    const int result = ::poll(&wait, 1, wait_limited);
+    const int result = ::poll(waits.data(), waits.size(), wait_limited);
     if (result < 0) {
       return errno == EINTR ? 0 : -1;
     }
-    if ((wait.revents & POLLNVAL) != 0) {
-      errno = EBADF;
-      return -1;
+    for (std::size_t i = 0; i < waits.size(); ++i) {
+      // A negative descriptor is passed over in silence.
+      if (waits[i].fd < 0 || (waits[i].revents & POLLNVAL) != 0) {
+        errno = EBADF;
+        return -1;
+      }
+      sockets[i].is_readable = waits[i].revents != 0;
     }
     return result;
   }
@@ -196,6 +202,10 @@ class CPosixSockets final : public ISockets {
     if (option == ESocketOption::kBroadcast) {
       const int allowed = value != 0 ? 1 : 0;
       return ::setsockopt(Descriptor(socket), SOL_SOCKET, SO_BROADCAST, &allowed, sizeof allowed) == 0;
+    }
+    if (option == ESocketOption::kReceiveBuffer) {
+      const int size = static_cast<int>(std::min<std::uint32_t>(value, 0x7FFFFFFF));
+      return ::setsockopt(Descriptor(socket), SOL_SOCKET, SO_RCVBUF, &size, sizeof size) == 0;
     }
     timeval time{};
     time.tv_sec = static_cast<time_t>(value / 1000);

@@ -67,6 +67,7 @@ class CWin32Platform final : public IPlatform {
   ITextCodec& Text() override { return text_; }
   IFileSystem& Files() override { return *files_; }
   ISockets& Sockets() override { return *sockets_; }
+  IThreads& Threads() override { return *threads_; }
   IUsbTree& Usb() override { return *usb_; }
   IRegistryKey& LocalMachine() override { return *local_machine_; }
   IProfileFile& Profiles() override { return *profiles_; }
@@ -77,6 +78,7 @@ class CWin32Platform final : public IPlatform {
   CWin32TextCodec text_;
   std::unique_ptr<IFileSystem> files_ = MakeFileSystem();
   std::unique_ptr<ISockets> sockets_ = MakeSockets();
+  std::unique_ptr<IThreads> threads_ = MakeThreads();
   std::unique_ptr<IUsbTree> usb_ = MakeUsbTree();
   std::unique_ptr<IRegistryKey> local_machine_ = MakeLocalMachine();
   std::unique_ptr<IProfileFile> profiles_ = MakeProfileFile();

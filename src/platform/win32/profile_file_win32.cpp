@@ -2,21 +2,11 @@
 
 #include <windows.h>
 
-#include <string_view>
-
 namespace tavira {
 namespace {
 
 /** As long as the system makes a path. */
 constexpr std::size_t kLongestPath = 32768;
-
-std::string ToAnsi(const WideString& text) {
-  const int size = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
-  std::string result(size > 0 ? static_cast<std::size_t>(size) : 1, '\0');
-  ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, result.data(), size, nullptr, nullptr);
-  result.pop_back();  // the terminator
-  return result;
-}
 
 class CWin32ProfileFile final : public IProfileFile {
  public:
@@ -25,14 +15,6 @@ class CWin32ProfileFile final : public IProfileFile {
     WideString value(buffer_size, L'\0');
     value.resize(::GetPrivateProfileStringW(WidenAscii(section).c_str(), WidenAscii(key).c_str(), L"",
                                             value.data(), static_cast<DWORD>(value.size()), path.c_str()));
-    return value;
-  }
-
-  std::string ReadAnsi(const WideString& path, const char* section, const char* key,
-                       std::size_t buffer_size) override {
-    std::string value(buffer_size, '\0');
-    value.resize(::GetPrivateProfileStringA(section, key, "", value.data(), static_cast<DWORD>(value.size()),
-                                            ToAnsi(path).c_str()));
     return value;
   }
 

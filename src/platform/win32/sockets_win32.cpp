@@ -3,10 +3,14 @@
 // Ahead of windows.h, which would bring the sockets of an older version.
 #include <winsock2.h>
 #include <ws2tcpip.h>
+// after winsock2.h
+#include <mswsock.h>
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
+#include <vector>
+
+#include "platform/mutex.h"
 
 namespace tavira {
 namespace {
@@ -52,7 +56,15 @@ class CWin32Sockets final : public ISockets {
       ::WSASetLastError(WSAESOCKTNOSUPPORT);
       return kInvalidSocket;
     }
-    return ::WSASocketW(AF_INET, type, 0, nullptr, 0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
+    const SOCKET socket =
+        ::WSASocketW(AF_INET, type, 0, nullptr, 0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
+    if (socket != INVALID_SOCKET && type == SOCK_DGRAM) {
+      DWORD off = 0;
+      DWORD size = 0;
+      // A system that does not know it has nothing to turn off.
+      ::WSAIoctl(socket, SIO_UDP_CONNRESET, &off, sizeof off, nullptr, 0, &size, nullptr, nullptr);
+    }
+    return socket;
   }
 
   bool Bind(SocketHandle socket, const tagEndpoint& local) override {
@@ -95,19 +107,33 @@ class CWin32Sockets final : public ISockets {
     return received;
   }
 
-  std::int32_t PollReadable(SocketHandle socket, std::uint32_t wait_ms) override {
-    fd_set readable{};
-    readable.fd_count = 1;
-    readable.fd_array[0] = socket;
-    timeval wait{};
-    wait.tv_sec = static_cast<long>(wait_ms / 1000);
-    wait.tv_usec = static_cast<long>(wait_ms % 1000 * 1000);
-    return ::select(0, &readable, nullptr, nullptr, &wait);
+  // Not select: that takes 64 sockets at most.
+  std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t wait_ms) override {
+    WSAPOLLFD one{};
+    std::vector<WSAPOLLFD> many(sockets.size() > 1 ? sockets.size() : 0);
+    const std::span<WSAPOLLFD> waits = many.empty() ? std::span(&one, 1) : std::span(many);
+    std::transform(sockets.begin(), sockets.end(), waits.begin(), [](const tagSocketPoll& poll) {
+      return WSAPOLLFD{poll.socket, POLLRDNORM, 0};
+    });
+    const int result = ::WSAPoll(waits.data(), static_cast<ULONG>(waits.size()),
+                                 static_cast<INT>(std::min<std::uint32_t>(wait_ms, 0x7FFFFFFF)));
+    if (result < 0) {
+      return -1;
+    }
+    for (std::size_t i = 0; i < waits.size(); ++i) {
+      if ((waits[i].revents & POLLNVAL) != 0) {
+        ::WSASetLastError(WSAENOTSOCK);
+        return -1;
+      }
+      sockets[i].is_readable = waits[i].revents != 0;
+    }
+    return result;
   }
 
   bool SetOption(SocketHandle socket, ESocketOption option, std::uint32_t value) override {
     const int name = option == ESocketOption::kSendTimeout      ? SO_SNDTIMEO
                      : option == ESocketOption::kReceiveTimeout ? SO_RCVTIMEO
+                     : option == ESocketOption::kReceiveBuffer  ? SO_RCVBUF
                                                                 : SO_BROADCAST;
     const DWORD setting = option == ESocketOption::kBroadcast ? (value != 0 ? 1U : 0U) : value;
     return ::setsockopt(socket, SOL_SOCKET, name, reinterpret_cast<const char*>(&setting), sizeof setting) ==
@@ -152,7 +178,7 @@ class CWin32Sockets final : public ISockets {
     started_ = started_ || ::WSAStartup(MAKEWORD(2, 2), &data) == 0;
   }
 
-  std::mutex start_lock_;
+  CMutex start_lock_;
   bool started_ = false;
 };
 

@@ -18,13 +18,9 @@ class CMemoryProfile final : public IProfileFile {
  public:
   WideString ReadWide(const WideString& path, const char* section, const char* key,
                       std::size_t buffer_size) override {
-    return WidenAscii(ReadAnsi(path, section, key, buffer_size));
-  }
-  std::string ReadAnsi(const WideString& path, const char* section, const char* key,
-                       std::size_t buffer_size) override {
     paths.insert(path);
     const auto found = values.find(std::string(section) + "/" + key);
-    return found == values.end() ? std::string() : found->second.substr(0, buffer_size - 1);
+    return WidenAscii(found == values.end() ? std::string() : found->second.substr(0, buffer_size - 1));
   }
   WideString ModulePath() override { return module_path; }
 

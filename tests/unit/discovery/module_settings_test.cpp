@@ -59,6 +59,9 @@ TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
                            {"C:\\a\\" + std::string(250, 'n') + ".dll", "\\a\\Setting.ini"},
                            {"C:\\a\\" + std::string(251, 'n') + ".dll", ""},
                            {"", ""}};
+  const auto beside = [](const std::string& module) {
+    return module.empty() ? module : module.substr(0, module.find_last_of("\\/") + 1) + "Setting.ini";
+  };
   for (const tagCase& entry : cases) {
     CMemoryProfile profile;
     profile.module_path = WidenAscii(entry.module);
@@ -67,8 +70,13 @@ TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
     tagSupportedNames names{WideList({"kept"}), {}};
     EXPECT_EQ(entry.file.empty() ? -1 : 0, settings.ReadSupportedNames(names)) << entry.module;
     EXPECT_EQ(WideList({entry.file.empty() ? "kept" : "printer"}), names.printers);
-    EXPECT_EQ(entry.file.empty() ? "" : "hub", settings.UserHubName());
     EXPECT_EQ(entry.file.empty() ? std::set<WideString>() : std::set<WideString>{WidenAscii(entry.file)},
+              profile.paths);
+    // The hub's name: in the same folder, on the module's own drive.
+    profile.paths.clear();
+    EXPECT_EQ(WidenAscii(entry.module.empty() ? "" : "hub"), settings.UserHubName());
+    EXPECT_EQ(entry.module.empty() ? std::set<WideString>()
+                                   : std::set<WideString>{WidenAscii(beside(entry.module))},
               profile.paths);
   }
 }

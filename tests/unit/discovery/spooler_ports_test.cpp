@@ -112,8 +112,9 @@ TEST_F(SpoolerPortsTest, ARecordGivesThePortOfItsAddressOrPath) {
 TEST_F(SpoolerPortsTest, OfSeveralPortsTheOneOfTheFirstSupportedPrinterIsTaken) {
   const auto find = [this] { return Find("", "192.0.2.7"); };
   EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());
-  Install("Office", "IP_192.0.2.7", "Other driver");
   Install("Dispatch", "Third", "LX driver");
+  EXPECT_EQ(WidenAscii("Third"), find());  // the only one with a printer
+  Install("Office", "IP_192.0.2.7", "Other driver");
   Install("Spare", "Third", "Other driver");
   Install("Pool", "Warehouse,IP_192.0.2.7_1", "LX driver 2");
   EXPECT_EQ(WidenAscii("IP_192.0.2.7"), find());

@@ -49,20 +49,15 @@ TEST_F(ProfileFileTest, ValuesAreFoundBySectionAndKeyInAnyCase) {
   for (const auto& [key, value] : cases) {
     EXPECT_EQ(WidenAscii(value), file_->ReadWide(Path(), "SupportPrinter", key, 260)) << key;
   }
-  EXPECT_EQ("0123456789", file_->ReadAnsi(Path(), "Search", "userusbhubname", 64));
-  EXPECT_EQ("", file_->ReadAnsi(Path(), "NoSection", "0", 64));
-  EXPECT_EQ("", file_->ReadAnsi(Path() + WidenAscii("x"), "Search", "UserUSBHubName", 64));
+  EXPECT_EQ(WidenAscii("0123456789"), file_->ReadWide(Path(), "Search", "userusbhubname", 64));
+  EXPECT_EQ(WideString(), file_->ReadWide(Path(), "NoSection", "0", 64));
+  EXPECT_EQ(WideString(), file_->ReadWide(Path() + WidenAscii("x"), "Search", "UserUSBHubName", 64));
 }
 
 TEST_F(ProfileFileTest, TextIsReadInTheAnsiCodePageAndCutToTheBuffer) {
   const WideString wide = file_->ReadWide(Path(), "SupportPrinter", "9", 260);
   ASSERT_EQ(5U, wide.size());
   EXPECT_EQ(0xE4, wide[1]);
-  EXPECT_EQ(
-      "L\xE4"
-      "den",
-      file_->ReadAnsi(Path(), "SupportPrinter", "9", 64));
-  EXPECT_EQ("01234", file_->ReadAnsi(Path(), "Search", "UserUSBHubName", 6));
   EXPECT_EQ(WidenAscii("01234"), file_->ReadWide(Path(), "Search", "UserUSBHubName", 6));
 }
 

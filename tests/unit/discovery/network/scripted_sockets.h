@@ -22,6 +22,7 @@ class CScriptedSockets final : public ISockets {
   std::uint32_t error = 10013;   /**< of what fails */
   std::function<bool(int)> on_connect; /**< in place of `failing`: the number of the attempt, from 1 */
   std::function<void()> on_poll;
+  int failing_receives = 0; /**< so many fail, and leave what has arrived */
   std::vector<std::pair<std::string, tagEndpoint>> arrivals;
 
   std::size_t Calls() const {
@@ -72,7 +73,7 @@ class CScriptedSockets final : public ISockets {
     return ReceiveFrom(socket, buffer, size, from);
   }
   std::int32_t ReceiveFrom(SocketHandle, void* buffer, std::size_t size, tagEndpoint& from) override {
-    if (!Do("receive", "receive") || arrivals.empty()) {
+    if (!Do("receive", "receive") || arrivals.empty() || (failing_receives > 0 && failing_receives-- > 0)) {
       return -1;
     }
     const auto [bytes, sender] = arrivals.front();
@@ -80,15 +81,18 @@ class CScriptedSockets final : public ISockets {
     from = sender;
     return static_cast<std::int32_t>(bytes.copy(static_cast<char*>(buffer), size));
   }
-  std::int32_t PollReadable(SocketHandle, std::uint32_t) override {
+  /** Of one socket; never waits. */
+  std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t) override {
     if (on_poll) {
       on_poll();
     }
+    sockets[0].is_readable = !arrivals.empty();
     return !Do("poll", "poll") ? -1 : arrivals.empty() ? 0 : 1;
   }
   bool SetOption(SocketHandle, ESocketOption option, std::uint32_t value) override {
     const char* name = option == ESocketOption::kSendTimeout      ? "send timeout"
                        : option == ESocketOption::kReceiveTimeout ? "receive timeout"
+                       : option == ESocketOption::kReceiveBuffer  ? "receive buffer"
                                                                   : "broadcast";
     options[name] = value;
     return Do(name, name);

@@ -36,8 +36,8 @@ class CRedirectedSockets final : public ISockets {
   std::int32_t ReceiveFrom(SocketHandle socket, void* buffer, std::size_t size, tagEndpoint& from) override {
     return real_->ReceiveFrom(socket, buffer, size, from);
   }
-  std::int32_t PollReadable(SocketHandle socket, std::uint32_t wait_ms) override {
-    return real_->PollReadable(socket, wait_ms);
+  std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t wait_ms) override {
+    return real_->Poll(sockets, wait_ms);
   }
   bool SetOption(SocketHandle socket, ESocketOption option, std::uint32_t value) override {
     return real_->SetOption(socket, option, value);
@@ -119,7 +119,8 @@ class SocketPeersTest : public ::testing::Test {
   CRedirectedSockets sockets_;
   CVirtualClock clock_;
   CLatin1Codec codec_;
-  CSocketProc connection_{sockets_, clock_, codec_};
+  const std::unique_ptr<IThreads> threads_ = MakeThreads();
+  CSocketProc connection_{{sockets_, *threads_, clock_, codec_}};
 };
 
 TEST_F(SocketPeersTest, NobodyListensAtAStreamPort) {
@@ -135,7 +136,7 @@ TEST_F(SocketPeersTest, NobodyListensAtAStreamPort) {
 
   CPacedClock fast;
   fast.Flow(100);
-  CSocketProc by_thread(sockets_, fast, codec_);
+  CSocketProc by_thread({sockets_, *threads_, fast, codec_});
   by_thread.SetUseConnectThread(1);
   tagNetAddress address{};
   const WideString host = WidenAscii("127.0.0.1");
@@ -149,7 +150,7 @@ TEST_F(SocketPeersTest, AStreamCarriesBothWaysUntilThePeerEndsIt) {
     CPacedClock fast;
     fast.Flow(100);
     const lxemu::CSocket listener = ListenPeer();
-    CSocketProc threaded(sockets_, fast, codec_);
+    CSocketProc threaded({sockets_, *threads_, fast, codec_});
     threaded.SetUseConnectThread(by_thread ? 1 : 0);
     tagNetAddress address{};
     const WideString host = WidenAscii("localhost");
@@ -217,6 +218,28 @@ TEST_F(SocketPeersTest, ADatagramLargerThanTheBufferIsLost) {
   EXPECT_EQ("fits", Receive());
 }
 
+TEST(SocketsTest, ManySocketsAreWaitedForAtOnce) {
+  const std::unique_ptr<ISockets> sockets = MakeSockets();
+  std::vector<std::unique_ptr<CSocket>> owners;
+  std::vector<tagSocketPoll> polls;
+  for (std::uint16_t i = 0; i < 200; ++i) {
+    owners.push_back(std::make_unique<CSocket>(*sockets));
+    owners.back()->Reset(sockets->Create(kDatagramSocket));
+    polls.push_back({owners.back()->Get()});
+  }
+  EXPECT_EQ(0, sockets->Poll(polls, 0));
+  // Two of them get a datagram, the last one included.
+  for (const std::size_t i : {7U, 199U}) {
+    const auto port = static_cast<std::uint16_t>(20000 + i);
+    ASSERT_TRUE(sockets->Bind(polls[i].socket, {kLoopback, port}));
+    EXPECT_EQ(1, sockets->SendTo(polls[0].socket, "x", 1, {kLoopback, port}));
+  }
+  EXPECT_TRUE(Eventually([&] { return sockets->Poll(polls, 1000) == 2; }));
+  for (std::size_t i = 0; i < polls.size(); ++i) {
+    EXPECT_EQ(i == 7 || i == 199, polls[i].is_readable) << i;
+  }
+}
+
 TEST(SocketsTest, NumbersAreThoseOfWindowsOnEveryPlatform) {
   const std::unique_ptr<ISockets> sockets = MakeSockets();
   for (const std::int32_t type : {0, 12, 22, 0x802, -1}) {
@@ -242,6 +265,8 @@ TEST(SocketsTest, NumbersAreThoseOfWindowsOnEveryPlatform) {
   EXPECT_EQ(10049U, sockets->LastError());
   EXPECT_EQ(-1, sockets->PollReadable(kInvalidSocket, 0));
   EXPECT_EQ(10038U, sockets->LastError());
+  tagSocketPoll both[] = {{socket.Get()}, {kInvalidSocket}};
+  EXPECT_EQ(-1, sockets->Poll(both, 0));
   EXPECT_EQ(kLoopback, sockets->Resolve("127.0.0.1"));
   EXPECT_EQ(std::nullopt, sockets->Resolve(""));
 }

@@ -6,7 +6,6 @@
 #include <span>
 
 #include "scripted_sockets.h"
-#include "support/allocation_faults.h"
 #include "support/test_world.h"
 #include "unit/discovery/search/search_support.h"
 
@@ -40,7 +39,8 @@ class SocketProcTest : public ::testing::Test {
   CScriptedSockets sockets_;
   CVirtualClock clock_;
   CLatin1Codec codec_;
-  CSocketProc connection_{sockets_, clock_, codec_};
+  CTestThreads threads_;
+  CSocketProc connection_{{sockets_, threads_, clock_, codec_}};
   std::uint64_t start_ = clock_.Now();
 };
 
@@ -149,7 +149,7 @@ TEST_F(SocketProcTest, TheLocalPortOfATransferIsTheFirstNumberDrawn) {
   std::set<std::uint16_t> ports;
   for (int second = 0; second < 500; ++second) {
     CFixedClock clock(second);
-    CSocketProc connection(sockets_, clock, codec_);
+    CSocketProc connection({sockets_, threads_, clock, codec_});
     const tagNetAddress address = AddressOf("printer");
     EXPECT_EQ(kNetDone, connection.Open(&address, 32));
     EXPECT_EQ(0U, sockets_.last_bound.address);
@@ -254,7 +254,7 @@ TEST_F(SocketProcTest, ClosingTellsTheHookAndEndsBothDirections) {
     void OnClose(std::uint32_t flag) override { flags.push_back(flag); }
     std::vector<std::uint32_t> flags;
   };
-  CHooked connection(sockets_, clock_, codec_);
+  CHooked connection({sockets_, threads_, clock_, codec_});
   const tagNetAddress address = AddressOf("printer");
   ASSERT_EQ(kNetDone, connection.Open(&address, 12));
   EXPECT_EQ(kNetDone, connection.Close(3));
@@ -280,7 +280,7 @@ class ConnectorTest : public SocketProcTest {
   }
 
   CPacedClock paced_;
-  CSocketProc threaded_{sockets_, paced_, codec_};
+  CSocketProc threaded_{{sockets_, threads_, paced_, codec_}};
 };
 
 TEST_F(ConnectorTest, TheSocketOfTheConnectorBecomesTheConnection) {
@@ -326,22 +326,13 @@ TEST_F(ConnectorTest, FailuresNameTheCallAndLeaveNoSocket) {
 }
 
 TEST_F(ConnectorTest, WithoutAThreadThereIsNoAttempt) {
-  const tagNetAddress address = AddressOf("printer");
-  std::uint32_t nth = 0;
-  bool thrown = true;
-  while (thrown) {  // an allocation before the thread's
-    thrown = false;
-    CAllocationFaults::Arm(++nth);
-    try {
-      EXPECT_EQ(kNetFailed, threaded_.Open(&address, 11));
-    } catch (const std::bad_alloc&) {
-      thrown = true;
-    }
-    ASSERT_TRUE(CAllocationFaults::Disarm());
-  }
+  threads_.error = 1455;
+  EXPECT_EQ(kNetFailed, OpenThreaded());
   EXPECT_EQ("CConnect::startConnectThread CreateThread():", ErrorText(threaded_));
+  EXPECT_EQ(1455U, threaded_.GetLastErrorCode());
   EXPECT_EQ(0U, sockets_.Count("create 1"));
-  EXPECT_EQ(kNetDone, threaded_.Open(&address, 11));
+  threads_.error = 0;
+  EXPECT_EQ(kNetDone, OpenThreaded());
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ tagSearchPlan PlanWith(lxemu::tagSearchMessages tagSearchPlan::*fault, SearchMes
 class PrinterSearchTest : public ::testing::Test {
  protected:
   std::unique_ptr<CPrinterSearch> SearchOn(ISockets& sockets, const tagSearchNetwork& network = {}) {
-    return std::make_unique<CPrinterSearch>(sockets, clock_, codec_, usb_, network);
+    return std::make_unique<CPrinterSearch>(tagNetPlatform{sockets, threads_, clock_, codec_}, usb_, network);
   }
   /** Lets the clock run until the search is over. */
   void RunOut(CPrinterSearch& search, std::uint32_t speed) {
@@ -74,6 +74,7 @@ class PrinterSearchTest : public ::testing::Test {
 
   CPacedClock clock_;
   CLatin1Codec codec_;
+  CTestThreads threads_;
   CListedUsb usb_;
   CScriptedSockets scripted_;
   const std::unique_ptr<ISockets> real_ = MakeSockets();
@@ -139,7 +140,7 @@ TEST_F(PrinterSearchTest, AnUnknownKindStillRunsItsTime) {
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, search->Stop(7));
   EXPECT_EQ(0, search->Status());
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, search->Stop(5));
-  clock_.Flow(1);
+  clock_.Flow(100);
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, search->Start(6, 0));
   EXPECT_EQ(1, search->Status());
   RunOut(*search, 100);
@@ -177,19 +178,19 @@ TEST_F(PrinterSearchTest, ANetworkSearchFindsThePrintersThatAnswerAsTheyShould) 
   for (const auto message : {SearchMessage::kState, SearchMessage::kNames}) {
     moved.other_port.Add(message);
   }
-  CMemoryNetwork printers({
-      moved,
-      named,
-      PlanWith(&tagSearchPlan::cut_short, SearchMessage::kAnnouncement),
-      twice,
-      incapable,
-      PlanWith(&tagSearchPlan::wrong_letter, SearchMessage::kAnnouncement),
-      PlanWith(&tagSearchPlan::rejected, SearchMessage::kAnnouncement),
-      PlanWith(&tagSearchPlan::rejected, SearchMessage::kState),
-      PlanWith(&tagSearchPlan::wrong_letter, SearchMessage::kNames),
-      PlanWith(&tagSearchPlan::cut_short, SearchMessage::kState),
-      PlanWith(&tagSearchPlan::cut_short, SearchMessage::kNames),
-  });
+  CMemoryNetwork printers(clock_, {
+                                      moved,
+                                      named,
+                                      PlanWith(&tagSearchPlan::cut_short, SearchMessage::kAnnouncement),
+                                      twice,
+                                      incapable,
+                                      PlanWith(&tagSearchPlan::wrong_letter, SearchMessage::kAnnouncement),
+                                      PlanWith(&tagSearchPlan::rejected, SearchMessage::kAnnouncement),
+                                      PlanWith(&tagSearchPlan::rejected, SearchMessage::kState),
+                                      PlanWith(&tagSearchPlan::wrong_letter, SearchMessage::kNames),
+                                      PlanWith(&tagSearchPlan::cut_short, SearchMessage::kState),
+                                      PlanWith(&tagSearchPlan::cut_short, SearchMessage::kNames),
+                                  });
   auto search = SearchOn(printers);
   ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
   RunOut(*search, 10);
@@ -205,53 +206,17 @@ TEST_F(PrinterSearchTest, ANetworkSearchFindsThePrintersThatAnswerAsTheyShould) 
   Destroy(search);
 }
 
-TEST_F(PrinterSearchTest, APrinterThatFallsSilentYieldsNoRecordAndCostsItsWaits) {
-  CMemoryNetwork printers({PlanWith(&tagSearchPlan::silent, SearchMessage::kNames)});
-  auto search = SearchOn(printers);
-  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  const std::uint32_t start = clock_.TickCount();
-  RunOut(*search, 50);
-  EXPECT_LE(3000U + 18000U, clock_.TickCount() - start);
-  EXPECT_EQ(2, printers.Requests());
-  EXPECT_EQ(0U, CountOf(*search, TVMGR_SEARCH_NETWORK));
-  Destroy(search);
-}
-
-TEST_F(PrinterSearchTest, AStopByTheHostMakesTheResultsForGood) {
-  CMemoryNetwork printers(std::vector<tagSearchPlan>(1));
-  auto search = SearchOn(printers);
-  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  clock_.Flow(10);
-  EXPECT_EQ(TVMGR_OK, search->Stop(kUsb));  // of the other kind: the search goes on, the status does not
-  EXPECT_EQ(0, search->Status());
-  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
-  ASSERT_EQ(1U, CountOf(*search, TVMGR_SEARCH_NETWORK));
-  printers.FallSilent();
-  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
-  EXPECT_EQ(2, printers.Requests());  // not asked again
-  EXPECT_EQ(1U, CountOf(*search, TVMGR_SEARCH_NETWORK));
-
-  clock_.Flow(1);  // the earlier worker does not wait out its three seconds
-  const auto real_start = std::chrono::steady_clock::now();
-  EXPECT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  EXPECT_GT(std::chrono::seconds(2), std::chrono::steady_clock::now() - real_start);
-  EXPECT_EQ(1U, CountOf(*search, TVMGR_SEARCH_NETWORK));  // until this one ends
-  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
-  EXPECT_EQ(0U, CountOf(*search, TVMGR_SEARCH_NETWORK));
-  Destroy(search);
-}
-
 TEST_F(PrinterSearchTest, JunkAndRepeatsOnTheBroadcastSocketDoNoHarm) {
-  CMemoryNetwork printers({{}, PlanWith(&tagSearchPlan::silent, SearchMessage::kAnnouncement)});
+  CMemoryNetwork printers(clock_, {{}, PlanWith(&tagSearchPlan::silent, SearchMessage::kAnnouncement)});
   auto search = SearchOn(printers);
   ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
   for (int i = 0; i < 150; ++i) {
-    printers.Deliver(std::string(static_cast<std::size_t>(i * 10), i % 2 == 0 ? 'K' : '\0'), 1);
+    printers.Deliver(std::string(static_cast<std::size_t>(i * 10), i % 2 == 0 ? 'K' : '\0'), 0x0A000003);
   }
   std::string announcement = "KORVAp" + std::string(70, '\0');
   announcement[10] = '\xE0';
   announcement[75] = 2;
-  printers.Deliver(announcement, 0);
+  printers.Deliver(announcement, CMemoryNetwork::kFirstAddress);
   RunOut(*search, 10);
   EXPECT_EQ((std::vector<std::string>{"LX-R4100|printer 2|10.0.0.2"}),
             Listing(*search, TVMGR_SEARCH_NETWORK));
@@ -269,6 +234,43 @@ TEST_F(PrinterSearchTest, ARealPrinterOnLoopbackIsFound) {
   Destroy(search);
 }
 
+TEST_F(PrinterSearchTest, AStopByTheHostMakesTheResultsForGood) {
+  CMemoryNetwork printers(clock_, std::vector<tagSearchPlan>(1));
+  auto search = SearchOn(printers);
+  const std::uint32_t start = clock_.TickCount();
+  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
+  clock_.Flow(10);
+  EXPECT_EQ(TVMGR_OK, search->Stop(kUsb));  // of the other kind: the search goes on, the status does not
+  EXPECT_EQ(0, search->Status());
+  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
+  ASSERT_EQ(1U, CountOf(*search, TVMGR_SEARCH_NETWORK));
+  printers.is_silent = true;
+  CAllocationFaults::Arm(1);
+  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));  // nothing is made anew
+  CAllocationFaults::Disarm();
+
+  // The next start waits for the worker, which sleeps its whole time and then stops what is stopped already.
+  EXPECT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
+  EXPECT_LE(3000U, clock_.TickCount() - start);
+  EXPECT_EQ(2, printers.Requests());                      // not asked again
+  EXPECT_EQ(1U, CountOf(*search, TVMGR_SEARCH_NETWORK));  // until this one ends
+  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
+  EXPECT_EQ(0U, CountOf(*search, TVMGR_SEARCH_NETWORK));
+  Destroy(search);
+}
+
+TEST_F(PrinterSearchTest, WithoutAWorkerTheHostsStopEndsTheSearch) {
+  CMemoryNetwork printers(clock_, std::vector<tagSearchPlan>(300));
+  auto search = SearchOn(printers);
+  threads_.error = 8;
+  EXPECT_EQ(TVMGR_PORT_NOT_READY, search->Start(kNetwork, 0));
+  EXPECT_EQ(1, search->Status());
+  EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
+  EXPECT_EQ(0, search->Status());
+  EXPECT_EQ(300U, CountOf(*search, TVMGR_SEARCH_NETWORK));
+  search.reset();  // there is nothing to wait for
+}
+
 TEST_F(PrinterSearchTest, AStartWaitsForTheSearchThatRuns) {
   usb_.entries.resize(1);
   auto search = SearchOn(scripted_);
@@ -282,27 +284,43 @@ TEST_F(PrinterSearchTest, AStartWaitsForTheSearchThatRuns) {
   Destroy(search);
 }
 
-TEST_F(PrinterSearchTest, DestructionDoesNotWaitForSilentPrinters) {
-  CMemoryNetwork printers(std::vector<tagSearchPlan>(3));
-  auto search = SearchOn(printers);
-  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  printers.FallSilent();
-  clock_.Flow(10);
-  ASSERT_TRUE(Eventually([&] { return printers.Requests() == 1; }));  // the worker asks
-  const std::uint32_t start = clock_.TickCount();
-  search.reset();
-  EXPECT_GT(10000U, clock_.TickCount() - start);  // one receive of 3 s, not three times 18
-  EXPECT_EQ(1, printers.Requests());
+TEST_F(PrinterSearchTest, DestructionSleepsOutTheSearchButAsksNobody) {
+  CMemoryNetwork printers(clock_, std::vector<tagSearchPlan>(3));
+  for (const bool stopped : {false, true}) {
+    auto search = SearchOn(printers);
+    const std::uint32_t start = clock_.TickCount();
+    ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
+    clock_.Flow(100);
+    if (stopped) {
+      EXPECT_EQ(TVMGR_OK, search->Stop(kNetwork));
+    }
+    search.reset();
+    clock_.Hold();
+    EXPECT_LE(3000U, clock_.TickCount() - start);
+    EXPECT_EQ(stopped ? 6 : 0, printers.Requests());
+    EXPECT_EQ(0U, printers.OpenSockets());
+  }
 }
 
-TEST_F(PrinterSearchTest, DestructionEndsASearchEarly) {
-  auto search = SearchOn(scripted_);
-  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  clock_.Flow(1);
-  const auto start = std::chrono::steady_clock::now();
-  search.reset();
-  EXPECT_GT(std::chrono::seconds(2), std::chrono::steady_clock::now() - start);
-  EXPECT_EQ(0U, scripted_.OpenSockets());
+TEST_F(PrinterSearchTest, QuestionsToSilentPrintersAreGivenUp) {
+  for (const bool by_host : {false, true}) {
+    CMemoryNetwork printers(clock_, std::vector(5, PlanWith(&tagSearchPlan::silent, SearchMessage::kState)));
+    auto search = SearchOn(printers);
+    ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
+    clock_.Flow(by_host ? 1 : 50);
+    std::future<std::int32_t> stop;
+    if (by_host) {
+      stop = std::async(std::launch::async, [&] { return search->Stop(kNetwork); });
+    }
+    ASSERT_TRUE(Eventually([&] { return printers.Requests() == 5; }));
+    clock_.Hold();
+    const std::uint32_t start = clock_.TickCount();
+    clock_.Flow(10);
+    search->GiveUp();
+    EXPECT_EQ(TVMGR_OK, by_host ? stop.get() : TVMGR_OK);
+    Destroy(search);
+    EXPECT_GT(10000U, clock_.TickCount() - start);  // not 18 s
+  }
 }
 
 TEST_F(PrinterSearchTest, WithoutMemoryASearchFailsAndTheNextSucceeds) {

@@ -29,13 +29,14 @@ class SearchStressTest : public ::testing::Test {
   CLoopbackPrinter printer_;
   CPacedClock clock_;
   CLatin1Codec codec_;
+  CTestThreads threads_;
   CListedUsb usb_;
 };
 
 TEST_F(SearchStressTest, TwoThreadsAgainstTheWorker) {
   clock_.Flow(200);  // a search takes 15 ms
-  CPrinterSearch search(*sockets_, clock_, codec_, usb_, printer_.Network());
-  constexpr int kRounds = 200;
+  CPrinterSearch search({*sockets_, threads_, clock_, codec_}, usb_, printer_.Network());
+  constexpr int kRounds = 60;
   const auto rounds = [&](std::uint32_t first_kind) {
     for (std::uint32_t i = 0; i < kRounds; ++i) {
       const std::uint32_t kind = (first_kind + i) % 2;
@@ -55,7 +56,7 @@ TEST_F(SearchStressTest, TwoThreadsAgainstTheWorker) {
 
 TEST_F(SearchStressTest, AStartEveryTenMilliseconds) {
   clock_.Flow(100);
-  CPrinterSearch search(*sockets_, clock_, codec_, usb_, printer_.Network());
+  CPrinterSearch search({*sockets_, threads_, clock_, codec_}, usb_, printer_.Network());
   std::atomic<bool> done{false};
   std::thread reader([&] {
     while (!done) {
@@ -79,7 +80,7 @@ TEST_F(SearchStressTest, AStartEveryTenMilliseconds) {
 TEST_F(SearchStressTest, DestructionAtAnyMoment) {
   clock_.Flow(200);
   for (int i = 0; i < 100; ++i) {
-    CPrinterSearch search(*sockets_, clock_, codec_, usb_, printer_.Network());
+    CPrinterSearch search({*sockets_, threads_, clock_, codec_}, usb_, printer_.Network());
     EXPECT_EQ(TVMGR_OK, search.Start(static_cast<std::uint32_t>(i % 2), 0));
     std::this_thread::sleep_for(std::chrono::microseconds(i * 200));  // up to 20 ms
   }
@@ -97,7 +98,8 @@ TEST(ConnectorStressTest, ConnectsThatSucceedFailAndHang) {
   tagNetAddress address{};
   address.host[0] = TvmgrChar{'x'};
   int connected = 0;
-  CSocketProc connection(sockets, clock, codec);
+  CTestThreads threads;
+  CSocketProc connection({sockets, threads, clock, codec});
   connection.SetUseConnectThread(1);
   for (int i = 0; i < 20; ++i) {
     if (connection.Open(&address, kSelectorHttp) == kNetDone) {

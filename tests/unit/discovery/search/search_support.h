@@ -15,6 +15,7 @@
 #include "emulator/network/socket.h"
 #include "platform/clock.h"
 #include "platform/text_codec.h"
+#include "platform/threads.h"
 
 namespace tavira::test {
 
@@ -51,6 +52,19 @@ class CLatin1Codec final : public ITextCodec {
  public:
   std::string ToAnsi(WideView text) override;
   WideString FromAnsi(std::string_view bytes) override;
+};
+
+/** Real threads, as long as there are any to be had. */
+class CTestThreads final : public IThreads {
+ public:
+  std::unique_ptr<IThread> Start(std::function<void()> body, std::uint32_t& code) override {
+    code = error;
+    return error == 0 ? real_->Start(std::move(body), code) : nullptr;
+  }
+  std::atomic<std::uint32_t> error{0}; /**< not 0: there are none */
+
+ private:
+  const std::unique_ptr<IThreads> real_ = MakeThreads();
 };
 
 /** USB printers of the test's own; each call gives what is listed at that time. */

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "discovery/network/socket_proc.h"
 #include "search_support.h"
 #include "support/test_world.h"
 #include "unit/discovery/network/scripted_sockets.h"
@@ -11,6 +10,8 @@ namespace tavira::test {
 namespace {
 
 constexpr tagEndpoint kPrinter{0x0A000001, 3289};
+constexpr tagEndpoint kOtherPort{kPrinter.address, 5000};
+constexpr tagEndpoint kStranger{0x0A000002, 3289};
 
 std::string Answer(std::string_view data = {}) {
   return "KORVAq" + std::string(8, '\0') + std::string(data);
@@ -22,28 +23,23 @@ class UpiqldpTest : public ::testing::Test {
     const WideString host = WidenAscii("printer");
     host.copy(address_.host, host.size());
     ASSERT_EQ(kNetDone, driver_.Open(address_));
-    start_ = clock_.Now();
   }
 
-  /** What arrives `ms` after the last request. */
-  void Script(std::uint32_t ms, std::vector<std::pair<std::string, tagEndpoint>> arrivals) {
-    sockets_.on_poll = [this, ms, arrivals, done = false]() mutable {
-      if (!done && sockets_.Count("sendto") == requests_ + 1 && clock_.Now() - start_ >= ms) {
-        sockets_.arrivals = arrivals;
-        done = true;
-      }
-    };
+  using Arrivals = std::vector<std::pair<std::string, tagEndpoint>>;
+  /** The outcome of a question to which these datagrams come. */
+  std::uint32_t Exchange(std::uint32_t command, Arrivals arrivals) {
+    EXPECT_EQ(kNetDone, driver_.Ask(command));
+    sockets_.arrivals = std::move(arrivals);
+    return driver_.Take();
   }
 
   CScriptedSockets sockets_;
   CVirtualClock clock_;
   CLatin1Codec codec_;
-  CSocketProc connection_{sockets_, clock_, codec_};
+  CTestThreads threads_;
+  CSocketProc connection_{{sockets_, threads_, clock_, codec_}};
   CUPIQLDP driver_{connection_, 4711};
   tagNetAddress address_{1, {}};
-  std::uint64_t start_ = 0;
-  std::size_t requests_ = 0;
-  std::string answer_ = "untouched";
 };
 
 TEST_F(UpiqldpTest, OnlyOneKindOfAddressIsTaken) {
@@ -53,75 +49,72 @@ TEST_F(UpiqldpTest, OnlyOneKindOfAddressIsTaken) {
   }
 }
 
-TEST_F(UpiqldpTest, AnExchangeHandsOverTheWholeAnswer) {
-  Script(100, {{Answer("data"), kPrinter}});
-  EXPECT_EQ(kNetDone, driver_.Exchange(kSearchState, answer_));
-  EXPECT_EQ(Answer("data"), answer_);
-  EXPECT_EQ((tagEndpoint{kPrinter.address, 4711}), sockets_.last_sent_to);
-}
-
-TEST_F(UpiqldpTest, ASilentPrinterTakesSixReceives) {
-  EXPECT_EQ(kNetNothingReceived, driver_.Exchange(kSearchState, answer_));
-  EXPECT_EQ(18000U, clock_.Now() - start_);
-  EXPECT_EQ(1U, sockets_.Count("sendto"));
-  requests_ = 1;
-  start_ = clock_.Now();
-  Script(17000, {{Answer(), kPrinter}});
-  EXPECT_EQ(kNetDone, driver_.Exchange(kSearchState, answer_));
-}
-
-TEST_F(UpiqldpTest, BadAnswersFailAndLeaveTheCallersBytes) {
-  for (const std::string& bytes :
-       {std::string("KORVAx") + std::string(8, '\0'), Answer().substr(0, 11), std::string()}) {
-    Script(0, {{bytes, kPrinter}});
-    EXPECT_EQ(kNetFailed, driver_.Exchange(kSearchState, answer_));
-    EXPECT_EQ("untouched", answer_);
-    requests_ = sockets_.Count("sendto");
-  }
-  driver_.SetTargetMac("010203040506");
-  Script(0, {{Answer("\1\2\3\4\5\7"), kPrinter}});
-  EXPECT_EQ(kNetFailed, driver_.Exchange(kSearchState, answer_));
-  requests_ = sockets_.Count("sendto");
-  Script(0, {{Answer("\1\2\3\4\5\6"), kPrinter}});
-  EXPECT_EQ(kNetDone, driver_.Exchange(kSearchState, answer_));
-  for (const char* failing : {"send", "receive", "poll"}) {
-    requests_ = sockets_.Count("sendto");
-    Script(0, {{Answer(), kPrinter}});
-    sockets_.failing = {failing};
-    EXPECT_EQ(kNetFailed, driver_.Exchange(kSearchState, answer_)) << failing;
-    sockets_.failing.clear();
-    sockets_.arrivals.clear();
-  }
-}
-
-TEST_F(UpiqldpTest, AShortAnswerIsNotCompletedByAnEarlierOne) {
-  Script(0, {{Answer("\1\2\3\4\5\6"), kPrinter}});
-  EXPECT_EQ(kNetDone, driver_.Exchange(kSearchState, answer_));
-  requests_ = 1;
-  Script(0, {{"KORVAq", kPrinter}});
-  EXPECT_EQ(kNetFailed, driver_.Exchange(kSearchState, answer_));
-}
-
-TEST_F(UpiqldpTest, ASecondAnswerIsNotTakenForTheNextOne) {
-  Script(0, {{Answer("state"), kPrinter}, {Answer("state"), {kPrinter.address, 5000}}});
-  EXPECT_EQ(kNetDone, driver_.Exchange(kSearchState, answer_));
-  requests_ = 1;
-  Script(0, {{Answer("names"), kPrinter}});
-  sockets_.arrivals.emplace_back(Answer("state"), tagEndpoint{kPrinter.address, 5000});
-  EXPECT_EQ(kNetDone, driver_.Exchange(kSearchNames, answer_));
-  EXPECT_EQ(Answer("names"), answer_);
-  EXPECT_EQ(kPrinter, sockets_.last_sent_to);  // the port of the answer that was taken
-}
-
-TEST_F(UpiqldpTest, AStopEndsTheWaitAtTheNextReceive) {
-  std::stop_source stop;
-  sockets_.on_poll = [&] {
-    if (clock_.Now() - start_ >= 4000) {
-      stop.request_stop();
-    }
+TEST_F(UpiqldpTest, WhatCountsAsTheAnswer) {
+  const std::string state = Answer("state");
+  const std::string names = Answer("names");
+  const struct {
+    const char* what;
+    Arrivals arrivals;
+    std::uint32_t result;
+  } cases[] = {
+      {"the answer", {{names, kPrinter}}, kNetDone},
+      {"from another port", {{names, kOtherPort}}, kNetDone},
+      {"nothing", {}, kNetNothingReceived},
+      {"a stranger's", {{names, kStranger}}, kNetNothingReceived},
+      {"a stranger's and the printer's", {{Answer("lie"), kStranger}, {names, kPrinter}}, kNetDone},
+      {"a stranger's refusal first", {{"KORVAx", kStranger}, {names, kPrinter}}, kNetDone},
+      {"a late copy", {{state, kPrinter}}, kNetNothingReceived},
+      {"a late copy and the answer", {{state, kOtherPort}, {state, kPrinter}, {names, kPrinter}}, kNetDone},
+      {"a flood", Arrivals(100, {Answer("lie"), kStranger}), kNetNothingReceived},
+      {"another letter", {{"KORVAx" + std::string(8, '\0'), kPrinter}}, kNetFailed},
+      {"cut off", {{"KORVAq", kPrinter}}, kNetFailed},  // and not completed by bytes of the answer before
+      {"empty", {{"", kPrinter}}, kNetFailed},
   };
-  EXPECT_EQ(kNetFailed, driver_.Exchange(kSearchState, answer_, stop.get_token()));
-  EXPECT_EQ(6000U, clock_.Now() - start_);
+  for (const auto& [what, arrivals, result] : cases) {
+    ASSERT_EQ(kNetDone, driver_.Open(address_));
+    ASSERT_EQ(kNetDone, Exchange(kSearchState, {{state, kPrinter}, {state, kPrinter}})) << what;
+    EXPECT_EQ(result, Exchange(kSearchNames, arrivals)) << what;
+    EXPECT_EQ(result == kNetDone ? names : state, driver_.Answer()) << what;
+  }
+  EXPECT_EQ(0U, clock_.Now() - 0xFFFFF000);  // never waits
+}
+
+TEST_F(UpiqldpTest, QuestionsGoWhereTheLastAnswerOfThePrinterCameFrom) {
+  EXPECT_EQ(kNetDone, Exchange(kSearchState, {{Answer("a"), kOtherPort}}));
+  EXPECT_EQ((tagEndpoint{kPrinter.address, 4711}), sockets_.last_sent_to);
+  sockets_.arrivals = {{Answer("a"), kPrinter}};  // dropped when the next question is asked
+  EXPECT_EQ(kNetDone,
+            Exchange(kSearchNames, {{Answer("b"), {kStranger.address, 99}}, {Answer("c"), kPrinter}}));
+  EXPECT_EQ(kOtherPort, sockets_.last_sent_to);
+  EXPECT_EQ(kNetDone,
+            Exchange(kSearchNames, {{Answer("c"), kPrinter}}));  // the same answer to the same question
+  EXPECT_EQ(kPrinter, sockets_.last_sent_to);
+}
+
+TEST_F(UpiqldpTest, FailedReceivesArePassedOverUntilThereAreTooMany) {
+  sockets_.error = 10054;
+  sockets_.failing_receives = 5;
+  EXPECT_EQ(kNetDone, Exchange(kSearchState, {{Answer(), kPrinter}}));
+  for (const char* failing : {"receive", "poll"}) {
+    EXPECT_EQ(kNetDone, driver_.Ask(kSearchState));
+    sockets_.arrivals = {{Answer(), kPrinter}};
+    sockets_.failing = {failing};
+    std::uint32_t result = kNetNothingReceived;
+    for (int turn = 0; turn < 4; ++turn) {
+      ASSERT_EQ(kNetNothingReceived, result) << failing << turn;
+      result = driver_.Take();
+    }
+    EXPECT_EQ(kNetFailed, result) << failing;
+    sockets_.failing.clear();
+  }
+  sockets_.failing = {"send"};
+  EXPECT_EQ(kNetFailed, driver_.Ask(kSearchState));
+}
+
+TEST_F(UpiqldpTest, AnAnswerNamesTheTargetWhereItMust) {
+  driver_.SetTargetMac("010203040506");
+  EXPECT_EQ(kNetFailed, Exchange(kSearchState, {{Answer("\1\2\3\4\5\7"), kPrinter}}));
+  EXPECT_EQ(kNetDone, Exchange(kSearchState, {{Answer("\1\2\3\4\5\6"), kPrinter}}));
 }
 
 }  // namespace

@@ -38,6 +38,7 @@ ip route add 255.255.255.255/32 dev lo src 127.0.0.1
 
 rm -rf "$work"
 mkdir -p "$work/memory/127.0.0.3"
+: >"$work/printers.txt"
 printf '[factory]\nCLR,Z = 300\n' >"$work/memory/127.0.0.3/printer.ini"
 # The time is for the case that this script is killed.
 "$program" --printer 127.0.0.2 --printer "127.0.0.3:Dock 3" --printer 127.0.0.4 --memory "$work/memory" --for 300 \

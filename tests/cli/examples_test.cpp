@@ -19,6 +19,10 @@ TEST_F(CExamplesTest, WriteASettingAndReadSettings) {
   EXPECT_EQ(read.exit_code, 1U);
   EXPECT_EQ(read.out,
             "first resolution: 600\r\nsecond resolution: not answered\r\nthird resolution: 600\r\n");
+
+  const tagRun layer = RunProgram(ProgramFolder() / "printer_sample.exe", {"read", "USB001"});
+  EXPECT_EQ(layer.exit_code, 0U) << layer.err;
+  EXPECT_EQ(layer.out, "resolutions: 600, (not answered), 600\r\n");
 }
 
 }  // namespace

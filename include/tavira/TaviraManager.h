@@ -13,7 +13,8 @@
  *     TVMGR_Initialize and TVMGR_Terminate themselves. A failed allocation is -3 wherever nothing else is
  *     said.
  *  2. No exception leaves the module, except std::invalid_argument for a negative index (functions that take
- *     one).
+ *     one). Only a C++ host that was built with the module's own run-time library (MinGW-w64) can catch it; it
+ *     ends the process of every other host (MSVC, C, C#, Python). Check an index before the call.
  *  3. Blocking. Functions that talk to the printer block the calling thread until they end. Every wait is
  *     bounded; "blocks up to" states the bound of the waits themselves. One transaction waits up to 60 s for
  *     the first answer byte unless stated otherwise and always costs at least 100 ms. The module cannot
@@ -61,6 +62,11 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/** The version of the module that this header belongs to; its version resource and tvmgr --version say the same. */
+#define TVMGR_VERSION_MAJOR 1
+#define TVMGR_VERSION_MINOR 0
+#define TVMGR_VERSION_PATCH 0
 
 /** One UTF-16 code unit: wchar_t on Windows; char16_t where the module's core is built elsewhere. */
 #if defined(_WIN32)
@@ -591,7 +597,7 @@ int32_t TVMGR_GetRegistFileArraySize(int32_t kind, uint32_t* count);
 /**
  * The name of one file of a list, with extension, without device letter.
  *
- * @param index   from 0. TRAP: a negative index raises std::invalid_argument.
+ * @param index   from 0. TRAP: a negative index ends the process (convention 2).
  * @param name    null to ask for the length; else receives the name and its terminator.
  * @param length  characters. name null: receives the length without terminator. Otherwise the capacity of
  *     name, at least length + 1; unchanged.
@@ -795,7 +801,7 @@ int32_t TVMGR_GetSearchPrinterStatus(void);
  *
  * @param kind    a value of enum TvmgrSearchKind.
  * @param index   from 0; beyond the last printer nothing is copied. TRAP: a negative index with a record
- *     raises std::invalid_argument.
+ *     ends the process (convention 2).
  * @param record  receives the printer; may be null. Its earlier texts are released; release the new ones
  *     after use.
  * @param count   receives the number of printers found; may be null.

@@ -6,6 +6,7 @@ Usage: exports.py BIN_FOLDER
 
 import pathlib
 import re
+import struct
 import subprocess
 import sys
 
@@ -18,6 +19,7 @@ PORT_LIBRARY_EXPORTS = {"Initialize", "Terminate", "SendData", "ReceiveData", "C
 SYSTEM_DLLS = {"kernel32.dll", "msvcrt.dll", "advapi32.dll", "user32.dll", "ws2_32.dll", "winspool.drv"}
 FLAGS = ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT")
 RT_VERSION = 16
+FIXED_VERSION = struct.pack("<I", 0xFEEF04BD)  # the mark of the version resource's fixed part
 
 
 def declared_exports():
@@ -25,6 +27,22 @@ def declared_exports():
     text = (ROOT / HEADER).read_text(encoding="utf-8")
     text = re.sub(r"/\*.*?\*/", "", text, flags=re.DOTALL)
     return set(re.findall(r"^(?:int32_t|bool)\s+(TVMGR_\w+)\s*\(", text, re.MULTILINE))
+
+
+def declared_version():
+    """The version that the public header declares, as MAJOR.MINOR.PATCH."""
+    text = (ROOT / HEADER).read_text(encoding="utf-8")
+    return ".".join(re.findall(r"^#define TVMGR_VERSION_(?:MAJOR|MINOR|PATCH) (\d+)$", text, re.MULTILINE))
+
+
+def resource_versions(dll):
+    """The file's and the product's version of the version resource."""
+    data = dll.read_bytes()
+    mark = data.find(FIXED_VERSION)
+    if mark < 0 or len(data) < mark + 24:
+        return []
+    words = struct.unpack_from("<8H", data, mark + 8)
+    return [f"{words[i + 1]}.{words[i]}.{words[i + 3]}" for i in (0, 4)]
 
 
 def dump(dll):
@@ -75,6 +93,8 @@ def main():
     if len(declared) != EXPORT_COUNT:
         problems.append(f"{HEADER}:1: declares {len(declared)} functions, not {EXPORT_COUNT}")
     problems += check(bin_folder / "TaviraManager.dll", declared, needs_version=True)
+    if resource_versions(bin_folder / "TaviraManager.dll") != [declared_version()] * 2:
+        problems.append(f"{HEADER}:1: not of the version of the version resource")
     problems += check(bin_folder / "Ferrolink.dll", PORT_LIBRARY_EXPORTS, needs_version=False)
     recorder = bin_folder.parent / "recorder" / "Ferrolink.dll"
     problems += check(recorder, PORT_LIBRARY_EXPORTS, needs_version=True)

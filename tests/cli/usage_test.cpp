@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli_fixture.h"
+#include "tavira/TaviraManager.h"
 
 namespace {
 
@@ -83,6 +84,12 @@ TEST_F(CUsageTest, HelpNamesEveryCommandAndEachHasExamples) {
 }
 
 TEST_F(CUsageTest, CommandsWithoutPrinterWork) {
+  const tagRun version = Tvmgr({"--version"});
+  EXPECT_EQ(version.exit_code, 0U);
+  EXPECT_EQ(version.out, "tvmgr " + std::to_string(TVMGR_VERSION_MAJOR) + "." +
+                             std::to_string(TVMGR_VERSION_MINOR) + "." + std::to_string(TVMGR_VERSION_PATCH) +
+                             "\r\n");
+
   const nlohmann::json codes = Json({"codes"});
   const auto unreadable =
       std::find_if(codes.begin(), codes.end(), [](const auto& code) { return code["code"] == -5; });

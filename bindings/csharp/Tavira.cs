@@ -12,6 +12,7 @@
 // here too. This file says only what is different:
 //
 // - A TaviraException is thrown for every result but Result.OK. It carries the code, its words and the function.
+//   (DllNotFoundException: the module itself cannot be loaded. BadImageFormatException: the process has 32 bits.)
 // - Values and answers that may be missing are null, which is also what a silent printer looks like.
 // - What would end the process (a negative index, a buffer that is too small, the bytes of an empty value) and what would
 //   be cut short (a zero character inside a text) is a TaviraException, and nothing is called.

@@ -8,7 +8,8 @@
 What the functions do, how long they block and what their codes mean stands in TaviraManager.h, whose conventions hold here
 too. This file says only what is different:
 
-- An Error is raised for every result but Result.OK. It carries the code, its words and the function.
+- An Error is raised for every result but Result.OK. It carries the code, its words and the function. (OSError: the module
+  itself cannot be loaded.)
 - Values and answers that may be missing are None, which is also what a silent printer looks like.
 - What would end the process (a negative index, a buffer that is too small, the bytes of an empty value) and what would be cut
   short (a zero character inside a text, a number that does not fit) is an Error, and nothing is called.
@@ -355,10 +356,11 @@ class Library:
 
     def __init__(self, path: Optional[str] = None) -> None:
         path = path or os.environ.get("TAVIRA_LIBRARY") or self._default_path()
-        if sys.platform == "win32":
+        if sys.platform == "win32" and os.path.dirname(path):
             # The module asks for its port library by name, which Windows looks for beside python.exe. Once it is loaded from
             # beside the module, it is found.
-            port_library = os.path.join(os.path.dirname(os.path.abspath(path)), "Ferrolink.dll")
+            path = os.path.abspath(path)
+            port_library = os.path.join(os.path.dirname(path), "Ferrolink.dll")
             self._port_library = ctypes.CDLL(port_library) if os.path.exists(port_library) else None
         self._library = ctypes.CDLL(path)
         for name, (result, *arguments) in _SIGNATURES.items():

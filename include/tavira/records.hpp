@@ -67,15 +67,17 @@ inline Utf16 ToUtf16(const char* function, std::wstring_view text) {
   units.reserve(text.size());
   for (const wchar_t character : text) {
     const auto code = static_cast<std::uint32_t>(character);
-    if (code == 0 || (sizeof(wchar_t) > 2 && code > 0x10FFFF)) {
+    if (code == 0 || code > 0x10FFFF) {
       throw Error(function, TVMGR_BAD_ARGUMENT, "a character inside a text that UTF-16 text cannot hold");
     }
-    if (sizeof(wchar_t) > 2 && code > 0xFFFF) {
-      units.push_back(static_cast<TvmgrChar>(0xD7C0 + (code >> 10)));
-      units.push_back(static_cast<TvmgrChar>(0xDC00 + (code & 0x3FF)));
-    } else {
-      units.push_back(static_cast<TvmgrChar>(code));
+    if constexpr (sizeof(wchar_t) > sizeof(TvmgrChar)) {
+      if (code > 0xFFFF) {
+        units.push_back(static_cast<TvmgrChar>(0xD7C0 + (code >> 10)));
+        units.push_back(static_cast<TvmgrChar>(0xDC00 + (code & 0x3FF)));
+        continue;
+      }
     }
+    units.push_back(static_cast<TvmgrChar>(code));
   }
   return units;
 }
@@ -86,13 +88,15 @@ inline std::wstring FromUtf16(TvmgrText text) {
   result.reserve(length);
   for (std::size_t i = 0; i < length; ++i) {
     const auto unit = static_cast<std::uint32_t>(text[i]);
-    const auto next = static_cast<std::uint32_t>(text[i + 1]);  // at the end: the terminator
-    if (sizeof(wchar_t) > 2 && (unit & 0xFC00) == 0xD800 && (next & 0xFC00) == 0xDC00) {
-      result.push_back(static_cast<wchar_t>(0x10000 + ((unit & 0x3FF) << 10) + (next & 0x3FF)));
-      ++i;
-    } else {
-      result.push_back(static_cast<wchar_t>(unit));
+    if constexpr (sizeof(wchar_t) > sizeof(TvmgrChar)) {
+      const auto next = static_cast<std::uint32_t>(text[i + 1]);  // at the end: the terminator
+      if ((unit & 0xFC00) == 0xD800 && (next & 0xFC00) == 0xDC00) {
+        result.push_back(static_cast<wchar_t>(0x10000 + ((unit & 0x3FF) << 10) + (next & 0x3FF)));
+        ++i;
+        continue;
+      }
     }
+    result.push_back(static_cast<wchar_t>(unit));
   }
   return result;
 }

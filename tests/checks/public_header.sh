@@ -17,6 +17,8 @@ void (*text_release)(TvmgrText*) = TvmgrTextRelease;
 void (*printer_release)(TvmgrFoundPrinter*) = TvmgrFoundPrinterRelease;
 SOURCE
 cp "$work/alone.c" "$work/alone.cpp"
+# Behind windows.h as a host may have it: with all of its macros.
+printf '#include <windows.h>\n#include <tavira/manager.hpp>\n' >"$work/windows.cpp"
 layer=(include/tavira/*.hpp)
 for file in "${layer[@]}"; do
   printf '#include <%s>\n#include <%s>\n' "${file#include/}" "${file#include/}" >"$work/$(basename "$file").cpp"
@@ -42,6 +44,7 @@ for compiler in g++ x86_64-w64-mingw32-g++-posix clang++; do
     compile "$compiler" c++17 "$work/$(basename "$file").cpp"
   done
 done
+compile x86_64-w64-mingw32-g++-posix c++17 "$work/windows.cpp"
 if ((count == 0)); then
   echo "public_header: no compiler found"
   failed=1

@@ -88,7 +88,7 @@ TEST_F(CUsageTest, CommandsWithoutPrinterWork) {
   EXPECT_EQ(version.exit_code, 0U);
   EXPECT_EQ(version.out, "tvmgr " + std::to_string(TVMGR_VERSION_MAJOR) + "." +
                              std::to_string(TVMGR_VERSION_MINOR) + "." + std::to_string(TVMGR_VERSION_PATCH) +
-                             "\r\n");
+                             "\n");
 
   const nlohmann::json codes = Json({"codes"});
   const auto unreadable =

@@ -8,6 +8,13 @@ std::wstring Environment(const wchar_t* name) {
   return value;
 }
 
+// Not std::filesystem::absolute, to which \\server\share is a relative path.
+std::filesystem::path FullPath(const std::wstring& path) {
+  std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return full.empty() ? path : full;
+}
+
 std::filesystem::path ModuleFile(HMODULE module_or_null) {
   constexpr std::size_t kLongestPath = 32'768;
   std::wstring path(kLongestPath, L'\0');

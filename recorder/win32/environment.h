@@ -11,6 +11,9 @@ namespace recorder {
 /// An environment variable as Windows has it now; empty when it is not set.
 std::wstring Environment(const wchar_t* name);
 
+/// A path that stays the same when the host changes its working folder; of nothing, nothing.
+std::filesystem::path FullPath(const std::wstring& path);
+
 /// The file of a module of this process; null: the host program.
 std::filesystem::path ModuleFile(HMODULE module_or_null);
 

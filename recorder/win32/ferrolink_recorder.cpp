@@ -29,7 +29,7 @@ bool Start() {
   if (!has_started) {
     try {
       if (const std::wstring transcript = Environment(L"TAVIRA_REPLAY"); !transcript.empty()) {
-        player = new CPlayer(transcript);
+        player = new CPlayer(FullPath(transcript), FullPath(Environment(L"TAVIRA_REPLAY_REPORT")));
       } else {
         recording = new CRecording(self);
       }

@@ -9,7 +9,8 @@
 
 namespace recorder {
 
-CPlayer::CPlayer(std::filesystem::path transcript) : transcript_(std::move(transcript)) {}
+CPlayer::CPlayer(std::filesystem::path transcript, std::filesystem::path report)
+    : transcript_(std::move(transcript)), report_(std::move(report)) {}
 
 void CPlayer::Finish() noexcept {
   // At the end of a process the thread that holds the lock may be gone.
@@ -75,8 +76,8 @@ void CPlayer::Tell(const std::string& text) {
 
 void CPlayer::Report(const std::string& text) {
   const CKeptError kept;
-  if (const std::wstring file = Environment(L"TAVIRA_REPLAY_REPORT"); !file.empty()) {
-    std::ofstream(std::filesystem::path(file), std::ios::binary) << text << '\n';
+  if (!report_.empty()) {
+    std::ofstream(report_, std::ios::binary) << text << '\n';
   }
 }
 

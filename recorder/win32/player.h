@@ -11,12 +11,11 @@
 
 namespace recorder {
 
-/// Plays the transcript TAVIRA_REPLAY in place of a library, in the order TAVIRA_REPLAY_ORDER (strict,
-/// command). What does not fit goes to the host's error stream and to a debugger; the last word goes to the
-/// file TAVIRA_REPLAY_REPORT as well.
+/// Plays a transcript in place of a library, in the order TAVIRA_REPLAY_ORDER (strict, command). What does not
+/// fit goes to the host's error stream and to a debugger; the last word goes to the report as well.
 class CPlayer {
  public:
-  explicit CPlayer(std::filesystem::path transcript);
+  CPlayer(std::filesystem::path transcript, std::filesystem::path report);
 
   /// Runs the work on the replay, one thread at a time; kRecorderFailure and a line when there is none.
   template <typename Work>
@@ -44,6 +43,7 @@ class CPlayer {
 
   std::mutex mutex_;
   std::filesystem::path transcript_;
+  std::filesystem::path report_;  // empty: none
   std::optional<CReplay> replay_;
   bool was_read_ = false;
   bool was_told_ = false;

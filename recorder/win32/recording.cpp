@@ -19,8 +19,7 @@ MicrosecondClock ClockFromNow() {
 
 std::filesystem::path LibraryFile(HMODULE self) {
   const std::wstring chosen = Environment(L"TAVIRA_RECORD_LIBRARY");
-  return chosen.empty() ? ModuleFile(self).parent_path() / "Ferrolink_real.dll"
-                        : std::filesystem::absolute(chosen);
+  return chosen.empty() ? ModuleFile(self).parent_path() / "Ferrolink_real.dll" : FullPath(chosen);
 }
 
 // What the recorder does around a call: no error of it reaches the host, not even as the thread's last one.
@@ -108,9 +107,14 @@ void CRecording::NoteUnseen(CallKind kind) {
 
 // Who recorded what, in front of the first line.
 void CRecording::Introduce() {
-  if (!is_introduced_.exchange(true)) {
+  if (is_introduced_.exchange(true)) {
+    return;
+  }
+  try {
     writer_.WriteNote("recorded " + UtcNow() + ", host " + Utf8(ModuleFile(nullptr).filename().wstring()) +
                       ", process " + std::to_string(GetCurrentProcessId()) + ", " + library_.Description());
+  } catch (...) {
+    // Without memory there is no note, but the lines of the calls need none.
   }
 }
 

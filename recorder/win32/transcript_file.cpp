@@ -23,6 +23,8 @@ std::string FormatUtc(const char* pattern) {
 
 }  // namespace
 
+CTranscriptFile::CTranscriptFile() : chosen_(FullPath(Environment(L"TAVIRA_RECORD_FOLDER"))) {}
+
 std::string UtcNow() {
   return FormatUtc(kTimePattern);
 }
@@ -58,10 +60,10 @@ bool CTranscriptFile::CutTo(std::uint64_t size) noexcept {
 }
 
 void CTranscriptFile::Open() {
-  if (const fs::path chosen = Environment(L"TAVIRA_RECORD_FOLDER"); !chosen.empty()) {
+  if (!chosen_.empty()) {
     std::error_code ignored;
-    fs::create_directories(chosen, ignored);
-    OpenIn(chosen);
+    fs::create_directories(chosen_, ignored);
+    OpenIn(chosen_);
     return;
   }
   std::error_code error;

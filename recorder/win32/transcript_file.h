@@ -14,7 +14,7 @@ namespace recorder {
 /// line is with the system as soon as it is appended: it outlives the process, however that ends.
 class CTranscriptFile : public ITranscriptSink {
  public:
-  CTranscriptFile() = default;
+  CTranscriptFile();
   ~CTranscriptFile() override;
   CTranscriptFile(const CTranscriptFile&) = delete;
   CTranscriptFile& operator=(const CTranscriptFile&) = delete;
@@ -26,6 +26,7 @@ class CTranscriptFile : public ITranscriptSink {
   void Open();
   bool OpenIn(const std::filesystem::path& folder);
 
+  std::filesystem::path chosen_;
   HANDLE file_ = INVALID_HANDLE_VALUE;
   bool was_opened_ = false;  // tried once: a place that is not there is not asked for at every call
 };

@@ -51,7 +51,7 @@ class CPortHost {
   std::int32_t (*terminate)() = nullptr;
   std::int32_t (*send)(const std::uint8_t*, std::uint32_t) = nullptr;
   std::int32_t (*receive)(std::uint8_t*, std::uint32_t*) = nullptr;
-  double (*clear)(std::int32_t, double, const char*, float, std::int64_t, double, std::int8_t) = nullptr;
+  double (*clear)(double, std::int64_t, float, const char*, std::int64_t, double, std::int8_t) = nullptr;
   tagManyResults (*index)(float, std::int64_t, double, std::int32_t*, tagManyResults, std::int32_t) = nullptr;
 
  private:

@@ -62,10 +62,11 @@ std::int32_t ReceiveData(std::uint8_t* buffer, std::uint32_t* size) {
   return waiting == "fail" ? -9 : 0;
 }
 
-double ClearReceiveData(std::int32_t a, double b, const char* c, float d, std::int64_t e, double f,
+// In xmm0, rdx, xmm2, r9, and on the stack; the other one in rcx (where to), xmm1, r8, xmm3.
+double ClearReceiveData(double a, std::int64_t b, float c, const char* d, std::int64_t e, double f,
                         std::int8_t g) {
   SetLastError(1004);
-  return a + b * 2 + c[0] * 3 + d * 4 + static_cast<double>(e) * 5 + f * 6 + g * 7;
+  return a + static_cast<double>(b) * 2 + c * 3 + d[0] * 4 + static_cast<double>(e) * 5 + f * 6 + g * 7;
 }
 
 tagManyResults GetPortComIndex(float a, std::int64_t b, double c, std::int32_t* d, tagManyResults e,

@@ -398,6 +398,7 @@ int32_t TVMGR_GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
  * @retval -1  Ferrolink.dll is incomplete.
  * @retval -2  No manager or no port link.
  * @retval -7  The setting has no query (46) or does not exist.
+ * @retval -10 A full load met a background file with a payload that cannot be decoded.
  * @retval other  Ferrolink.dll's own code. After a failed full load the value store must not be trusted.
  */
 int32_t TVMGR_LoadSetting(bool all, int32_t id);

@@ -10,8 +10,8 @@ constexpr std::uint64_t kLargestSize = 0x40000000;
 }  // namespace
 
 std::int32_t CBackupFile::Create() {
-  const auto file = files_.Create(path_);
-  return file != nullptr && file->Close() ? TVMGR_OK : TVMGR_FILE_ERROR;
+  file_ = files_.Create(path_);
+  return file_ != nullptr && file_->Close() ? TVMGR_OK : TVMGR_FILE_ERROR;
 }
 
 std::int32_t CBackupFile::Append(std::string_view bytes) {
@@ -26,29 +26,38 @@ std::int32_t CBackupFile::Append(std::string_view bytes, std::uint64_t largest_s
   if (bytes.empty()) {
     return TVMGR_OK;
   }
-  const auto file = files_.OpenForWriting(path_);
-  std::uint64_t size = 0;
-  if (file == nullptr || !file->SeekToEnd(size)) {
+  if (file_ == nullptr || !file_->Reopen()) {
     return TVMGR_FILE_ERROR;
   }
-  if (size > largest_size) {
+  std::uint64_t size_before = 0;
+  const std::int32_t result = WriteAtEnd(bytes, largest_size, size_before);
+  if (!file_->Close() && result == TVMGR_OK) {
+    CutBack(size_before);
+    return TVMGR_FILE_ERROR;
+  }
+  return result;
+}
+
+std::int32_t CBackupFile::WriteAtEnd(std::string_view bytes, std::uint64_t largest_size,
+                                     std::uint64_t& size_before) {
+  if (!file_->SeekToEnd(size_before)) {
+    return TVMGR_FILE_ERROR;
+  }
+  if (size_before > largest_size) {
     return TVMGR_FILE_TOO_LARGE;
   }
-  const bool written = file->Write(bytes);
-  if (!written) {
-    file->Truncate(size);
+  if (!file_->Write(bytes)) {
+    file_->Truncate(size_before);
+    return TVMGR_FILE_ERROR;
   }
-  const bool closed = file->Close();
-  if (!closed) {
-    CutBack(size);
-  }
-  return written && closed ? TVMGR_OK : TVMGR_FILE_ERROR;
+  return TVMGR_OK;
 }
 
 // A close that fails tells of bytes that were taken before and are lost now.
 void CBackupFile::CutBack(std::uint64_t size) {
-  if (const auto file = files_.OpenForWriting(path_)) {
-    file->Truncate(size);
+  if (file_->Reopen()) {
+    file_->Truncate(size);
+    file_->Close();
   }
 }
 

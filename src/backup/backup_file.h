@@ -20,7 +20,7 @@ class CBackupFile {
   /** Creates the file or empties it. */
   std::int32_t Create();
 
-  /** Opens the file, adds the bytes at its end, closes it. No bytes: does nothing. */
+  /** Opens the file, adds the bytes at its end, closes it; takes no memory. No bytes: does nothing. */
   std::int32_t Append(std::string_view bytes);
 
   /** As Append, whatever the file's size: for the trailer that ends every backup. */
@@ -28,10 +28,12 @@ class CBackupFile {
 
  private:
   std::int32_t Append(std::string_view bytes, std::uint64_t largest_size);
+  std::int32_t WriteAtEnd(std::string_view bytes, std::uint64_t largest_size, std::uint64_t& size_before);
   void CutBack(std::uint64_t size);
 
   IFileSystem& files_;
   const WideString path_;
+  std::unique_ptr<IHostFile> file_; /**< what Create made; closed between the pieces */
 };
 
 }  // namespace tavira

@@ -34,6 +34,9 @@ class IHostFile {
   virtual bool Read(std::span<char> buffer, std::size_t& got) = 0;
 
   virtual bool Close() = 0;
+
+  /** After Close: opens the file that it was again, as it is, for reading and writing. Takes no memory. */
+  virtual bool Reopen() = 0;
 };
 
 /** Files of the host, by the paths that FullPath gives. What is no file on a disk cannot be opened. */
@@ -49,9 +52,6 @@ class IFileSystem {
 
   /** Creates the file or empties it; open for writing. Null when that fails. */
   virtual std::unique_ptr<IHostFile> Create(const WideString& path) = 0;
-
-  /** Opens an existing file for reading and writing as it is. Null when that fails. */
-  virtual std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) = 0;
 
   /** Opens an existing file for reading. Null when that fails. */
   virtual std::unique_ptr<IHostFile> OpenForReading(const WideString& path) = 0;

@@ -144,10 +144,9 @@ inline void SkipForeign(tagCursor& at) {
   }
 }
 
-/** Decodes about kBlock characters, or what is left. */
-[[gnu::always_inline]] inline void DecodeBlock(tagCursor& at, tagBase64Group& held) {
+/** Decodes about kBlock characters, or what is left. `among_junk`: a long span comes next. */
+[[gnu::always_inline]] inline void DecodeBlock(tagCursor& at, tagBase64Group& held, bool& among_junk) {
   const std::uint8_t* const stop = at.in + std::min(at.Left(), kBlock);
-  bool among_junk = false;
   while (at.in < stop) {
     if (among_junk) {
       const std::size_t foreign = DecodeSpan(at, std::min(at.Left(), kLongSpan), held);
@@ -173,8 +172,9 @@ void CBase64Decoder::Append(std::string_view text, std::string& bytes) {
   const auto* in = reinterpret_cast<const std::uint8_t*>(text.data());
   tagCursor at{in, in + text.size(), block.data()};
   tagBase64Group held = held_;
+  bool among_junk = false;
   while (at.in != at.end) {
-    DecodeBlock(at, held);
+    DecodeBlock(at, held, among_junk);
     bytes.append(reinterpret_cast<const char*>(block.data()),
                  static_cast<std::size_t>(at.out - block.data()));
     at.out = block.data();

@@ -63,8 +63,9 @@ std::size_t FindMarker(std::string_view field) {
 }
 
 /**
- * Decodes what stands before the next ":", for which it looks as it goes: a payload may have many megabytes.
- * The checksum behind it is made of base64 characters too. Returns how far it went.
+ * Decodes what stands before the next ":"; the checksum behind that is made of base64 characters too. A
+ * payload may have many megabytes, so each piece is decoded first and searched then, while it is at hand.
+ * Returns how far it went.
  */
 std::size_t DecodeToColon(std::string_view text, std::string& data) {
   constexpr std::size_t kPiece = 4096;
@@ -75,8 +76,15 @@ std::size_t DecodeToColon(std::string_view text, std::string& data) {
   std::size_t colon = std::string_view::npos;
   while (at < text.size() && colon == std::string_view::npos) {
     const std::string_view piece = text.substr(at, kPiece);
+    const CBase64Decoder decoder_before = decoder;
+    const std::size_t size_before = data.size();
+    decoder.Append(piece, data);
     colon = piece.find(':');
-    decoder.Append(piece.substr(0, colon), data);
+    if (colon != std::string_view::npos) {
+      decoder = decoder_before;
+      data.resize(size_before);
+      decoder.Append(piece.substr(0, colon), data);
+    }
     at += std::min(colon, piece.size());
   }
   decoder.Finish(data);

@@ -150,6 +150,7 @@ class CFaultyFile final : public IHostFile {
     const bool fails = Fails(EFileCall::kClose);
     return file_->Close() && !fails;
   }
+  bool Reopen() override { return !Fails(EFileCall::kOpen) && file_->Reopen(); }
 
  private:
   static bool Fails(EFileCall call) { return CTestWorld::Current().IsToFail(call); }
@@ -165,9 +166,6 @@ class CFaultyFileSystem final : public IFileSystem {
   }
   std::unique_ptr<IHostFile> Create(const WideString& path) override {
     return Wrap(EFileCall::kCreate, [&] { return files_->Create(path); });
-  }
-  std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) override {
-    return Wrap(EFileCall::kOpen, [&] { return files_->OpenForWriting(path); });
   }
   std::unique_ptr<IHostFile> OpenForReading(const WideString& path) override {
     return Wrap(EFileCall::kOpen, [&] { return files_->OpenForReading(path); });

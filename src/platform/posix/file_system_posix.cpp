@@ -12,16 +12,15 @@ namespace {
 
 class CPosixFile final : public IHostFile {
  public:
-  CPosixFile() = default;
+  explicit CPosixFile(std::filesystem::path path) : path_(std::move(path)) {}
   ~CPosixFile() override { Close(); }
   CPosixFile(const CPosixFile&) = delete;
   CPosixFile& operator=(const CPosixFile&) = delete;
 
   /** Not what is no file on a disk: the null device keeps nothing, and a pipe may wait for ever. */
-  bool Open(const std::filesystem::path& path, int flags) {
+  bool Open(int flags) {
     struct stat status {};
-    descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
-    return descriptor_ >= 0 && ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    return OpenAgain(flags) && ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
   }
 
   bool SeekToEnd(std::uint64_t& size) override {
@@ -74,7 +73,15 @@ class CPosixFile final : public IHostFile {
     return descriptor == -1 || ::close(descriptor) == 0;
   }
 
+  bool Reopen() override { return OpenAgain(O_RDWR); }
+
  private:
+  bool OpenAgain(int flags) {
+    descriptor_ = ::open(path_.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
+    return descriptor_ >= 0;
+  }
+
+  std::filesystem::path path_;
   int descriptor_ = -1;
 };
 
@@ -90,13 +97,12 @@ class CPosixFileSystem final : public IFileSystem {
   std::unique_ptr<IHostFile> Create(const WideString& path) override {
     return Open(path, O_WRONLY | O_CREAT | O_TRUNC);
   }
-  std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) override { return Open(path, O_RDWR); }
   std::unique_ptr<IHostFile> OpenForReading(const WideString& path) override { return Open(path, O_RDONLY); }
 
  private:
   static std::unique_ptr<IHostFile> Open(const WideString& path, int flags) {
-    auto file = std::make_unique<CPosixFile>();  // first: without memory for it, nothing is left open
-    return file->Open(path, flags) ? std::move(file) : nullptr;
+    auto file = std::make_unique<CPosixFile>(path);  // first: without memory for it, nothing is left open
+    return file->Open(flags) ? std::move(file) : nullptr;
   }
 };
 

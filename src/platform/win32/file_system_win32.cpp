@@ -12,16 +12,14 @@ constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
 class CWin32File final : public IHostFile {
  public:
-  CWin32File() = default;
+  explicit CWin32File(WideString path) : path_(std::move(path)) {}
   ~CWin32File() override { Close(); }
   CWin32File(const CWin32File&) = delete;
   CWin32File& operator=(const CWin32File&) = delete;
 
   /** Not what is no file on a disk: NUL takes everything and keeps nothing, a port or pipe may wait for ever. */
-  bool Open(const WideString& path, DWORD access, DWORD share, DWORD disposition) {
-    handle_ =
-        ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    return handle_ != INVALID_HANDLE_VALUE && ::GetFileType(handle_) == FILE_TYPE_DISK;
+  bool Open(DWORD access, DWORD share, DWORD disposition) {
+    return OpenAgain(access, share, disposition) && ::GetFileType(handle_) == FILE_TYPE_DISK;
   }
 
   bool SeekToEnd(std::uint64_t& size) override {
@@ -79,9 +77,18 @@ class CWin32File final : public IHostFile {
     return handle == INVALID_HANDLE_VALUE || ::CloseHandle(handle) != 0;
   }
 
+  bool Reopen() override { return OpenAgain(GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING); }
+
  private:
+  bool OpenAgain(DWORD access, DWORD share, DWORD disposition) {
+    handle_ =
+        ::CreateFileW(path_.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return handle_ != INVALID_HANDLE_VALUE;
+  }
+
   static DWORD Transfer(std::size_t size) { return static_cast<DWORD>(std::min(size, kLargestTransfer)); }
 
+  WideString path_;
   HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
@@ -108,9 +115,6 @@ class CWin32FileSystem final : public IFileSystem {
   std::unique_ptr<IHostFile> Create(const WideString& path) override {
     return Open(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
   }
-  std::unique_ptr<IHostFile> OpenForWriting(const WideString& path) override {
-    return Open(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING);
-  }
   std::unique_ptr<IHostFile> OpenForReading(const WideString& path) override {
     return Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
   }
@@ -118,8 +122,9 @@ class CWin32FileSystem final : public IFileSystem {
  private:
   static std::unique_ptr<IHostFile> Open(const WideString& path, DWORD access, DWORD share,
                                          DWORD disposition) {
-    auto file = std::make_unique<CWin32File>();  // first: without memory for it, nothing is left open
-    return file->Open(path, access, share, disposition) ? std::move(file) : nullptr;
+    // First: without memory for it, nothing is left open.
+    auto file = std::make_unique<CWin32File>(path);
+    return file->Open(access, share, disposition) ? std::move(file) : nullptr;
   }
 };
 

@@ -17,7 +17,7 @@ TEST(FileSystemTest, ARelativePathStaysTheFileThatItWasWhenItWasResolved) {
   std::filesystem::current_path(absolute.parent_path());
   const WideString full = files->FullPath(absolute.filename().string<TvmgrChar>());
   std::filesystem::current_path(before);
-  const auto opened = files->OpenForWriting(full);
+  const auto opened = files->Create(full);
   ASSERT_NE(nullptr, opened);
   EXPECT_TRUE(opened->Write("here") && opened->Close());
   EXPECT_EQ("here", file.Read());
@@ -28,11 +28,13 @@ TEST(FileSystemTest, ARelativePathStaysTheFileThatItWasWhenItWasResolved) {
 TEST(FileSystemTest, AFileCutBackGrowsAgainFromThere) {
   const auto files = MakeFileSystem();
   const CTemporaryFile file;
+  const auto opened = files->Create(files->FullPath(file.Path()));
+  ASSERT_TRUE(opened != nullptr && opened->Close());
   for (const char* bytes : {"whole piece, half a pie", ", trailer"}) {
-    const auto opened = files->OpenForWriting(files->FullPath(file.Path()));
     std::uint64_t size = 0;
-    ASSERT_TRUE(opened != nullptr && opened->SeekToEnd(size) && opened->Write(bytes));
+    ASSERT_TRUE(opened->Reopen() && opened->SeekToEnd(size) && opened->Write(bytes));
     EXPECT_TRUE(size != 0 || opened->Truncate(11));
+    EXPECT_TRUE(opened->Close());
   }
   EXPECT_EQ("whole piece, trailer", file.Read());
 }
@@ -43,9 +45,7 @@ TEST(FileSystemTest, WhatIsNoFileOnADiskIsRefused) {
                            "/dev/null", "/dev/tty", "."}) {
     const WideString path = files->FullPath(WidenAscii(name));
     const bool is_device_here = path.starts_with(WidenAscii("\\\\.\\")) || name[0] == '/' || name[0] == '.';
-    EXPECT_TRUE(!is_device_here ||
-                (files->Create(path) == nullptr && files->OpenForWriting(path) == nullptr &&
-                 files->OpenForReading(path) == nullptr))
+    EXPECT_TRUE(!is_device_here || (files->Create(path) == nullptr && files->OpenForReading(path) == nullptr))
         << name;
   }
 }

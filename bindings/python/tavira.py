@@ -52,7 +52,7 @@ class Result(enum.IntEnum):
     CHECK_PORT_UNSUPPORTED = -103
 
 
-_WORDS = {
+_WORDS: Dict[int, str] = {
     Result.OK: "done",
     Result.FILE_TOO_LARGE: "the backup file has grown past 1 GiB; it was closed properly before that",
     Result.PORT_NOT_READY: "Ferrolink.dll lacks an entry point, or the search could not start its worker",
@@ -71,7 +71,7 @@ _WORDS = {
 
 def result_words(code: int) -> str:
     """What a result code means. A code of the port library has one text for all."""
-    return _WORDS.get(code, "a code of Ferrolink.dll, passed through")  # type: ignore[call-overload]
+    return _WORDS.get(code, "a code of Ferrolink.dll, passed through")
 
 
 class Error(Exception):
@@ -653,7 +653,7 @@ class Manager:
         self._call("TVMGR_StopSearchPrinter", _number("TVMGR_StopSearchPrinter", kind, _UINT32))
 
     def is_searching(self) -> bool:
-        code = self._function("TVMGR_GetSearchPrinterStatus")()
+        code: int = self._function("TVMGR_GetSearchPrinterStatus")()
         if code < 0:
             raise Error("TVMGR_GetSearchPrinterStatus", code)
         return code == 1

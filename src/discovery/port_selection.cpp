@@ -27,6 +27,7 @@ std::int32_t CPortSelection::Select(const TvmgrFoundPrinter* record, const Tvmgr
     return TVMGR_NOT_INITIALIZED;
   }
   port_name_.clear();
+  port_.Link().StoreDescription(nullptr);  // nothing of the earlier choice survives, whatever fails below
   tagFoundPrinter printer;
   WideString chosen_port(ViewHostText(port_name));
   if (record != nullptr) {
@@ -37,9 +38,14 @@ std::int32_t CPortSelection::Select(const TvmgrFoundPrinter* record, const Tvmgr
   } else if (port_name != nullptr) {
     spooler_.FillFromPort(chosen_port, printer);
   }
-  port_.Link().StoreDescription(MakeDescription(chosen_port, printer));
+  std::int32_t result = TVMGR_OK;
+  try {
+    port_.Link().StoreDescription(MakeDescription(chosen_port, printer));
+  } catch (const std::bad_alloc&) {
+    result = TVMGR_OUT_OF_MEMORY;
+  }
   port_name_ = std::move(chosen_port);
-  return TVMGR_OK;
+  return result;
 }
 
 std::int32_t CPortSelection::Report(TvmgrFoundPrinter* record) const {

@@ -14,7 +14,8 @@ class CPortSelection {
 
   /**
    * Makes the port description from a record, a spooler port name, or both; both null makes an empty one.
-   * Replaces the earlier one whole. 0, −2 without a link, −3 (the earlier description stays).
+   * Replaces the earlier one whole. 0, −2 without a link, −3: there is no description; the port name is kept
+   * when it was found.
    */
   std::int32_t Select(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
 

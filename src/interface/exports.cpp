@@ -57,9 +57,26 @@ std::int32_t Forward(std::int32_t (Object::*operation)(Parameters...), Arguments
   return Guarded([&] { return (manager->*operation)(arguments...); });
 }
 
+/** Forward, for the operations that exchange bytes with the printer: what they leave behind may be large. */
+template <typename Object, typename... Parameters, typename... Arguments>
+std::int32_t ForwardToPrinter(std::int32_t (Object::*operation)(Parameters...), Arguments... arguments) {
+  const std::int32_t result = Forward(operation, arguments...);
+  if (g_manager != nullptr) {
+    g_manager->ReleaseBuffers();
+  }
+  return result;
+}
+
 }  // namespace
 
 extern "C" {
+
+// Hosts have several values for true (1, -1 as 0xFF), and a parameter of type bool is read as if it held 0 or 1
+// only. So these three take the byte itself, under the names that the public header declares with bool.
+std::int32_t LoadSettingByte(std::uint8_t all, std::int32_t id) asm("TVMGR_LoadSetting");
+std::int32_t LoadSettingByListByte(std::uint8_t flag) asm("TVMGR_LoadSettingByList");
+std::int32_t DirectSendCommandByte(const std::uint8_t* data, std::int32_t length,
+                                   std::uint8_t allow_resolution_change) asm("TVMGR_DirectSendCommand");
 
 int32_t TVMGR_Initialize(void) {
   const CCall call;
@@ -83,8 +100,8 @@ int32_t TVMGR_Terminate(void) {
   return TVMGR_OK;
 }
 
-int32_t TVMGR_LoadSetting(bool all, int32_t id) {
-  return Forward(&ITaviraManager::LoadSetting, all, id);
+std::int32_t LoadSettingByte(std::uint8_t all, std::int32_t id) {
+  return ForwardToPrinter(&ITaviraManager::LoadSetting, all != 0, id);
 }
 
 bool TVMGR_GetSettingValue(int32_t id, uint8_t* buffer, int32_t* length) {
@@ -114,11 +131,11 @@ int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length) {
 }
 
 int32_t TVMGR_UpdatePrinterSetting(void) {
-  return Forward(&ITaviraManager::UpdatePrinterSetting);
+  return ForwardToPrinter(&ITaviraManager::UpdatePrinterSetting);
 }
 
 int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void) {
-  return Forward(&ITaviraManager::UpdatePrinterSettingNoChangeDPI);
+  return ForwardToPrinter(&ITaviraManager::UpdatePrinterSettingNoChangeDPI);
 }
 
 int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length) {
@@ -126,7 +143,7 @@ int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length)
 }
 
 int32_t TVMGR_ExecutePrinterOperation(void) {
-  return Forward(&ITaviraManager::ExecutePrinterOperation);
+  return ForwardToPrinter(&ITaviraManager::ExecutePrinterOperation);
 }
 
 int32_t TVMGR_ClearRegistList(void) {
@@ -139,11 +156,11 @@ int32_t TVMGR_UpdateRegistList(uint32_t kind, const uint8_t* primary, uint32_t p
 }
 
 int32_t TVMGR_RegistData(void) {
-  return Forward(&ITaviraManager::RegistData);
+  return ForwardToPrinter(&ITaviraManager::RegistData);
 }
 
 int32_t TVMGR_DeleteData(void) {
-  return Forward(&ITaviraManager::DeleteData);
+  return ForwardToPrinter(&ITaviraManager::DeleteData);
 }
 
 int32_t TVMGR_SearchPort(void* reserved1, void* reserved2, uint32_t reserved3) {
@@ -179,11 +196,11 @@ int32_t TVMGR_GetDeviceInfo(void* reserved1, void* reserved2, uint32_t reserved3
 }
 
 int32_t TVMGR_Backup(uint8_t reload) {
-  return Forward(&ITaviraManager::Backup, reload);
+  return ForwardToPrinter(&ITaviraManager::Backup, reload);
 }
 
 int32_t TVMGR_Restore(const TvmgrChar* path) {
-  return Forward(&ITaviraManager::Restore, path);
+  return ForwardToPrinter(&ITaviraManager::Restore, path);
 }
 
 int32_t TVMGR_GetSearchedPrinterInfo(int32_t kind, int32_t index, TvmgrFoundPrinter* record,
@@ -200,7 +217,7 @@ int32_t TVMGR_GetRegistFileArrayData(int32_t kind, int32_t index, TvmgrChar* nam
 }
 
 int32_t TVMGR_LoadStoredData(const TvmgrChar* name, uint8_t mode, uint32_t timeout_ms) {
-  return Forward(&ITaviraManager::LoadStoredData, name, mode, timeout_ms);
+  return ForwardToPrinter(&ITaviraManager::LoadStoredData, name, mode, timeout_ms);
 }
 
 int32_t TVMGR_GetStoredData(uint8_t* buffer, uint32_t* length) {
@@ -208,23 +225,24 @@ int32_t TVMGR_GetStoredData(uint8_t* buffer, uint32_t* length) {
 }
 
 int32_t TVMGR_UpdatePrefix(uint8_t control, uint8_t format, uint8_t delimiter) {
-  return Forward(&ITaviraManager::UpdatePrefix, control, format, delimiter);
+  return ForwardToPrinter(&ITaviraManager::UpdatePrefix, control, format, delimiter);
 }
 
 int32_t TVMGR_IsDefaultPrefix(uint8_t* is_default) {
-  return Forward(&ITaviraManager::IsDefaultPrefix, is_default);
+  return ForwardToPrinter(&ITaviraManager::IsDefaultPrefix, is_default);
 }
 
 int32_t TVMGR_GetPrinterStatus(uint32_t* status) {
-  return Forward(&ITaviraManager::GetPrinterStatus, status);
+  return ForwardToPrinter(&ITaviraManager::GetPrinterStatus, status);
 }
 
-int32_t TVMGR_DirectSendCommand(const uint8_t* data, int32_t length, bool allow_resolution_change) {
-  return Forward(&ITaviraManager::DirectSendCommand, data, length, allow_resolution_change);
+std::int32_t DirectSendCommandByte(const std::uint8_t* data, std::int32_t length,
+                                   std::uint8_t allow_resolution_change) {
+  return ForwardToPrinter(&ITaviraManager::DirectSendCommand, data, length, allow_resolution_change != 0);
 }
 
-int32_t TVMGR_LoadSettingByList(bool flag) {
-  return Forward(&ITaviraManager::LoadSettingByList, flag);
+std::int32_t LoadSettingByListByte(std::uint8_t flag) {
+  return ForwardToPrinter(&ITaviraManager::LoadSettingByList, flag != 0);
 }
 
 int32_t TVMGR_UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {

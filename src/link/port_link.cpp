@@ -1,11 +1,14 @@
 #include "link/port_link.h"
 
+#include <algorithm>
+#include <limits>
 #include <new>
 
 namespace tavira {
 namespace {
 
 constexpr const char* kLibraryFile = "Ferrolink.dll";
+constexpr std::size_t kKeptCapacity = std::size_t{1} << 20;
 
 }  // namespace
 
@@ -64,6 +67,9 @@ std::int32_t CPortLink::Send(std::string_view bytes) {
   if (!IsReady()) {
     return TVMGR_PORT_NOT_READY;
   }
+  if (bytes.size() > std::numeric_limits<std::uint32_t>::max()) {
+    return TVMGR_BAD_ARGUMENT;  // one send cannot say so many bytes; a part of a command is worse than none
+  }
   return entries_->send_data(reinterpret_cast<const std::uint8_t*>(bytes.data()),
                              static_cast<std::uint32_t>(bytes.size()));
 }
@@ -78,7 +84,18 @@ std::int32_t CPortLink::Receive(std::uint32_t count) {
     return TVMGR_PORT_NOT_READY;
   }
   receive_buffer_.resize(count);
-  return entries_->receive_data(reinterpret_cast<std::uint8_t*>(receive_buffer_.data()), &count);
+  const std::int32_t result =
+      entries_->receive_data(reinterpret_cast<std::uint8_t*>(receive_buffer_.data()), &count);
+  receive_buffer_.resize(std::min<std::size_t>(count, receive_buffer_.size()));
+  return result;
+}
+
+void CPortLink::ReleaseLargeBuffers() {
+  for (std::string* buffer : {&send_buffer_, &receive_buffer_}) {
+    if (buffer->capacity() > kKeptCapacity) {
+      std::string().swap(*buffer);
+    }
+  }
 }
 
 tagPortDescription CPortLink::ExchangeDescription() const {

@@ -46,14 +46,15 @@ class CPortLink {
   /** Ends what Open began. The library's own result says nothing and is ignored. */
   void Close();
 
-  /** −1 when the library is incomplete, else its own result. */
+  /** −1 when the library is incomplete, −7 for 4 GiB or more, else its own result. */
   std::int32_t Send(std::string_view bytes);
 
   /** How many answer bytes wait (0: none yet). −1 when the library is incomplete, else its own result. */
   std::int32_t WaitingBytes(std::uint32_t& count);
 
   /**
-   * Copies the waiting `count` bytes into the receive buffer. Results as WaitingBytes. Throws std::bad_alloc.
+   * Copies the waiting `count` bytes, or as many as the library delivers, into the receive buffer. Results as
+   * WaitingBytes. Throws std::bad_alloc.
    */
   std::int32_t Receive(std::uint32_t count);
 
@@ -69,6 +70,9 @@ class CPortLink {
 
   std::string& SendBuffer() { return send_buffer_; }
   std::string& ReceiveBuffer() { return receive_buffer_; }
+
+  /** Empties a buffer that has grown past 1 MiB and gives its memory back: for the end of an operation. */
+  void ReleaseLargeBuffers();
 
  private:
   bool IsReady() const { return entries_ != nullptr && entries_->ready; }

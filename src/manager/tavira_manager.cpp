@@ -29,6 +29,13 @@ CTaviraManager::CTaviraManager(std::unique_ptr<IPlatform> platform)
               usb_printers_),
       selection_(port_, spooler_) {}
 
+void CTaviraManager::ReleaseBuffers() {
+  stored_data_.ReleaseRawAnswer();
+  if (port_.HasLink()) {
+    port_.Link().ReleaseLargeBuffers();
+  }
+}
+
 std::int32_t CTaviraManager::UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name) {
   return selection_.Select(record, port_name);
 }

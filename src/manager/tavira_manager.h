@@ -37,6 +37,9 @@ class CTaviraManager final : public ITaviraManager {
   /** Ends what a call of another thread may be waiting for in a search, before the manager is destroyed. Any thread. */
   void GiveUpSearch() { search_.GiveUp(); }
 
+  /** Gives back what the operation that has just ended needed most of: the bytes sent and received. */
+  void ReleaseBuffers();
+
   std::int32_t UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
   std::int32_t GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
 

@@ -49,17 +49,18 @@ void ModuleFree(TvmgrTextManager*, TvmgrTextData* data) {
 
 TvmgrTextData* ModuleReallocate(TvmgrTextManager* manager, TvmgrTextData* data, std::int32_t chars,
                                 std::int32_t char_size) {
-  TvmgrTextData* larger = ModuleAllocate(manager, chars, char_size);
-  if (larger != nullptr) {
-    const std::int32_t kept = std::min(data->length, chars);
+  TvmgrTextData* resized = ModuleAllocate(manager, chars, char_size);
+  if (resized != nullptr) {
+    // As of memory that is resized in place: a host may have written characters and not set the length yet.
+    const auto bytes = static_cast<std::ptrdiff_t>(std::min(data->capacity, chars)) * char_size;
     const auto* from = reinterpret_cast<const char*>(data + 1);
-    const auto bytes = static_cast<std::ptrdiff_t>(kept) * char_size;
-    std::copy(from, from + bytes, reinterpret_cast<char*>(larger + 1));
-    std::fill_n(reinterpret_cast<char*>(larger + 1) + bytes, char_size, '\0');
-    larger->length = kept;
+    auto* end = std::copy(from, from + bytes, reinterpret_cast<char*>(resized + 1));
+    std::fill_n(end, char_size, '\0');
+    resized->length = std::min(data->length, chars);
+    resized->references = data->references;
     ModuleFree(manager, data);
   }
-  return larger;
+  return resized;
 }
 
 TvmgrTextData* ModuleGetNilString(TvmgrTextManager*) {

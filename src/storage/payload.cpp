@@ -116,12 +116,12 @@ std::int32_t ExtractPayload(std::string_view answer, std::string& data, const CL
   data.clear();
   std::string_view field;
   if (!FindObjectData(answer, leads, field)) {
-    data = answer;
+    std::string(answer).swap(data);  // not assigned, which would keep the memory of a larger file before it
     return TVMGR_OK;
   }
   const std::size_t marker = FindMarker(field);
   if (marker == std::string_view::npos) {
-    data = field;
+    std::string(field).swap(data);
     return TVMGR_OK;
   }
   try {

@@ -18,8 +18,10 @@ std::int32_t CStoredData::Load(const TvmgrChar* name, std::uint8_t mode, std::ui
   if (!port_.HasLink()) {
     return TVMGR_NOT_INITIALIZED;
   }
-  const std::string ansi_name = text_.ToAnsi(ViewHostText(name));
-  if (ansi_name.empty()) {
+  const WideView wide_name = ViewHostText(name);
+  const std::string ansi_name = text_.ToAnsi(wide_name);
+  // A name with replaced characters would be another file's, and "?" stands for any character.
+  if (ansi_name.empty() || !text_.IsWhole(wide_name, ansi_name)) {
     return TVMGR_BAD_ARGUMENT;
   }
   port_.NewCommand()

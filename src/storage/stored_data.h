@@ -18,8 +18,8 @@ class CStoredData {
   CStoredData(CPrinterPort& port, ITextCodec& text) : port_(port), text_(text) {}
 
   /**
-   * Fetches a file. 0 (also for an empty answer), −2 without a link, −7 null or empty name, −10 payload that
-   * cannot be decoded, else as CPrinterPort::Exchange; after a failed exchange both buffers keep what they
+   * Fetches a file. 0 (also for an empty answer), −2 without a link, −7 a name that is null, empty or not to be
+   * written in the code page (nothing sent), −10 payload that cannot be decoded, else as CPrinterPort::Exchange; after a failed exchange both buffers keep what they
    * held.
    */
   std::int32_t Load(const TvmgrChar* name, std::uint8_t mode, std::uint32_t timeout_ms);
@@ -33,8 +33,9 @@ class CStoredData {
   /** The file's bytes as the last fetch took them out of the answer. */
   const std::string& Data() const { return data_; }
 
-  /** The printer's own download command for the file: the last fetch's whole answer. */
+  /** The printer's own download command for the file: the last fetch's whole answer, until released. */
   const std::string& RawAnswer() const { return raw_answer_; }
+  void ReleaseRawAnswer() { std::string().swap(raw_answer_); }
 
  private:
   CPrinterPort& port_;

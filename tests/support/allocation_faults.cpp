@@ -1,5 +1,8 @@
 #include "allocation_faults.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -10,12 +13,34 @@ std::uint32_t countdown = 0;
 bool reached = false;
 int paused = 0;
 
+std::array<std::atomic<void*>, 64> large_blocks;
+
+void ReplaceLargeBlock(void* expected, void* block) noexcept {
+  for (auto& place : large_blocks) {
+    void* held = expected;
+    if (place.load(std::memory_order_relaxed) == expected && place.compare_exchange_strong(held, block)) {
+      return;
+    }
+  }
+}
+
 void* Allocate(std::size_t size) noexcept {
   if (countdown != 0 && paused == 0 && --countdown == 0) {
     reached = true;
     return nullptr;
   }
-  return std::malloc(size == 0 ? 1 : size);
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (size >= (std::size_t{1} << 20)) {
+    ReplaceLargeBlock(nullptr, memory);
+  }
+  return memory;
+}
+
+void Free(void* memory) noexcept {
+  if (memory != nullptr) {
+    ReplaceLargeBlock(memory, nullptr);
+  }
+  std::free(memory);
 }
 
 void* AllocateOrThrow(std::size_t size) {
@@ -41,22 +66,22 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return Allocate(size);
 }
 void operator delete(void* memory) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 
 namespace tavira::test {
@@ -69,6 +94,11 @@ void CAllocationFaults::Arm(std::uint32_t nth) {
 bool CAllocationFaults::Disarm() {
   countdown = 0;
   return reached;
+}
+
+int CAllocationFaults::LargeBlocks() {
+  return static_cast<int>(std::count_if(large_blocks.begin(), large_blocks.end(),
+                                        [](const auto& place) { return place.load() != nullptr; }));
 }
 
 CAllocationPause::CAllocationPause() {

@@ -15,6 +15,9 @@ class CAllocationFaults {
 
   /** Ends the counting; true when the armed allocation was reached. */
   static bool Disarm();
+
+  /** How many blocks of 1 MiB or more are allocated now, at most 64. */
+  static int LargeBlocks();
 };
 
 /** Allocations in its scope neither count nor fail. */

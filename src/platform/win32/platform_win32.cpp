@@ -5,6 +5,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "platform/win32/library_loading.h"
+
 namespace tavira {
 namespace {
 
@@ -23,7 +25,7 @@ class CWin32Clock final : public IClock {
 
 class CWin32ModuleLoader final : public IModuleLoader {
  public:
-  void* Load(const char* file_name) override { return ::LoadLibraryW(WidenAscii(file_name).c_str()); }
+  void* Load(const char* file_name) override { return LoadLibraryQuietly(WidenAscii(file_name).c_str()); }
 
   void* FindSymbol(void* module, const char* name) override {
     return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(module), name));
@@ -40,10 +42,12 @@ int CheckedSize(std::size_t size) {
 class CWin32TextCodec final : public ITextCodec {
  public:
   std::string ToAnsi(WideView text) override {
+    // A best fit would turn a full-width "＾" into the "^" that opens a command. UTF-8 needs none, and refuses the flag.
+    const DWORD flags = ::GetACP() == CP_UTF8 ? 0 : WC_NO_BEST_FIT_CHARS;
     const int chars = CheckedSize(text.size());
-    const int bytes = ::WideCharToMultiByte(CP_ACP, 0, text.data(), chars, nullptr, 0, nullptr, nullptr);
+    const int bytes = ::WideCharToMultiByte(CP_ACP, flags, text.data(), chars, nullptr, 0, nullptr, nullptr);
     std::string result(static_cast<std::size_t>(bytes), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, text.data(), chars, result.data(), bytes, nullptr, nullptr);
+    ::WideCharToMultiByte(CP_ACP, flags, text.data(), chars, result.data(), bytes, nullptr, nullptr);
     return result;
   }
 

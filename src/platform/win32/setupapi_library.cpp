@@ -4,6 +4,7 @@
 #include <array>
 
 #include "platform/library_loans.h"
+#include "platform/win32/library_loading.h"
 
 namespace tavira {
 namespace {
@@ -20,7 +21,7 @@ constexpr std::array<const char*, 10> kEntryPoints{"SetupDiGetClassDevsW",
                                                    "CM_Locate_DevNodeW"};
 
 void* Load() {
-  return ::LoadLibraryW(L"SETUPAPI.DLL");
+  return LoadLibraryQuietly(L"SETUPAPI.DLL");
 }
 
 void Free(void* library) {

@@ -1,3 +1,4 @@
+#include "support/allocation_faults.h"
 #include "support/module_test.h"
 
 namespace tavira::test {
@@ -74,6 +75,30 @@ TEST_F(PortSelectionTest, AnEmptySelectionReplacesTheEarlierOneWhole) {
   EXPECT_EQ(1, world_.port.LastPortType());
   EXPECT_EQ(u"", world_.port.LastString(1) + world_.port.LastString(3));
   EXPECT_EQ(u"", Utf16(tagReport().text1));
+}
+
+TEST_F(PortSelectionTest, AChoiceWithoutMemoryLeavesNoEarlierPrinterButItsOwnName) {
+  const WideString earlier = Wide("192.0.2.7");
+  const WideString address = Wide("198.51.100.200");
+  const WideString port = Wide("A_PORT_OF_ITS_OWN");
+  TvmgrFoundPrinter record{};
+  int names_kept = 0;
+  std::int32_t result = TVMGR_OUT_OF_MEMORY;
+  for (std::uint32_t nth = 1; result == TVMGR_OUT_OF_MEMORY; ++nth) {
+    record.text5 = earlier.c_str();
+    ASSERT_EQ(TVMGR_OK, TVMGR_UpdatePortComInfo(&record, Wide("EARLIER").c_str()));
+    record.text5 = address.c_str();
+    CAllocationFaults::Arm(nth);
+    result = TVMGR_UpdatePortComInfo(&record, port.c_str());
+    CAllocationFaults::Disarm();
+    const tagReport report;
+    const bool name_is_kept = Utf16(report.text1) == u"A_PORT_OF_ITS_OWN";
+    EXPECT_EQ(result == TVMGR_OK ? u"198.51.100.200" : u"", Utf16(report.text5)) << nth;
+    EXPECT_TRUE(name_is_kept || Utf16(report.text1).empty()) << nth;
+    names_kept += name_is_kept ? 1 : 0;
+  }
+  EXPECT_EQ(TVMGR_OK, result);
+  EXPECT_LE(3, names_kept);  // the description, its texts; and the choice that was made
 }
 
 TEST_F(PortSelectionTest, WithoutASelectionTheLibraryGetsEmptyStrings) {

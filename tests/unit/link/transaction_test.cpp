@@ -1,6 +1,7 @@
 #include "link/transaction.h"
 
 #include "link/frame.h"
+#include "support/allocation_faults.h"
 #include "support/module_test.h"
 
 namespace tavira::test {
@@ -54,6 +55,49 @@ TEST_F(TransactionTest, ATimeOutOfZeroDoesNotPoll) {
   EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(Wide("A.PNG").c_str(), 0, 0));
   EXPECT_EQ((std::vector<EPortCall>{EPortCall::kInitialize, EPortCall::kSend, EPortCall::kTerminate}),
             world_.calls);
+}
+
+TEST_F(TransactionTest, AReadThatDeliversLessThanWasAnnouncedLeavesNoZeroBytes) {
+  world_.scripted_answer = "short";
+  world_.announced_beyond = 7;
+  EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(Wide("A.PNG").c_str(), 0, 1000));
+  std::uint32_t length = 0;
+  EXPECT_EQ(TVMGR_OK, TVMGR_GetStoredData(nullptr, &length));
+  EXPECT_EQ(5U, length);
+}
+
+TEST_F(TransactionTest, AFrameOf4GiBIsRefusedBeforeTheSend) {
+  const auto platform = MakePlatform();
+  CPortLink link(platform->Modules());
+  ASSERT_EQ(TVMGR_OK, link.Start());
+  const std::string byte = "x";
+  EXPECT_EQ(TVMGR_BAD_ARGUMENT, link.Send({byte.data(), std::size_t{1} << 32}));
+  EXPECT_EQ(0, world_.Count(EPortCall::kSend));
+}
+
+TEST_F(TransactionTest, LargeBuffersAreGivenBackWhenTheOperationEnds) {
+  const int before = CAllocationFaults::LargeBlocks();
+  world_.scripted_answer.emplace(std::size_t{3} << 20, 'x');
+  std::uint32_t status = 0;
+  std::uint8_t is_default = 0;
+  const std::function<std::int32_t()> calls[] = {
+      [] { return TVMGR_LoadSetting(false, 1); },
+      [] { return TVMGR_LoadSetting(true, 0); },
+      [&] { return TVMGR_GetPrinterStatus(&status); },
+      [&] { return TVMGR_IsDefaultPrefix(&is_default); },
+      [] { return TVMGR_UpdatePrefix('~', '^', ','); },
+      [] { return TVMGR_UpdatePrinterSettingNoChangeDPI(); },
+  };
+  AppendUpdate(6, "x");
+  for (const auto& call : calls) {
+    call();
+    EXPECT_EQ(before + 1, CAllocationFaults::LargeBlocks()) << &call - calls;  // the script's own
+  }
+  EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(Wide("A.PNG").c_str(), 0, 1000));
+  EXPECT_EQ(before + 2, CAllocationFaults::LargeBlocks());  // the stored data, for the host to read
+  world_.scripted_answer.emplace("small");
+  EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(Wide("A.PNG").c_str(), 0, 1000));
+  EXPECT_EQ(before, CAllocationFaults::LargeBlocks());
 }
 
 TEST_F(TransactionTest, EveryFailureOfTheLibraryIsPassedOnAndThePortClosedOnce) {

@@ -104,6 +104,27 @@ TEST(TextHandleTest, TheModulesManagerServesOtherModules) {
   EXPECT_EQ(100, grown->capacity);
   EXPECT_EQ(3, grown->length);
   EXPECT_EQ(WidenAscii("abc"), WideString(Text(grown)));
+  // Characters stay up to the smaller capacity, whatever the length says, and so does a lock.
+  const struct {
+    std::int32_t capacity, length, chars, kept_length;
+    std::size_t kept;
+  } cases[] = {{5, 5, 9, 5, 5}, {5, 0, 9, 0, 5}, {5, 1, 3, 1, 3},
+               {5, 5, 3, 3, 3}, {5, 2, 5, 2, 5}, {5, 5, 0, 0, 0}};
+  for (const auto& [capacity, length, chars, kept_length, kept] : cases) {
+    for (const std::int32_t references : {1, -1}) {
+      TvmgrTextData* data = functions.Allocate(manager, capacity, 2);
+      std::u16string_view(u"abcde").copy(reinterpret_cast<char16_t*>(data + 1), 5);
+      data->length = length;
+      data->references = references;
+      data = functions.Reallocate(manager, data, chars, 2);
+      EXPECT_EQ(WidenAscii("abcde").substr(0, kept), WideString(Text(data))) << chars;
+      EXPECT_EQ(kept_length, data->length) << chars;
+      EXPECT_EQ(chars, data->capacity);
+      EXPECT_EQ(references, data->references);
+      EXPECT_EQ(manager, data->manager);
+      functions.Free(manager, data);
+    }
+  }
   functions.Free(manager, grown);
   TvmgrTextData* nil = functions.GetNilString(manager);
   const std::int32_t references = nil->references;

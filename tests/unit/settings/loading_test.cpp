@@ -3,6 +3,14 @@
 namespace tavira::test {
 namespace {
 
+/** An export with its flag as the byte that it is on the wire between modules. */
+template <typename Result, typename... Parameters>
+auto WithByte(Result (*function)(Parameters...)) {
+  return reinterpret_cast<Result (*)(
+      std::conditional_t<std::is_same_v<Parameters, bool>, std::uint8_t, Parameters>...)>(
+      reinterpret_cast<void*>(function));
+}
+
 constexpr const char* kCapture = "~H(CLR,Z~H(CLR,P~H(CLR,R~H(CMP,U";
 constexpr const char* kNeutralise =
     "^XA^S(CLR,Z,600^XZ^XA^S(CLR,P,600^XZ^XA^S(CLR,R,600^XZ^XA^S(CMP,U,D^XZ^XA^JUS^XZ^XA^H(E^XZ";
@@ -12,6 +20,31 @@ constexpr const char* kPutBack300 =
 
 using LoadingTest = CModuleTest;
 using Transactions = std::vector<std::string>;
+
+TEST_F(LoadingTest, EveryByteButZeroIsTrue) {
+  const std::uint8_t command = 'x';
+  const std::pair<const char*, std::function<void(std::uint8_t)>> calls[] = {
+      {"all or one", [](std::uint8_t flag) { WithByte (&TVMGR_LoadSetting)(flag, 12); }},
+      {"by list", [](std::uint8_t flag) { WithByte (&TVMGR_LoadSettingByList)(flag); }},
+      {"direct", [&](std::uint8_t flag) { WithByte (&TVMGR_DirectSendCommand)(&command, 1, flag); }},
+  };
+  const auto sent_with = [this](const auto& call, std::uint8_t flag) {
+    world_.printer.SetSetting("CLR,Z", "300");
+    TVMGR_ClearLoadList();
+    TVMGR_SetLoadList(12);
+    world_.ClearLog();
+    call(flag);
+    return world_.Sent();
+  };
+  TVMGR_LoadSetting(false, 12);  // captures
+  for (const auto& [name, call] : calls) {
+    const Transactions with_true = sent_with(call, 1);
+    EXPECT_NE(sent_with(call, 0), with_true) << name;
+    for (const int flag : {2, 3, 0x80, 0xFE, 0xFF}) {
+      EXPECT_EQ(with_true, sent_with(call, static_cast<std::uint8_t>(flag))) << name << ", " << flag;
+    }
+  }
+}
 
 TEST_F(LoadingTest, ASingleLoadNeverAddsToTheStore) {
   EXPECT_EQ(TVMGR_OK, TVMGR_LoadSetting(false, 12));

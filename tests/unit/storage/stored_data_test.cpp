@@ -97,10 +97,12 @@ TEST_F(StoredDataTest, AFailedFetchKeepsTheDataOfTheOneBefore) {
   EXPECT_EQ("logo", StoredData());
 }
 
-TEST_F(StoredDataTest, WithoutANameNothingIsSent) {
+TEST_F(StoredDataTest, WithoutANameThatCanBeSentNothingIs) {
   for (const std::uint8_t mode : {std::uint8_t{0}, std::uint8_t{1}}) {
     EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_LoadStoredData(nullptr, mode, 1000));
     EXPECT_EQ(TVMGR_BAD_ARGUMENT, Fetch("", mode));
+    const TvmgrChar beyond_the_code_page[] = {'A', 0xFF3E, '.', 'P', 'N', 'G', 0};
+    EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_LoadStoredData(beyond_the_code_page, mode, 1000));
   }
   EXPECT_TRUE(world_.calls.empty());
 }

@@ -29,14 +29,14 @@ TEST_F(LoadingTest, EveryByteButZeroIsTrue) {
       {"direct", [&](std::uint8_t flag) { WithByte (&TVMGR_DirectSendCommand)(&command, 1, flag); }},
   };
   const auto sent_with = [this](const auto& call, std::uint8_t flag) {
+    TVMGR_Terminate();
+    TVMGR_Initialize();
     world_.printer.SetSetting("CLR,Z", "300");
-    TVMGR_ClearLoadList();
     TVMGR_SetLoadList(12);
     world_.ClearLog();
     call(flag);
     return world_.Sent();
   };
-  TVMGR_LoadSetting(false, 12);  // captures
   for (const auto& [name, call] : calls) {
     const Transactions with_true = sent_with(call, 1);
     EXPECT_NE(sent_with(call, 0), with_true) << name;

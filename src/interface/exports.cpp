@@ -60,9 +60,11 @@ std::int32_t Forward(std::int32_t (Object::*operation)(Parameters...), Arguments
 /** Forward, for the operations that exchange bytes with the printer: what they leave behind may be large. */
 template <typename Object, typename... Parameters, typename... Arguments>
 std::int32_t ForwardToPrinter(std::int32_t (Object::*operation)(Parameters...), Arguments... arguments) {
+  const CCall call;
+  CTaviraManager* const manager = call.Manager();
   const std::int32_t result = Forward(operation, arguments...);
-  if (g_manager != nullptr) {
-    g_manager->ReleaseBuffers();
+  if (manager != nullptr) {
+    manager->ReleaseBuffers();
   }
   return result;
 }

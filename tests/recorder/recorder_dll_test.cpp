@@ -93,6 +93,8 @@ TEST_F(CRecorderDllTest, HostNoticesNothingAndTheTranscriptTellsAll) {
 TEST_F(CRecorderDllTest, LibraryThatIsMissingOrIncompleteIsSoForTheHost) {
   fs::create_directories(folder_ / "copy");
   fs::copy(Recorder(), folder_ / "copy" / "Ferrolink_real.dll");
+  fs::create_directories(folder_ / "original");
+  fs::copy(RealLibrary(), folder_ / "original" / "Ferrolink.dll");
   const struct {
     fs::path library;
     bool loads;
@@ -102,6 +104,7 @@ TEST_F(CRecorderDllTest, LibraryThatIsMissingOrIncompleteIsSoForTheHost) {
       {Here() / "incomplete.dll", false, "the library has no GetPortComIndex"},
       {Recorder(), false, "library Ferrolink.dll is the recorder itself"},
       {folder_ / "copy" / "Ferrolink_real.dll", false, "library Ferrolink_real.dll is the recorder itself"},
+      {folder_ / "original" / "Ferrolink.dll", true, "library Ferrolink.dll, "},
       {RealLibrary(), true, "library Ferrolink_real.dll, "},
   };
   for (const auto& test : cases) {
@@ -111,7 +114,7 @@ TEST_F(CRecorderDllTest, LibraryThatIsMissingOrIncompleteIsSoForTheHost) {
       const CPortHost host(Recorder());
       ASSERT_EQ(host.IsLoaded(), test.loads) << test.library;
       if (test.loads) {
-        host.terminate();
+        EXPECT_EQ(host.terminate(), 7);
       }
     }
     bool is_noted = false;

@@ -693,40 +693,24 @@ namespace Tavira
 
         public FoundPrinter Found(SearchKind kind, int index)
         {
-            const string function = "TVMGR_GetSearchedPrinterInfo";
-            RequireManager(function);
-            CheckIndex(function, index);
-            var record = new NativeMethods.Record();
-            try
-            {
-                uint count = 0;
-                Check(function, NativeMethods.TVMGR_GetSearchedPrinterInfo((int)kind, index, ref record, ref count));
-                if (index >= count)
-                {
-                    throw new TaviraException(function, (int)Result.BadArgument, "no printer with this index was found");
-                }
-                return record.Read();
-            }
-            finally
-            {
-                record.Release();
-            }
+            return ReadFound(kind, index) ?? throw new TaviraException(
+                "TVMGR_GetSearchedPrinterInfo", (int)Result.BadArgument, "no printer with this index was found");
         }
 
-        /// <summary>The results of the last search of this kind, of one point in time when no search runs.</summary>
+        /// <summary>The results of the last search of this kind.</summary>
         public IReadOnlyList<FoundPrinter> FoundPrinters(SearchKind kind)
         {
-            var printers = new FoundPrinter[FoundCount(kind)];
-            for (int i = 0; i < printers.Length; ++i)
+            var printers = new List<FoundPrinter>();
+            for (FoundPrinter printer; (printer = ReadFound(kind, printers.Count)) != null;)
             {
-                printers[i] = Found(kind, i);
+                printers.Add(printer);
             }
             return printers;
         }
 
         /// <summary>Searches for 3 s and returns what was found.</summary>
         /// <param name="goOn">Called about every 50 ms with the time since the start; it ends the search by returning
-        /// false, or by throwing.</param>
+        /// false, or by throwing. The next search and Dispose then wait until its 3 s are over.</param>
         public IReadOnlyList<FoundPrinter> Search(SearchKind kind, Func<TimeSpan, bool> goOn = null)
         {
             Stopwatch watch = Stopwatch.StartNew();
@@ -788,6 +772,25 @@ namespace Tavira
         }
 
         // --- Helpers ---
+
+        // Null at and beyond the end of the list.
+        private FoundPrinter ReadFound(SearchKind kind, int index)
+        {
+            const string function = "TVMGR_GetSearchedPrinterInfo";
+            RequireManager(function);
+            CheckIndex(function, index);
+            var record = new NativeMethods.Record();
+            try
+            {
+                uint count = 0;
+                Check(function, NativeMethods.TVMGR_GetSearchedPrinterInfo((int)kind, index, ref record, ref count));
+                return index < count ? record.Read() : null;
+            }
+            finally
+            {
+                record.Release();
+            }
+        }
 
         private void SetRequest(Request request, byte[] primary, byte[] secondary)
         {

@@ -665,26 +665,33 @@ class Manager:
         return count.value
 
     def found(self, kind: int, index: int) -> FoundPrinter:
+        printer = self._read_found(kind, index)
+        if printer is None:
+            raise Error("TVMGR_GetSearchedPrinterInfo", Result.BAD_ARGUMENT, "no printer with this index was found")
+        return printer
+
+    def _read_found(self, kind: int, index: int) -> Optional[FoundPrinter]:
+        """None at and beyond the end of the list."""
         name = "TVMGR_GetSearchedPrinterInfo"
         kind, index = _number(name, kind), _index(name, index)
-
-        def fill(record: _Record) -> None:
-            count = c_uint32()
-            self._call(name, kind, index, byref(record), byref(count))
-            if index >= count.value:
-                raise Error(name, Result.BAD_ARGUMENT, "no printer with this index was found")
-
-        return self._read_record(fill)
+        count = c_uint32()
+        printer = self._read_record(lambda record: self._call(name, kind, index, byref(record), byref(count)))
+        return printer if index < count.value else None
 
     def found_printers(self, kind: int) -> List[FoundPrinter]:
-        """The results of the last search of this kind, of one point in time when no search runs."""
-        return [self.found(kind, index) for index in range(self.found_count(kind))]
+        """The results of the last search of this kind."""
+        printers: List[FoundPrinter] = []
+        while True:
+            printer = self._read_found(kind, len(printers))
+            if printer is None:
+                return printers
+            printers.append(printer)
 
     def search(self, kind: int, go_on: Optional[Callable[[float], bool]] = None) -> List[FoundPrinter]:
         """Searches for 3 s and returns what was found.
 
         `go_on` is called about every 50 ms with the seconds since the start; it ends the search by returning False, or by
-        raising.
+        raising. The next search and close() then wait until its 3 s are over.
         """
         start = time.monotonic()
         self.start_search(kind)

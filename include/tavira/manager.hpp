@@ -281,27 +281,24 @@ class Manager {
     return count;
   }
   FoundPrinter Found(SearchKind kind, std::size_t index) const {
-    constexpr const char* kFunction = "TVMGR_GetSearchedPrinterInfo";
-    const auto checked = detail::CheckedLength<std::int32_t>(kFunction, index);
-    detail::ModuleRecord record;
-    std::uint32_t count = 0;
-    detail::Check(kFunction, TVMGR_GetSearchedPrinterInfo(kind, checked, record.Get(), &count));
-    if (index >= count) {
-      throw Error(kFunction, TVMGR_BAD_ARGUMENT, "no printer with this index was found");
+    std::optional<FoundPrinter> printer = ReadFound(kind, index);
+    if (!printer) {
+      throw Error("TVMGR_GetSearchedPrinterInfo", TVMGR_BAD_ARGUMENT, "no printer with this index was found");
     }
-    return record.Read();
+    return std::move(*printer);
   }
-  /** The results of the last search of this kind, of one point in time when no search runs. */
+  /** The results of the last search of this kind. */
   std::vector<FoundPrinter> FoundPrinters(SearchKind kind) const {
-    std::vector<FoundPrinter> printers(FoundCount(kind));
-    for (std::size_t i = 0; i < printers.size(); ++i) {
-      printers[i] = Found(kind, i);
+    std::vector<FoundPrinter> printers;
+    while (std::optional<FoundPrinter> printer = ReadFound(kind, printers.size())) {
+      printers.push_back(std::move(*printer));
     }
     return printers;
   }
   /**
    * Searches for 3 s and returns what was found. `go_on`, when given, is called about every 50 ms with the time
-   * since the start; it ends the search by returning false, or by throwing.
+   * since the start; it ends the search by returning false, or by throwing. The next search and the end of the
+   * Manager then wait until its 3 s are over.
    */
   std::vector<FoundPrinter> Search(SearchKind kind,
                                    const std::function<bool(std::chrono::milliseconds)>& go_on = {}) {
@@ -335,6 +332,16 @@ class Manager {
   }
 
  private:
+  /** None at and beyond the end of the list. */
+  static std::optional<FoundPrinter> ReadFound(SearchKind kind, std::size_t index) {
+    constexpr const char* kFunction = "TVMGR_GetSearchedPrinterInfo";
+    const auto checked = detail::CheckedLength<std::int32_t>(kFunction, index);
+    detail::ModuleRecord record;
+    std::uint32_t count = 0;
+    detail::Check(kFunction, TVMGR_GetSearchedPrinterInfo(kind, checked, record.Get(), &count));
+    return index < count ? std::optional<FoundPrinter>(record.Read()) : std::nullopt;
+  }
+
   static void SetRequest(Request request, Bytes primary, Bytes secondary) {
     constexpr const char* kFunction = "TVMGR_UpdateRegistList";
     const auto size = detail::CheckedLength<std::uint32_t>(kFunction, primary.Size());

@@ -207,6 +207,7 @@ internal static class CsharpTest
     {
         DateTime start = DateTime.UtcNow;
         Equal(3, printer.Search(SearchKind.Network, elapsed => elapsed.TotalSeconds < 0.5).Count, "printers");
+        True((DateTime.UtcNow - start).TotalSeconds < 2.5, "a short search");
         try
         {
             printer.Search(SearchKind.Network, elapsed => throw new OperationCanceledException());
@@ -216,7 +217,6 @@ internal static class CsharpTest
         {
             True(!printer.IsSearching(), "no search runs");
         }
-        True((DateTime.UtcNow - start).TotalSeconds < 2.9, "two short searches");
     }
 
     private static int Main(string[] arguments)

@@ -228,10 +228,10 @@ class SearchTest(HostTest):
     def test_ends_when_it_is_told_to(self):
         start = time.monotonic()
         self.assertEqual(3, len(self.manager.search(SearchKind.NETWORK, lambda seconds: seconds < 0.5)))
+        self.assertLess(time.monotonic() - start, 2.5)
         with self.assertRaises(ZeroDivisionError):
             self.manager.search(SearchKind.NETWORK, lambda seconds: 1 / 0)
         self.assertFalse(self.manager.is_searching())
-        self.assertLess(time.monotonic() - start, 2.9)
 
 
 if __name__ == "__main__":

@@ -42,7 +42,7 @@ WINDOWS_HEADERS = re.compile(
     r"objbase|ole2|combaseapi|tlhelp32|psapi|io|direct|process|conio|tchar|strsafe|sddl|accctrl|aclapi)\.h",
     re.IGNORECASE)
 WINDOWS_PLACES = ("src/platform/win32/", "src/interface/", "emulator/", "recorder/win32/", "tools/", "examples/",
-                  "tests/system/", "tests/network/", "tests/cli/", "tests/emulator/", "tests/recorder/")
+                  "bench/module/", "tests/system/", "tests/network/", "tests/cli/", "tests/emulator/", "tests/recorder/")
 # Within the emulator only the shells of the programs know the system, its model does not.
 EMULATOR_SHELL = re.compile(r"emulator/(.*/)?\w*(ferrolink|dll|win32|network|socket|server|main)\w*(/|\.)")
 POSIX_HEADERS = re.compile(r"(unistd|dlfcn|fcntl|poll|pthread|sys/\w+|netinet/\w+|arpa/\w+|net/\w+|netdb)\.h")

@@ -143,6 +143,7 @@ bool ReadPrinterLine(std::string_view key, std::string_view value, tagPrinterIni
 
 bool ReadFaultLine(std::string_view key, std::string_view value, tagFaultPlan& faults) {
   return (key == "cut_at" && ReadNumber(value, faults.cut_answer_at)) ||
+         (key == "cut_from" && ReadNumber(value, faults.cut_from)) ||
          (key == "hang_up_at" && ReadNumber(value, faults.hang_up_at)) ||
          (key == "latency_ms" && ReadNumber(value, faults.latency_ms)) ||
          (key == "silent" && ReadSwitch(value, faults.silent)) ||

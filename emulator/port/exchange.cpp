@@ -32,7 +32,8 @@ std::string RunExchange(CPrinter& printer, tagFaultPlan& faults, std::string_vie
       faults.silent || (faults.silent_from != 0 && faults.sends_seen >= faults.silent_from);
   if (is_silent) {
     answer.clear();
-  } else if (faults.cut_answer_at && answer.size() > *faults.cut_answer_at) {
+  } else if (faults.cut_answer_at && faults.sends_seen >= faults.cut_from &&
+             answer.size() > *faults.cut_answer_at) {
     answer.resize(*faults.cut_answer_at);
   }
   exchange.RecordAnswer(answer);

@@ -26,9 +26,10 @@ struct tagFaultPlan {
   bool silent = false;                       ///< no answer ever arrives
   std::uint32_t silent_from = 0;             ///< no answer from the Nth send on (1 is the next one), 0: never
   std::optional<std::size_t> cut_answer_at;  ///< answers end after this many bytes
+  std::uint32_t cut_from = 0;                ///< they do so from the Nth send on, 0: from the first
   std::optional<std::size_t> hang_up_at;     ///< a network connection breaks after this much of an answer
   std::vector<tagCallFault> call_faults;     ///< error codes of single calls
-  std::uint32_t sends_seen = 0;              ///< sends counted for silent_from; kept by the endpoint
+  std::uint32_t sends_seen = 0;              ///< sends counted for both; kept by the endpoint
 };
 
 /// Counts a call. True, with the code to return, when the plan fails it.

@@ -5,6 +5,8 @@
 
 #include "backup_file/backup_difference.h"
 #include "backup_file/backup_parser.h"
+#include "backup_file/backup_settings.h"
+#include "backup_file/encoded_data.h"
 #include "backup_file/stored_download.h"
 
 namespace {
@@ -27,35 +29,42 @@ std::string Block(const std::string& name, const std::string& command, char lett
   return "^FX^FS\r\n" + Attribute(name, 'N') + command + "\r\n" + Attribute(name, letter);
 }
 
-std::string Settings(const std::string& lines, const std::string& prefix = {}) {
-  const std::string change = prefix.empty() ? ""
-                                            : std::string(
-                                                  "\x02\x1E"
-                                                  "CT") +
-                                                  prefix[0] +
-                                                  "\x1E"
-                                                  "CC" +
-                                                  prefix[1] +
-                                                  "\x1E"
-                                                  "CD" +
-                                                  prefix[2] + "\x03";
-  return "^FX^FS\r\n" + lines + change + "^XA^JUS^XZ\r\n";
+/** The settings block: every setting is 0 unless another value is given. */
+std::string Settings(const std::map<std::string, std::string>& values = {},
+                     const std::string& prefix = "~^,") {
+  std::string lines = "^FX^FS\r\n";
+  for (const std::string_view key : tvmgr::kBackupSettings) {
+    const auto found = values.find(std::string(key));
+    lines += "^XA^S(" + std::string(key) + "," + (found == values.end() ? "0" : found->second) + "^XZ\r\n";
+  }
+  for (std::size_t i = 0; i < prefix.size(); ++i) {
+    lines += std::string(i == 0 ? "\x02" : "") +
+             "\x1E"
+             "C" +
+             "TCD"[i] + prefix[i];
+  }
+  return lines + "\x03^XA^JUS^XZ\r\n";
 }
 
 TEST(BackupParser, TakesAWholeBackupApart) {
   const std::string raw = "bytes\r\n" + Attribute("R.GRF", 'Y') + "^FX^FS\r\n" + kTrailer;
   const std::string raw_command = "~DYE:R.GRF,B,G," + std::to_string(raw.size()) + ",2," + raw;
-  const std::string bytes =
-      Header("SIT") +
-      Settings("^XA^S(CLM,P,12^XZ\r\n^XA^S(CLM,S,^XZ\r\n^XA^S(INU,S,A^B\xE9^XZ\r\n", "!\xFE;") +
-      Block("R.GRF", raw_command, 'Y') + Block("A.ZPL", kFormat) + kTrailer;
+  const std::string bytes = Header("SIT") + Settings({{"CLM,P", "12"}, {"INU,S", "A B\xE9"}}, "!\xFE;") +
+                            Block("R.GRF", raw_command, 'Y') + Block("A.ZPL", kFormat) + kTrailer;
   const tvmgr::tagBackupContents contents = ParseBackup(bytes);
   ASSERT_TRUE(contents.IsComplete()) << contents.problems.front().text;
   EXPECT_EQ(contents.time_stamp, "20310504131415");
   EXPECT_EQ(contents.sections, "SIT");
-  const std::map<std::string, std::string> values = {{"CLM,P", "12"}, {"CLM,S", ""},   {"INU,S", "A^B\xE9"},
-                                                     {"CCC,T", "21"}, {"CCC,C", "FE"}, {"CCC,D", "3B"}};
-  EXPECT_EQ(SettingsByKey(contents), values);
+  const std::map<std::string, std::string> values = SettingsByKey(contents);
+  EXPECT_EQ(values.size(), 58U);
+  for (const auto& [key, value] : {std::pair("CLM,P", "12"),
+                                   {"CLM,S", "0"},
+                                   {"INU,S", "A B\xE9"},
+                                   {"CCC,T", "21"},
+                                   {"CCC,C", "FE"},
+                                   {"CCC,D", "3B"}}) {
+    EXPECT_EQ(values.at(key), value) << key;
+  }
   ASSERT_EQ(contents.files.size(), 2U);
   EXPECT_EQ(contents.files[0].name, "R.GRF");
   EXPECT_EQ(contents.files[0].command, raw_command) << "the end of a block inside the data is data";
@@ -64,17 +73,15 @@ TEST(BackupParser, TakesAWholeBackupApart) {
   EXPECT_FALSE(contents.files[1].is_protected);
 }
 
-TEST(BackupParser, EveryCutIsNoticed) {
-  const std::string bytes = Header("SI") + Settings("^XA^S(CLM,P,12^XZ\r\n", "~^,") +
-                            Block("A.PNG", "~DYE:A.PNG,B,P,3,0,:B64:QUJD:5CF6") + kTrailer;
+TEST(BackupParser, EveryCutThatTheTrailerClosesIsNoticed) {
+  const std::string bytes =
+      Header("SI") + Settings() + Block("A.PNG", "~DYE:A.PNG,B,P,3,0,:B64:QUJD:5CF6") + kTrailer;
   ASSERT_TRUE(ParseBackup(bytes).IsComplete());
-  const std::size_t header = Header("SI").size();
-  for (std::size_t size = 0; size < bytes.size(); ++size) {
-    EXPECT_FALSE(ParseBackup(bytes.substr(0, size)).IsComplete()) << size;
+  for (std::size_t size = Header("SI").size(); size < bytes.size(); ++size) {
     // A backup that could not be written whole is closed by the trailer all the same.
     const bool is_whole_piece =
         bytes.substr(size).starts_with("^FX^FS\r\n^XA^F(A") || size + 12 == bytes.size();
-    if (size >= header && !is_whole_piece) {
+    if (!is_whole_piece) {
       EXPECT_FALSE(ParseBackup(bytes.substr(0, size) + kTrailer).IsComplete()) << size;
     }
   }
@@ -82,6 +89,7 @@ TEST(BackupParser, EveryCutIsNoticed) {
 
 TEST(BackupParser, NamesWhatIsWrongAndGoesOnAtTheNextBlock) {
   const std::string good = Block("GOOD.PNG", "~DYE:GOOD.PNG,B,P,3,0,:B64:QUJD:5CF6");
+  const std::string more = Block("MORE.PNG", "~DYE:MORE.PNG,B,P,3,0,:B64:QUJD:5CF6");
   const std::string open = "^FX^FS\r\n" + Attribute("A.PNG", 'N') + "~DYE:A.PNG,B,P,9,0,:B64:QUJD";
   const struct {
     std::string bytes;
@@ -97,20 +105,19 @@ TEST(BackupParser, NamesWhatIsWrongAndGoesOnAtTheNextBlock) {
       {Header("II") + good + kTrailer, "section letters", 1},
       {Header("") + kTrailer, "section letters", 0},
       {Header("SI") + good + kTrailer, "settings that the header names are missing", 1},
-      {Header("I") + Settings("") + good + kTrailer, "header does not name them", 1},
-      {Header("SI") + Settings("^XA^S(CLM.P,1^XZ\r\n") + good + kTrailer, "setting is damaged", 1},
-      {Header("SI") +
-           Settings("\x02\x1E"
-                    "CT!\x03") +
-           good + kTrailer,
-       "prefix characters is damaged", 1},
-      {Header("SI") + "^FX^FS\r\n^XA^S(CLM,P,1^XZ\r\n" + good + kTrailer, "saves them is missing", 1},
+      {Header("I") + Settings() + good + kTrailer, "header does not name them", 1},
+      {Header("SI") + "^FX^FS\r\n^XA^S(CLM.P,1^XZ\r\n" + good + kTrailer, "setting is damaged", 1},
+      {Header("SI") + Settings({}, "!@") + good + kTrailer, "prefix characters is damaged", 1},
+      {Header("SI") + "^FX^FS\r\n^XA^S(CLM,P,1^XZ\r\n" + good + kTrailer, "settings are missing", 1},
+      {Header("SI") + good + Settings() + kTrailer, "settings stand behind a file", 1},
+      {Header("I") + good + good + kTrailer, "more than once", 2},
+      {Header("IT") + Block("A.ZPL", kFormat) + good + kTrailer, "behind files that follow it", 2},
       {Header("I") + "^FX^FS\r\n" + good + kTrailer, "sent nothing for it", 1},
       {Header("I") + open + "\r\n" + good + kTrailer, "behind it is missing", 2},
       {Header("I") + open + "\r\n" + Attribute("B.PNG", 'N') + good + kTrailer, "behind it is missing", 2},
       {Header("I") + open + "\r\n" + Attribute("A.PNG", 'Y') + good + kTrailer, "data is cut off", 2},
       {Header("I") + "^FX^FS\r\n^XA^F(AE:A.PNG,Y^XZ\r\nx\r\n" + good + kTrailer, "in front of a file", 1},
-      {Header("I") + good + "junk\r\n" + good + kTrailer, "something other than a block", 2},
+      {Header("I") + good + "junk\r\n" + more + kTrailer, "something other than a block", 2},
       {Header("I") + "^FX^FS\r\njunk\r\n" + good + kTrailer, "neither settings nor a file", 1},
       {Header("T") + good + kTrailer, "no section that the header names", 1},
       {Header("I") + Block("A.EXE", "~DYE:A.EXE,B,B,1,0,x") + kTrailer, "no section that", 1},
@@ -134,7 +141,7 @@ TEST(BackupParser, TimeAndMemoryGrowWithTheLengthOnly) {
                                 "\r\n^XA^F(AE:",
                                 "^FX^FS\r\n",
                                 "^FX^FS\r\nx",
-                                Settings("^XA^S(CLM,P,1^XZ\r\n"),
+                                Settings(),
                                 "^XA^S(CLM,P,",
                                 "\r\n",
                                 kTrailer};
@@ -165,32 +172,38 @@ TEST(StoredDownload, TellsTheSizeAndWhyAPrinterWouldNotTakeIt) {
     std::string problem;
   } cases[] = {
       {"~DYE:A.PNG,B,P,3,0,:B64:QUJD:5CF6", 3, ""},
+      {"~DYA,B,P,3,0,:B64:QUJD:5CF6", 3, ""},
       {"~DYE:A.PNG,B,P,3,0,:B64:QUJD:5CF7", 3, "checksum"},
-      {"~DYE:A.PNG,B,P,3,0,:B64:QUJD", 3, ""},
-      {"~DYE:A.PNG,B,P,3,0,:B64:QUJ", 3, "cut off"},
-      {"~DYE:A.PNG,B,P,900,0,:Z64:QUJD:5CF6", 900, ""},
-      {"~DYE:A.PNG,B,P,900,0,:Z64:QUJE:5CF6", 900, "checksum"},
-      {"\r\n~DYE:A.PNG,B,P,3,0,abc", 3, ""},
+      {"~DYE:A.PNG,B,P,3,0,:B64:QUJD:5cf6", 3, "checksum"},
+      {"~DYE:A.PNG,B,P,3,0,:B64:QUJD", 3, "cut off"},
+      {"~DYE:A.PNG,B,P,2,0,:B64:QUJD:5CF6", 2, "not as long"},
+      {"~DYE:A.PNG,B,P,900,0,:Z64:QUJD:5CF6", 900, "not as long"},
+      {"~DYE:A.PNG,B,P,3,0,abc", 3, ""},
       {"~DYE:A.PNG,B,P,4,0,abc", 4, "cut off"},
+      {"~DYE:A.PNG,B,G,3,0,abc", 3, "does not fit"},
+      {"~DYE:A.PNG,B,P,3,1,abc", 3, "does not fit"},
       {"~DYE:A.PNG,B,P,4,0", std::nullopt, "no download command"},
+      {"~DYE:A.PNG,B,P,03,0,abc", std::nullopt, "no download command"},
       {"~DYE:A.PNG,B,P,99999999999999999999,0,x", std::nullopt, "no download command"},
-      {kFormat, std::nullopt, ""},
-      {"^XA^DFE:A.ZPL^FS^FDx", std::nullopt, "cut off"},
+      {kFormat, std::nullopt, "no download command"},
       {"", std::nullopt, "no download command"},
   };
   for (const auto& download : cases) {
-    const tvmgr::tagStoredDownload read = tvmgr::ReadStoredDownload(download.command);
+    const tvmgr::tagStoredDownload read = tvmgr::ReadStoredDownload("A.PNG", download.command);
     EXPECT_EQ(read.stored_bytes, download.stored) << download.command;
     EXPECT_EQ(read.problem.empty(), download.problem.empty()) << download.command;
     EXPECT_THAT(std::string(read.problem), HasSubstr(download.problem)) << download.command;
   }
+  EXPECT_EQ(tvmgr::BytesOfDownload("A.PNG", cases[0].command), "ABC");
+  EXPECT_EQ(tvmgr::BytesOfDownload("A.ZPL", kFormat), "^FDx^FS");
+  EXPECT_EQ(tvmgr::BytesOfDownload("A.ZPL", std::string(kFormat) + "^XZ"), std::nullopt);
 }
 
 TEST(BackupDifference, ComparesByKeyAndNameWithoutTimeAndOrder) {
-  const std::string a = Header("SI") + Settings("^XA^S(CLM,P,1^XZ\r\n^XA^S(CLM,S,2^XZ\r\n", "~^,") +
-                        Block("A.PNG", "~DYE:A.PNG,B,P,1,0,a") + Block("B.PNG", "~DYE:B.PNG,B,P,1,0,b") +
-                        Block("C.PNG", "~DYE:C.PNG,B,P,1,0,c") + kTrailer;
-  std::string b = Header("SI") + Settings("^XA^S(CLM,S,2^XZ\r\n^XA^S(CLM,P,1^XZ\r\n", "!^,") +
+  const std::string a = Header("SI") + Settings({{"CLM,P", "1"}}) + Block("A.PNG", "~DYE:A.PNG,B,P,1,0,a") +
+                        Block("B.PNG", "~DYE:B.PNG,B,P,1,0,b") + Block("C.PNG", "~DYE:C.PNG,B,P,1,0,c") +
+                        kTrailer;
+  std::string b = Header("SI") + Settings({{"CLM,P", "1"}}, "!^,") +
                   Block("C.PNG", "~DYE:C.PNG,B,P,1,0,c", 'Y') + Block("B.PNG", "~DYE:B.PNG,B,P,1,0,x") +
                   Block("D.PNG", "~DYE:D.PNG,B,P,1,0,d") + kTrailer;
   b.replace(b.find("2031"), 4, "2032");

@@ -51,7 +51,7 @@ TEST_F(CBackupTest, RestoredPrinterEqualsTheOneThatWasBackedUp) {
   ForgetEverything();
   const tagRun restore = Tvmgr({"restore", first, "--yes"});
   EXPECT_EQ(restore.exit_code, 0U) << restore.out << restore.err;
-  EXPECT_EQ(restore.out, "equal: 58 settings, and the printer lists all 4 files\n");
+  EXPECT_EQ(restore.out, "equal: 58 settings, 4 files by their content\n");
   EXPECT_THAT(restore.err, HasSubstr("4 files"));
   EXPECT_THAT(restore.err, HasSubstr("files: LOGO.PNG, LABEL.ZPL, FONT.TTE, KORVDEF.BGD\n"));
   EXPECT_EQ(StoredOnE("LOGO.PNG"), picture);
@@ -125,10 +125,6 @@ TEST_F(CBackupTest, SectionsAreChosenByNameAndLetter) {
     EXPECT_EQ(summary["setting_count"], cases[i].settings);
     EXPECT_EQ(summary["file_count"], cases[i].files);
   }
-  const tagRun unloaded = Tvmgr({"backup", Utf8Path("none.bak"), "--no-reload"});
-  EXPECT_EQ(unloaded.exit_code, 0U);
-  EXPECT_THAT(unloaded.err, HasSubstr("without a load"));
-  EXPECT_THAT(unloaded.out, HasSubstr("0 files"));
 }
 
 TEST_F(CBackupTest, EarlierBackupIsNotLost) {
@@ -139,6 +135,47 @@ TEST_F(CBackupTest, EarlierBackupIsNotLost) {
   WriteIni("[faults]\ncut_at=1\nlatency_ms=0\n");
   EXPECT_EQ(Tvmgr({"backup", path, "--yes", "--no-check"}).exit_code, 4U);
   EXPECT_EQ(ReadFileBytes(HostPath("a.bak")), "earlier");
+  EXPECT_FALSE(fs::exists(HostPath("a.bak.partial"))) << "nothing was written to it";
+}
+
+TEST_F(CBackupTest, WhatThePrinterDidNotDeliverStaysBesideTheEarlierBackup) {
+  StoreOnE("A.PNG", AllBytes(100));
+  const std::string path = HostFile("a.bak", "earlier");
+  // The answers count from the status: the guard's, the settings, eight lists, the reload, the file.
+  const struct {
+    std::string ini;
+    unsigned exit_code;
+    std::string why;
+  } cases[] = {{"[printer]\nunanswered=CLM,T CCC,C\n", 3, "no value for CLM,T CCC,C\n"},
+               {"[faults]\ncut_at=600\n", 3, "no value for"},
+               {"[faults]\ncut_at=1\ncut_from=4\n", 4, "no longer answers"},
+               {"[faults]\ncut_at=40\ncut_from=13\n", 1, "A.PNG: its data is cut off"}};
+  for (const auto& failing : cases) {
+    WriteIni(failing.ini);
+    const tagRun run = Tvmgr({"backup", path, "--yes"});
+    EXPECT_EQ(run.exit_code, failing.exit_code) << failing.ini << run.out << run.err;
+    EXPECT_THAT(run.err, HasSubstr(failing.why));
+    EXPECT_THAT(run.err, HasSubstr("a.bak.partial"));
+    EXPECT_EQ(ReadFileBytes(HostPath("a.bak")), "earlier");
+    EXPECT_THAT(ReadFileBytes(HostPath("a.bak.partial")), HasSubstr("^XA^S(CLM,P,0^XZ"));
+  }
+  WriteIni("");
+  EXPECT_EQ(Tvmgr({"backup", path, "--yes"}).exit_code, 0U);
+  EXPECT_THAT(ReadFileBytes(HostPath("a.bak")), HasSubstr("^XA^S(CLM,P,0^XZ"));
+  EXPECT_FALSE(fs::exists(HostPath("a.bak.partial")));
+}
+
+TEST_F(CBackupTest, UnwritableTargetIsFoundBeforeThePrinterIsRead) {
+  fs::create_directories(HostPath("folder"));
+  fs::create_directories(HostPath("b.bak.partial"));
+  for (const auto& [path, why] : {std::pair(Utf8Path("folder"), "is a folder"),
+                                  {Utf8Path("b.bak"), "cannot be created"},
+                                  {Utf8Path("none/a.bak"), "cannot be created"}}) {
+    const tagRun run = Tvmgr({"backup", path, "--yes"});
+    EXPECT_EQ(run.exit_code, 1U);
+    EXPECT_THAT(run.err, HasSubstr(why));
+  }
+  EXPECT_EQ(Log(), "");
 }
 
 TEST_F(CBackupTest, FailureHalfWayIsReportedWithWhatTheFileHolds) {
@@ -156,7 +193,8 @@ TEST_F(CBackupTest, FailureHalfWayIsReportedWithWhatTheFileHolds) {
   EXPECT_EQ(run.exit_code, 4U);
   EXPECT_THAT(run.err, HasSubstr("not complete"));
   EXPECT_THAT(run.err, HasSubstr("-77"));
-  EXPECT_EQ(Json({"backup", "check", Utf8Path("half.bak")})["file_count"], 0) << "closed properly";
+  EXPECT_FALSE(fs::exists(HostPath("half.bak")));
+  EXPECT_EQ(Json({"backup", "check", Utf8Path("half.bak.partial")})["file_count"], 0) << "closed properly";
 }
 
 TEST_F(CBackupTest, RestoreRefusesWhatIsNoWholeBackup) {
@@ -185,7 +223,7 @@ TEST_F(CBackupTest, RestoreRefusesWhatIsNoWholeBackup) {
   EXPECT_EQ(Log(), "");
 
   const tagRun forced = Tvmgr({"restore", foreign, "--yes", "--force"});
-  EXPECT_EQ(forced.exit_code, 0U) << forced.err;
+  EXPECT_EQ(forced.exit_code, 3U) << forced.err;
   EXPECT_THAT(forced.out, HasSubstr("nothing to compare"));
   EXPECT_THAT(Log(), HasSubstr("^XA^FDlabel^FS^XZ"));
 }
@@ -203,10 +241,41 @@ TEST_F(CBackupTest, RestoreTellsWhatThePrinterDidNotTake) {
             "WHAT     BACKUP  PRINTER  VERDICT\n"
             "CLM,P    12      0        differs\n"
             "CLM,T    120     -        not answered\n"
-            "BIG.PNG  -       -        not listed\n");
+            "BIG.PNG  -       -        not listed\n"
+            "different; compared: 58 settings, 0 files by their content\n");
   const tagRun as_json = Tvmgr({"restore", path, "--yes", "--json", "--quiet"});
   EXPECT_EQ(json::parse(as_json.out)["differences"][0],
             json::parse(R"({"subject":"CLM,P","backup":"12","printer":"0","verdict":"differs"})"));
+}
+
+TEST_F(CBackupTest, RestoreComparesOnlyWhatTheFileHoldsAndWhatCanBeReadBack) {
+  StoreOnE("A.PNG", AllBytes(500));
+  const std::string good = Utf8Path("good.bak");
+  ASSERT_EQ(Tvmgr({"backup", good}).exit_code, 0U);
+  std::string bytes = ReadFileBytes(HostPath("good.bak"));
+  bytes.replace(bytes.find("(CLM,T,120^XZ"), 13, "(CLM,T,^XZ");
+  const std::string gap = HostFile("gap.bak", bytes);
+
+  const tagRun refused = Tvmgr({"restore", gap, "--yes"});
+  EXPECT_EQ(refused.exit_code, 1U);
+  EXPECT_THAT(refused.err, HasSubstr("without a value in this backup: CLM,T\n"));
+  const tagRun forced = Tvmgr({"restore", gap, "--yes", "--force"});
+  EXPECT_EQ(forced.exit_code, 3U) << forced.err;
+  EXPECT_EQ(forced.out,
+            "equal: 57 settings, 1 files by their content; 1 settings have no value in the backup; the file "
+            "is not a complete backup\n");
+  // A file that finds no room leaves the earlier one, under the same name.
+  StoreOnE("A.PNG", "old");
+  WriteIni("[printer]\ndevice_capacity=100\n");
+  const tagRun other = Tvmgr({"restore", good, "--yes"});
+  EXPECT_EQ(other.exit_code, 1U) << other.out;
+  EXPECT_THAT(other.out, HasSubstr("A.PNG  -       -        other content\n"));
+}
+
+TEST_F(CBackupTest, CoverageListsWhatBackupsDoNotHold) {
+  const json rows = Json({"backup", "coverage"});
+  EXPECT_EQ(
+      std::count_if(rows.begin(), rows.end(), [](const json& row) { return row["in_backups"] == true; }), 58);
 }
 
 TEST_F(CBackupTest, CheckAndDiffNeedNoPortLibrary) {
@@ -217,7 +286,7 @@ TEST_F(CBackupTest, CheckAndDiffNeedNoPortLibrary) {
   }
   const std::string path =
       HostFile("c.bak", "^FXLX-R4100SeriesTavira^FS\r\n^FX20310504131415^FS\r\n^FXC^FS\r\n^XA^H(E^XZ\r\n");
-  EXPECT_EQ(RunProgram(alone / "tvmgr.exe", {"backup", "check", path}).out,
+  EXPECT_EQ(RunProgram(alone / "tvmgr.exe", {"backup", "check", path, "--quiet"}).out,
             path + ": complete, made 2031-05-04 13:14:15, sections C, 0 settings, 0 files, 71 bytes\n");
   EXPECT_EQ(RunProgram(alone / "tvmgr.exe", {"backup", "diff", path, path}).exit_code, 0U);
 }

@@ -103,11 +103,34 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
     EXPECT_THAT(runs[i].err, HasSubstr(cases[i].why));
     EXPECT_EQ(runs[i].out, "");
   }
+  // A protected file stays, and is listed all the same.
+  HostFile("printer/attributes.txt", "E:LOGO.PNG\n");
+  const tagRun kept = Tvmgr({"put", HostFile("logo.png", "other")});
+  EXPECT_EQ(kept.exit_code, 1U);
+  EXPECT_THAT(kept.err, HasSubstr("other contents under that name"));
+  const tagRun open = Tvmgr({"put", HostFile("raw.txt", "~DYE:RAW,A,T,3,0,abc")});
+  EXPECT_EQ(open.exit_code, 3U);
+  EXPECT_THAT(open.err, HasSubstr("RAW.TTF: listed, content not compared"));
   // A format that the printer drops: the module reports success, the list does not.
   WriteIni("[printer]\ndevice_capacity=10\n");
   const tagRun full = Tvmgr({"put", HostFile("label.zpl", "^XA^FO10,10^FDlong enough^FS^XZ")});
   EXPECT_EQ(full.exit_code, 1U);
   EXPECT_THAT(full.err, HasSubstr("does not list it"));
+}
+
+TEST_F(CFilesTest, EmptyListsOfAPrinterThatFallsSilentProveNothing) {
+  StoreOnE("LOGO.PNG", "bytes");
+  // The answers count from the status: the guard's, the settings, eight lists, the reload, the status.
+  WriteIni("[faults]\ncut_at=1\ncut_from=14\n");
+  const tagRun removed = Tvmgr({"rm", "LOGO.PNG", "--yes"});
+  EXPECT_EQ(removed.exit_code, 4U) << removed.out;
+  EXPECT_THAT(removed.err, HasSubstr("no longer answers"));
+  WriteIni("[faults]\ncut_at=1\ncut_from=4\n");
+  EXPECT_EQ(Tvmgr({"files"}).exit_code, 4U);
+  WriteIni("[faults]\ncut_at=600\n");
+  const tagRun cut = Tvmgr({"files"});
+  EXPECT_EQ(cut.exit_code, 3U);
+  EXPECT_THAT(cut.err, HasSubstr("there may be more files"));
 }
 
 }  // namespace

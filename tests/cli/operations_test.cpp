@@ -31,6 +31,15 @@ TEST_F(COperationsTest, WipeLeavesOtherFilesAndSetting42AsTheyWere) {
   EXPECT_EQ(rows[0]["value"], "R");
 }
 
+TEST_F(COperationsTest, WipeNamesWhatRemained) {
+  StoreOnE("LOGO.PNG", "bytes");
+  StoreOnE("KEPT.GRF", "bytes");
+  HostFile("printer/attributes.txt", "E:KEPT.GRF\n");
+  const tagRun run = Tvmgr({"op", "wipe-graphics", "--yes"});
+  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_THAT(run.err, HasSubstr("still lists KEPT.GRF ("));
+}
+
 TEST_F(COperationsTest, LongWorkIsToldOnStderrUnlessQuiet) {
   WriteIni("[printer]\nmaintenance_ms=2500\n");
   const std::vector<tagRun> runs =

@@ -170,6 +170,9 @@ TEST_F(PortEndpoint, SilenceAndCutAnswersDoNotStopThePrinter) {
   EXPECT_EQ(printer.printer.Setting("CLR,Z"), "300");
   port.Faults() = {};
   port.Faults().cut_answer_at = 4;
+  port.Faults().cut_from = 2;
+  Send("~H(CLR,Z");
+  EXPECT_EQ(Read().size(), kAnswer.size());
   Send("~H(CLR,Z");
   EXPECT_EQ(Read(), kAnswer.substr(0, 4));
   port.Faults().silent = true;

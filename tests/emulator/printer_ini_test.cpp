@@ -16,7 +16,8 @@ TEST(PrinterIni, ReadsEveryKey) {
       "device_capacity=5000000000\nunanswered=CLR,Z;SMA,S\nrefused=CLR,P CLR,R\npadded=CLR,Z:4\n"
       "garbage=\\x02\\x00ab\\r\\n\\x5C\n"
       "[factory]\nCLR,Z=300\n[answers]\nCLR,P=400\n"
-      "[faults]\nlatency_ms=7\nsilent=1\nsilent_from=3\ncut_at=12\nfail=SendData:2:-5; Poll:1:-9\n");
+      "[faults]\nlatency_ms=7\nsilent=1\nsilent_from=3\ncut_at=12\ncut_from=4\nfail=SendData:2:-5; "
+      "Poll:1:-9\n");
   EXPECT_TRUE(ini.problems.empty());
   const tagQuirks& quirks = ini.quirks;
   EXPECT_TRUE(quirks.strict_prefix && quirks.short_format_names && quirks.compressed_downloads &&
@@ -35,6 +36,7 @@ TEST(PrinterIni, ReadsEveryKey) {
   EXPECT_TRUE(ini.faults.silent);
   EXPECT_EQ(ini.faults.silent_from, 3u);
   EXPECT_EQ(ini.faults.cut_answer_at, 12u);
+  EXPECT_EQ(ini.faults.cut_from, 4u);
   ASSERT_EQ(ini.faults.call_faults.size(), 2u);
   EXPECT_EQ(ini.faults.call_faults[1].call, PortCall::kPoll);
   EXPECT_EQ(ini.faults.call_faults[0].nth, 2u);

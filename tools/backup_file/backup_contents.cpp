@@ -27,7 +27,9 @@ char UpperCase(char c) {
 std::map<std::string, std::string> SettingsByKey(const tagBackupContents& contents) {
   std::map<std::string, std::string> values;
   for (const tagBackupSetting& setting : contents.settings) {
-    values[setting.key] = setting.value;
+    if (!setting.value.empty()) {
+      values[setting.key] = setting.value;
+    }
   }
   if (contents.prefix) {
     values["CCC,T"] = HexDigits(contents.prefix->control);
@@ -56,26 +58,26 @@ std::string ReadableTime(std::string_view time_stamp) {
   return text;
 }
 
-char SectionOfFile(std::string_view name) {
+tagKindOfFile KindOfBackupFile(std::string_view name) {
   struct tagExtension {
     std::string_view text;
-    char section;
+    tagKindOfFile kind;
   };
-  static constexpr std::array kExtensions = std::to_array<tagExtension>({{".PNG", 'I'},
-                                                                         {".GRF", 'I'},
-                                                                         {".FMT", 'T'},
-                                                                         {".ZPL", 'T'},
-                                                                         {".TTF", 'F'},
-                                                                         {".TTE", 'F'},
-                                                                         {".BGD", 'B'}});
+  static constexpr std::array kExtensions = std::to_array<tagExtension>({{".PNG", {'I', 'P', 0}},
+                                                                         {".GRF", {'I', 'G', 1}},
+                                                                         {".FMT", {'T', 0, 2}},
+                                                                         {".ZPL", {'T', 0, 3}},
+                                                                         {".TTF", {'F', 'T', 4}},
+                                                                         {".TTE", {'F', 'E', 5}},
+                                                                         {".BGD", {'B', 'B', 6}}});
   for (const tagExtension& extension : kExtensions) {
     if (name.size() >= extension.text.size() &&
         std::equal(extension.text.begin(), extension.text.end(), name.end() - extension.text.size(),
                    [](char expected, char c) { return expected == UpperCase(c); })) {
-      return extension.section;
+      return extension.kind;
     }
   }
-  return 0;
+  return {};
 }
 
 }  // namespace tvmgr

@@ -1,7 +1,9 @@
 #include "backup_file/backup_parser.h"
 
 #include <algorithm>
+#include <set>
 
+#include "backup_file/settings_order.h"
 #include "backup_file/stored_download.h"
 
 namespace tvmgr {
@@ -18,11 +20,15 @@ constexpr std::string_view kAttributeHead = "^XA^F(AE:";
 constexpr std::string_view kTrailer = "^XA^H(E^XZ\r\n";
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kAllSections = "SITFBCP";
+constexpr std::string_view kPrefixHead = "\x02";
 constexpr std::size_t kKeySize = 5;
+// What begins a command, whatever the prefix characters of the printer are, and what ends an answer.
+constexpr std::string_view kNeverInValues = "^~\x1E\x10\x03";
 // A file made of nothing but damage must not need many times its size in memory.
 constexpr std::size_t kMaxProblems = 50;
 constexpr std::size_t kMaxSettings = 255;
-constexpr std::size_t kLongestName = 128;
+constexpr std::size_t kLongestName = 12;
+constexpr std::size_t kLongestBaseName = 8;
 
 bool IsKeyCharacter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
@@ -31,6 +37,17 @@ bool IsKeyCharacter(char c) {
 bool IsKey(std::string_view text) {
   return text.size() == kKeySize && std::all_of(text.begin(), text.begin() + 3, IsKeyCharacter) &&
          text[3] == ',' && IsKeyCharacter(text[4]);
+}
+
+/** A name as the printer lists it: up to 8 characters, a dot, up to 3 more. */
+bool IsFileName(std::string_view name) {
+  const std::size_t dot = name.find('.');
+  return dot != std::string_view::npos && dot > 0 && dot <= kLongestBaseName && dot + 1 < name.size() &&
+         name.size() <= kLongestName && name.find('.', dot + 1) == std::string_view::npos &&
+         std::none_of(name.begin(), name.end(), [](char c) {
+           return static_cast<unsigned char>(c) <= 0x20 || c == 0x7F ||
+                  std::string_view("^~,:*?").find(c) != std::string_view::npos;
+         });
 }
 
 /** "^XA^F(AE:NAME,Y^XZ" and its line end. */
@@ -71,10 +88,15 @@ class CBackupParser {
     return is_there;
   }
 
-  void AddProblemAt(std::size_t offset, std::string_view subject, std::string_view text) {
+  void AddProblemAt(std::size_t offset, std::string_view subject, std::string_view text,
+                    bool is_gap = false) {
+    contents_.gap_count += is_gap ? 1U : 0U;
     if (++contents_.problem_count <= kMaxProblems) {
-      contents_.problems.push_back({offset, std::string(subject), std::string(text)});
+      contents_.problems.push_back({offset, std::string(subject), std::string(text), is_gap});
     }
+  }
+  void AddGapAt(std::size_t offset, std::string_view subject, std::string_view text) {
+    AddProblemAt(offset, subject, text, true);
   }
   void AddProblem(std::string_view text) { AddProblemAt(position_, {}, text); }
 
@@ -140,14 +162,17 @@ class CBackupParser {
 
   void ParseBlock() {
     const bool is_settings =
-        Rest().starts_with(kSetHead) || Rest().starts_with('\x02') || Rest().starts_with(kSaveLine);
+        Rest().starts_with(kSetHead) || Rest().starts_with(kPrefixHead) || Rest().starts_with(kSaveLine);
     if (is_settings && !has_settings_) {
+      if (!contents_.files.empty()) {
+        AddProblem("the settings stand behind a file");
+      }
       has_settings_ = true;
       ParseSettings();
     } else if (Rest().starts_with(kAttributeHead)) {
       ParseFile();
     } else if (Rest().starts_with(kSeparatorLine) || Rest().starts_with(kTrailer)) {
-      AddProblem("a stored file is missing: the printer sent nothing for it");
+      AddGapAt(position_, {}, "a stored file is missing: the printer sent nothing for it");
     } else if (!Rest().empty()) {
       AddProblem("a block that holds neither settings nor a file");
       SkipToNextBlock();
@@ -170,24 +195,26 @@ class CBackupParser {
   }
 
   void ParseSettings() {
+    const std::size_t begin = position_;
     while (Rest().starts_with(kSetHead)) {
       if (contents_.settings.size() == kMaxSettings) {
         AddProblem("more settings than any printer has");
         return SkipToNextBlock();
       }
-      const std::size_t begin = position_;
-      position_ += kSetHead.size();
-      const std::string_view key = Rest().substr(0, kKeySize);
-      position_ += key.size();
-      const std::size_t end = IsKey(key) && Take(",") ? Rest().find(kCommandEnd) : std::string_view::npos;
-      if (end == std::string_view::npos) {
-        AddProblemAt(begin, {}, "a setting is damaged or cut off");
+      if (!TakeSetting()) {
+        AddProblem("a setting is damaged or cut off");
         return SkipToNextBlock();
       }
-      contents_.settings.push_back({std::string(key), std::string(Rest().substr(0, end))});
-      position_ += end + kCommandEnd.size();
     }
-    if (Rest().starts_with('\x02') && !TakePrefix()) {
+    if (const std::string missing = order_.Missing(); !missing.empty()) {
+      AddProblemAt(begin, {}, "settings are missing: " + missing);
+    }
+    if (const std::string empty = order_.WithoutValue(); !empty.empty()) {
+      AddGapAt(begin, {}, "settings without a value in this backup: " + empty);
+    }
+    if (!Rest().starts_with(kPrefixHead)) {
+      AddGapAt(position_, {}, "the prefix characters are missing");
+    } else if (!TakePrefix()) {
       AddProblem("the change of the prefix characters is damaged or cut off");
       return SkipToNextBlock();
     }
@@ -195,6 +222,33 @@ class CBackupParser {
       AddProblem("the settings are cut off: the command that saves them is missing");
       SkipToNextBlock();
     }
+  }
+
+  // "^XA^S(CLM,P,12^XZ". A value has no end of its own, so whatever begins a command ends it.
+  bool TakeSetting() {
+    const std::size_t begin = position_;
+    const std::string_view line = Rest().substr(kSetHead.size());
+    const std::string_view key = line.substr(0, kKeySize);
+    if (!IsKey(key) || !line.substr(kKeySize).starts_with(',')) {
+      return false;
+    }
+    const std::string_view value = line.substr(kKeySize + 1);
+    std::size_t size = std::min(value.find_first_of(kNeverInValues), value.size());
+    if (!value.substr(size).starts_with(kCommandEnd)) {
+      size = value.find(kCommandEnd);
+      if (size == std::string_view::npos) {
+        return false;
+      }
+      AddProblemAt(begin, key,
+                   "its value holds a command or an end mark: a restore would not write it as it stands");
+    }
+    contents_.settings.push_back({std::string(key), std::string(value.substr(0, size))});
+    position_ = begin + kSetHead.size() + kKeySize + 1 + size + kCommandEnd.size();
+    const std::string_view problem = order_.Take(key, size != 0);
+    if (!problem.empty()) {
+      AddProblemAt(begin, key, problem);
+    }
+    return true;
   }
 
   bool TakePrefix() {
@@ -208,8 +262,14 @@ class CBackupParser {
     const bool fits = std::equal(kShape.begin(), kShape.end(), text.begin(), text.end(),
                                  [](char shape, char c) { return shape == '?' || shape == c; });
     if (fits) {
-      contents_.prefix = {text[4], text[8], text[12]};
+      const tagBackupPrefix prefix{text[4], text[8], text[12]};
+      contents_.prefix = prefix;
       position_ += kShape.size();
+      if (prefix.control == prefix.format || prefix.format == prefix.delimiter ||
+          prefix.control == prefix.delimiter || prefix.control == 0 || prefix.format == 0 ||
+          prefix.delimiter == 0) {
+        AddProblem("the prefix characters are not three different ones");
+      }
     }
     return fits;
   }
@@ -227,7 +287,7 @@ class CBackupParser {
     const std::string_view name = text.substr(0, comma);
     const std::string_view letter = text.substr(comma + 1, 1);
     if ((letter != "Y" && letter != "N") || !text.substr(comma + 2).starts_with(kCommandEnd) ||
-        std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; })) {
+        !IsFileName(name)) {
       return std::nullopt;
     }
     return tagAttributeLine{name, letter == "Y", at + comma + 2 + kCommandEnd.size()};
@@ -240,29 +300,51 @@ class CBackupParser {
       AddProblem("the attribute command in front of a file is damaged or cut off");
       return SkipToNextBlock();
     }
-    const tagFileEnd end = FindFileEnd(opening->name, opening->end);
-    const tagBackupFile file{opening->name, bytes_.substr(opening->end, end.data_end - opening->end),
-                             end.is_protected};
-    position_ = end.next;
-    contents_.files.push_back(file);
-    const std::string_view problem = end.is_closed
-                                         ? ReadStoredDownload(file.command).problem
-                                         : "it is cut off: the attribute command behind it is missing";
-    if (!problem.empty()) {
-      AddProblemAt(begin, file.name, problem);
+    const tagStoredDownload download = ReadStoredDownload(opening->name, bytes_.substr(opening->end));
+    std::string_view problem = download.problem;
+    std::optional<tagFileEnd> end;
+    if (problem.empty()) {
+      end = EndBehind(opening->name, opening->end + download.size);
+      problem = end ? "" : "its data is not followed by the attribute command behind it";
     }
-    const char section = SectionOfFile(file.name);
-    if (section == 0 || contents_.sections.find(section) == std::string::npos) {
-      AddProblemAt(begin, file.name, "it belongs to no section that the header names");
+    if (!end) {
+      end = FindFileEnd(opening->name, opening->end);
+      problem = end->is_closed ? problem : "it is cut off: the attribute command behind it is missing";
+    }
+    position_ = end->next;
+    contents_.files.push_back(
+        {opening->name, bytes_.substr(opening->end, end->data_end - opening->end), end->is_protected});
+    JudgeFile(begin, opening->name);
+    if (!problem.empty()) {
+      AddProblemAt(begin, opening->name, problem);
     }
   }
 
-  // Data is whatever the printer sent, so it may hold what looks like the end of its block. The end is taken
-  // for one where a block or the trailer follows; elsewhere only when there is no better one.
-  tagFileEnd FindFileEnd(std::string_view name, std::size_t begin) const {
-    if (const std::optional<tagFileEnd> end = EndOfRawData(name, begin)) {
-      return *end;
+  void JudgeFile(std::size_t begin, std::string_view name) {
+    const tagKindOfFile kind = KindOfBackupFile(name);
+    if (kind.section == 0 || contents_.sections.find(kind.section) == std::string::npos) {
+      AddProblemAt(begin, name, "it belongs to no section that the header names");
     }
+    if (kind.place < last_kind_) {
+      AddProblemAt(begin, name, "it stands behind files that follow it in a backup");
+    }
+    last_kind_ = std::max(last_kind_, kind.place);
+    if (!names_.insert(name).second) {
+      AddProblemAt(begin, name, "it stands there more than once");
+    }
+  }
+
+  // The attribute command with its line end in front, which follows a file's data.
+  std::optional<tagFileEnd> EndBehind(std::string_view name, std::size_t at) const {
+    const std::optional<tagAttributeLine> line =
+        bytes_.substr(at).starts_with(kLineEnd) ? ReadAttributeLine(at + kLineEnd.size()) : std::nullopt;
+    return line && line->name == name ? std::optional(tagFileEnd{at, line->end, true, line->is_set})
+                                      : std::nullopt;
+  }
+
+  // The end of damaged data, which may hold what looks like it. It is taken for one where a block or the
+  // trailer follows; elsewhere only when there is no better one.
+  tagFileEnd FindFileEnd(std::string_view name, std::size_t begin) const {
     constexpr std::string_view kNextAttribute = "\r\n^XA^F(AE:";
     std::optional<tagFileEnd> doubtful;
     // Data of no bytes has its line end all the same.
@@ -285,21 +367,6 @@ class CBackupParser {
     return doubtful.value_or(tagFileEnd{last, last, false, false});
   }
 
-  // The data of an object that is not encoded has as many bytes as its head says.
-  std::optional<tagFileEnd> EndOfRawData(std::string_view name, std::size_t begin) const {
-    const std::optional<tagObjectHead> head = ReadObjectHead(bytes_.substr(begin));
-    if (!head || bytes_.size() - begin - head->data_begin < head->stored_bytes) {
-      return std::nullopt;
-    }
-    const std::size_t end = begin + head->data_begin + static_cast<std::size_t>(head->stored_bytes);
-    const std::optional<tagAttributeLine> line =
-        bytes_.substr(end).starts_with(kLineEnd) ? ReadAttributeLine(end + kLineEnd.size()) : std::nullopt;
-    if (!line || line->name != name || !IsEndOfBlock(line->end)) {
-      return std::nullopt;
-    }
-    return tagFileEnd{end, line->end, true, line->is_set};
-  }
-
   bool IsBehindSeparator(std::size_t data_begin, std::size_t line_end) const {
     const std::size_t size = kSeparatorLine.size() - kLineEnd.size();
     if (line_end - data_begin < size || !bytes_.substr(line_end - size).starts_with(kSeparatorLine)) {
@@ -318,6 +385,9 @@ class CBackupParser {
   std::string_view bytes_;
   std::size_t position_ = 0;
   bool has_settings_ = false;
+  CSettingsOrder order_;
+  int last_kind_ = 0;
+  std::set<std::string_view> names_;
   tagBackupContents contents_;
 };
 

@@ -4,112 +4,157 @@
 #include <array>
 #include <charconv>
 
+#include "backup_file/backup_contents.h"
+#include "backup_file/encoded_data.h"
+
 namespace tvmgr {
 namespace {
 
-constexpr std::string_view kObjectCommand = "~DY";
-constexpr std::string_view kFormatCommand = "^DF";
+constexpr std::string_view kObjectHead = "~DY";
+constexpr std::string_view kFormatHead = "^XA^DF";
+constexpr std::string_view kNameEnd = "^FS";
 constexpr std::string_view kFormatEnd = "^XZ";
+constexpr std::string_view kAlternativeEnd =
+    "\x1E"
+    "XZ";
+constexpr std::string_view kDevice = "E:";
 constexpr std::string_view kPlainMarker = ":B64:";
 constexpr std::string_view kCompressedMarker = ":Z64:";
-constexpr std::size_t kObjectFields = 5;
-// What a printer puts in front of a command, or between its name and its data, is short.
-constexpr std::size_t kLongestHead = 256;
-constexpr std::size_t kLongestTail = 64;
+constexpr std::size_t kLongestField = 32;
 
-bool IsBase64Character(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/';
+constexpr std::string_view kOtherName = "its data is the download of a file with another name";
+constexpr std::string_view kNoDownload = "its data is no download command";
+constexpr std::string_view kCutOff = "its data is cut off";
+
+/** "E:NAME.EXT"; device and extension may be left out. */
+bool IsName(std::string_view text, std::string_view name) {
+  text.remove_prefix(text.starts_with(kDevice) ? kDevice.size() : 0);
+  return text == name || text == name.substr(0, name.find('.'));
 }
 
-// A checksum that is not there, or is none, does not keep the printer from taking the data.
-bool HasWrongChecksum(std::string_view base64, std::string_view behind) {
-  constexpr std::size_t kDigits = 4;
-  if (behind.size() <= kDigits || behind.front() != ':') {
-    return false;
-  }
-  unsigned int stated = 0;
-  const char* const begin = behind.data() + 1;
-  const auto [end, error] = std::from_chars(begin, begin + kDigits, stated, 16);
-  return error == std::errc() && end == begin + kDigits && stated != DownloadChecksum(base64);
+/** A number as it is printed: no sign, no zeros in front. */
+std::optional<std::uint64_t> ReadNumber(std::string_view text) {
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool fits = error == std::errc() && end == text.data() + text.size();
+  return fits && (text == "0" || !text.starts_with('0')) ? std::optional(number) : std::nullopt;
 }
 
-std::string_view EncodedProblem(std::string_view data, std::uint64_t stored_bytes) {
-  const bool is_plain = data.starts_with(kPlainMarker);
-  data.remove_prefix(kPlainMarker.size());
-  const std::size_t size = std::min(data.find(':'), data.size());
-  const std::string_view base64 = data.substr(0, size);
-  if (is_plain) {
-    const auto characters =
-        static_cast<std::uint64_t>(std::count_if(base64.begin(), base64.end(), IsBase64Character));
-    if (characters * 3 / 4 < stored_bytes) {
-      return "its data is cut off";
-    }
-  }
-  return HasWrongChecksum(base64, data.substr(size)) ? "its data does not match its checksum" : "";
-}
+/** The head of an object's command and where its data begins. */
+struct tagObjectHead {
+  std::array<std::string_view, 5> fields; /**< name, form of the data, kind, bytes, bytes in a row */
+  std::size_t data_begin = 0;
+};
 
-std::string_view ObjectProblem(std::string_view data, std::uint64_t stored_bytes) {
-  if (data.starts_with(kPlainMarker) || data.starts_with(kCompressedMarker)) {
-    return EncodedProblem(data, stored_bytes);
-  }
-  return data.size() < stored_bytes ? "its data is cut off" : "";
-}
-
-}  // namespace
-
-std::uint16_t DownloadChecksum(std::string_view text) {
-  static constexpr auto kTable = [] {
-    std::array<std::uint16_t, 256> table{};
-    for (std::uint32_t byte = 0; byte < 256; ++byte) {
-      std::uint32_t value = byte << 8;
-      for (int bit = 0; bit < 8; ++bit) {
-        value = (value & 0x8000U) != 0 ? value << 1 ^ 0x1021U : value << 1;
-      }
-      table[byte] = static_cast<std::uint16_t>(value);
-    }
-    return table;
-  }();
-  std::uint16_t crc = 0;
-  for (const char c : text) {
-    const auto index = static_cast<std::uint8_t>(crc >> 8 ^ static_cast<unsigned char>(c));
-    crc = static_cast<std::uint16_t>(crc << 8 ^ kTable[index]);
-  }
-  return crc;
-}
-
-std::optional<tagObjectHead> ReadObjectHead(std::string_view command) {
-  const std::size_t at = command.substr(0, kLongestHead).find(kObjectCommand);
-  if (at == std::string_view::npos) {
-    return std::nullopt;
-  }
-  tagObjectHead head{0, at + kObjectCommand.size()};
-  for (std::size_t field = 0; field < kObjectFields; ++field) {
-    const std::string_view rest = command.substr(head.data_begin, kLongestHead);
+std::optional<tagObjectHead> ReadHead(std::string_view bytes) {
+  tagObjectHead head{{}, kObjectHead.size()};
+  for (std::string_view& field : head.fields) {
+    const std::string_view rest = bytes.substr(head.data_begin, kLongestField);
     const std::size_t size = rest.find(',');
     if (size == std::string_view::npos) {
       return std::nullopt;
     }
-    if (field == 3) {
-      const auto [end, error] = std::from_chars(rest.data(), rest.data() + size, head.stored_bytes);
-      if (error != std::errc() || end != rest.data() + size) {
-        return std::nullopt;
-      }
-    }
+    field = rest.substr(0, size);
     head.data_begin += size + 1;
   }
   return head;
 }
 
-tagStoredDownload ReadStoredDownload(std::string_view command) {
-  if (const std::optional<tagObjectHead> head = ReadObjectHead(command)) {
-    return {head->stored_bytes, ObjectProblem(command.substr(head->data_begin), head->stored_bytes)};
+/** True for a marker of encoded data with a damaged byte or two: no file begins in such a way. */
+bool IsDamagedMarker(std::string_view data) {
+  const auto damage = [&](std::string_view marker) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < marker.size(); ++i) {
+      count += i >= data.size() || data[i] != marker[i] ? 1U : 0U;
+    }
+    return count;
+  };
+  return damage(kPlainMarker) <= 2 || damage(kCompressedMarker) <= 2;
+}
+
+tagStoredDownload ReadObject(std::string_view name, std::string_view bytes, std::string* stored) {
+  const std::optional<tagObjectHead> head = ReadHead(bytes);
+  const std::optional<std::uint64_t> total = head ? ReadNumber(head->fields[3]) : std::nullopt;
+  if (!total) {
+    return {std::nullopt, 0, kNoDownload};
   }
-  if (command.substr(0, kLongestHead).find(kFormatCommand) == std::string_view::npos) {
-    return {std::nullopt, "its data is no download command"};
+  const auto problem = [&](std::string_view text) { return tagStoredDownload{total, 0, text}; };
+  if (!IsName(head->fields[0], name)) {
+    return problem(kOtherName);
   }
-  const std::string_view tail = command.substr(command.size() - std::min(command.size(), kLongestTail));
-  const bool is_whole = tail.find(kFormatEnd) != std::string_view::npos;
-  return {std::nullopt, is_whole ? "" : "its data is cut off"};
+  const tagKindOfFile kind = KindOfBackupFile(name);
+  const std::optional<std::uint64_t> row = ReadNumber(head->fields[4]);
+  // A graphic without a head of its own has whole rows; all other files have none.
+  const bool fits = row && (*row == 0 || (kind.object_letter == 'G' && *total % *row == 0));
+  if (head->fields[1] != "B" || head->fields[2] != std::string_view(&kind.object_letter, 1) || !fits) {
+    return problem("the head of its download command does not fit the file");
+  }
+  const std::string_view data = bytes.substr(head->data_begin);
+  if (data.starts_with(kPlainMarker) || data.starts_with(kCompressedMarker)) {
+    const tagEncodedData encoded = ReadEncodedData(data.substr(kPlainMarker.size()),
+                                                   data.starts_with(kCompressedMarker), *total, stored);
+    return encoded.problem.empty()
+               ? tagStoredDownload{total, head->data_begin + kPlainMarker.size() + encoded.size, {}}
+               : problem(encoded.problem);
+  }
+  if (IsDamagedMarker(data)) {
+    return problem("the marker in front of its data is damaged");
+  }
+  if (data.size() < *total) {
+    return problem(kCutOff);
+  }
+  const auto size = static_cast<std::size_t>(*total);
+  if (stored != nullptr) {
+    *stored = data.substr(0, size);
+  }
+  return {total, head->data_begin + size, {}};
+}
+
+tagStoredDownload ReadFormat(std::string_view name, std::string_view bytes, std::string* stored) {
+  const auto problem = [&](std::string_view text) { return tagStoredDownload{std::nullopt, 0, text}; };
+  const std::size_t begin = kFormatHead.size();
+  const std::size_t name_size = bytes.substr(begin, kLongestField).find(kNameEnd);
+  if (name_size == std::string_view::npos) {
+    return problem(kNoDownload);
+  }
+  if (!IsName(bytes.substr(begin, name_size), name)) {
+    return problem(kOtherName);
+  }
+  const std::size_t body = begin + name_size + kNameEnd.size();
+  // The printer takes the first one for the end of the file, and carries out what follows.
+  const std::size_t end = bytes.find(kFormatEnd, body);
+  if (end == std::string_view::npos) {
+    return problem(kCutOff);
+  }
+  const std::string_view text = bytes.substr(body, end - body);
+  if (text.find(kAlternativeEnd) != std::string_view::npos) {
+    return problem("its data ends in its middle");
+  }
+  if (stored != nullptr) {
+    *stored = text;
+  }
+  return {std::nullopt, end + kFormatEnd.size(), {}};
+}
+
+tagStoredDownload Read(std::string_view name, std::string_view bytes, std::string* stored) {
+  const bool is_object = KindOfBackupFile(name).object_letter != 0;
+  if (!bytes.starts_with(is_object ? kObjectHead : kFormatHead)) {
+    return {std::nullopt, 0, kNoDownload};
+  }
+  return is_object ? ReadObject(name, bytes, stored) : ReadFormat(name, bytes, stored);
+}
+
+}  // namespace
+
+tagStoredDownload ReadStoredDownload(std::string_view name, std::string_view bytes) {
+  return Read(name, bytes, nullptr);
+}
+
+std::optional<std::string> BytesOfDownload(std::string_view name, std::string_view command) {
+  std::string stored;
+  const tagStoredDownload download = Read(name, command, &stored);
+  return download.problem.empty() && download.size == command.size() ? std::optional(std::move(stored))
+                                                                     : std::nullopt;
 }
 
 }  // namespace tvmgr

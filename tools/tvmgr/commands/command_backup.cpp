@@ -1,14 +1,19 @@
 #include <algorithm>
 #include <filesystem>
+#include <set>
 
+#include "backup_file/backup_settings.h"
 #include "commands/commands.h"
 #include "files/backup_report.h"
+#include "files/backup_target.h"
 #include "files/file_kinds.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/record_output.h"
 #include "output/result_words.h"
+#include "output/settings_names.h"
 #include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -87,18 +92,83 @@ std::uint64_t LongestMs(const CManagerSession& session) {
   return (files + 1) * limit::kTransaction;
 }
 
-void WriteBackup(const CManagerSession& session, const tagBackupOptions& options, TvmgrBackupInfo info) {
-  const std::wstring path = ToWide(options.file);
+/** What the printer did not deliver, and what does not stand in the file as it was loaded. */
+struct tagShortfall {
+  std::string lines; /**< one for each, indented */
+  bool is_damage = false;
+};
+
+void JudgeSettings(const CManagerSession& session, const tagBackupContents& contents,
+                   tagShortfall& shortfall) {
+  const std::map<std::string, std::string> values = SettingsByKey(contents);
+  std::string unanswered;
+  bool is_prefix = false;  // the three stand in the file together or, as the check has said, not at all
+  const auto judge = [&](std::string_view key) {
+    const std::optional<std::string> loaded = session.Value(RequireSetting(key).id);
+    const auto found = values.find(std::string(key));
+    if (!loaded || loaded->empty()) {
+      unanswered += " " + std::string(key);
+    } else if (found == values.end() ? !is_prefix : !EqualsIgnoreCase(found->second, *loaded)) {
+      shortfall.lines += "  " + std::string(key) + " is not in the file as the printer said it\n";
+      shortfall.is_damage = true;
+    }
+  };
+  std::for_each(kBackupSettings.begin(), kBackupSettings.end(), judge);
+  is_prefix = true;
+  std::for_each(kPrefixSettings.begin(), kPrefixSettings.end(), judge);
+  if (!unanswered.empty()) {
+    shortfall.lines += "  the printer gave no value for" + unanswered + "\n";
+  }
+}
+
+void JudgeFiles(const CManagerSession& session, const tagBackupContents& contents, tagShortfall& shortfall) {
+  std::set<std::string> names;
+  for (const tagBackupFile& file : contents.files) {
+    names.insert(FromAnsi(file.name).value_or(EscapeBytes(file.name)));
+  }
+  for (const tagFileKind& kind : AllFileKinds()) {
+    const char section = SectionOfFile(kind.extension);
+    const bool is_wanted = section != 0 && contents.sections.find(section) != std::string::npos;
+    for (const std::string& name : is_wanted ? session.FileNames(kind.list) : std::vector<std::string>()) {
+      if (!names.contains(name)) {
+        shortfall.lines += "  the printer lists " + name + ", but sent nothing for it\n";
+      }
+    }
+  }
+}
+
+tagShortfall Compare(const CManagerSession& session, const tagBackupContents& contents, bool with_settings) {
+  tagShortfall shortfall{ExplainProblems(contents), !contents.IsUndamaged()};
+  if (with_settings) {
+    JudgeSettings(session, contents, shortfall);
+  }
+  JudgeFiles(session, contents, shortfall);
+  if (shortfall.lines.empty() && IsAnswerCut(session)) {
+    shortfall.lines = "  the printer's answers were cut off, so its lists may be, too\n";
+  }
+  return shortfall;
+}
+
+void WriteBackup(const CManagerSession& session, const CBackupTarget& target, TvmgrBackupInfo info) {
+  const std::wstring path = ToWide(target.Partial());
   info.path = path.c_str();
   session.Require("TVMGR_UpdateBackupInfo", "preparing the backup", 0,
                   [&] { return TVMGR_UpdateBackupInfo(&info); });
-  // Everything has been loaded just now, or is not to be.
+  // Everything has been loaded just now.
   const std::int32_t result =
       session.Call("TVMGR_Backup", "writing the backup", LongestMs(session), [] { return TVMGR_Backup(0); });
   if (result != TVMGR_OK) {
-    throw CFailure("the backup is not complete; \"" + options.file +
+    throw CFailure("the backup is not complete; \"" + target.Partial() +
                        "\" holds what was written before the failure: " + ExplainResult(result),
                    ExitCodeOf(result));
+  }
+}
+
+void Print(const tagGlobalOptions& global, const tagBackupOnHost& backup) {
+  if (global.json) {
+    PrintJson(SummaryJson(backup));
+  } else {
+    WriteOutput(backup.path + ": " + Summary(backup) + "\n");
   }
 }
 
@@ -110,28 +180,25 @@ int RunBackup(const tagGlobalOptions& global, const tagBackupOptions& options) {
   }
   const TvmgrBackupInfo info = ChooseSections(options.sections);
   ConfirmOverwriting(options.file, options.yes);
-  {
-    const CManagerSession session(global);
-    if (!options.no_reload) {
-      // Before the file is touched: a printer that turns out to be silent must not cost an earlier backup.
-      session.RequireAnsweringPrinter();
-      session.LoadAll();
-    } else {
-      session.Remark(
-          "remark: without a load this process knows no values and no files of the printer, so the backup "
-          "holds none");
-    }
-    WriteBackup(session, options, info);
+  CBackupTarget target(options.file);
+  const CManagerSession session(global);
+  session.RequireAnsweringPrinter();
+  session.LoadAll();
+  WriteBackup(session, target, info);
+  tagBackupOnHost backup = ReadBackup(global, target.Partial());
+  const tagShortfall shortfall = Compare(session, backup.contents, info.settings != 0);
+  const bool is_silent = session.Status() == TVMGR_STATUS_UNKNOWN;
+  if (!shortfall.lines.empty() || is_silent) {
+    Print(global, backup);
+    throw CFailure("the backup is not complete; \"" + target.Partial() + "\" holds what there is" +
+                       (is_silent ? ", and the printer no longer answers" : "") + ":\n" + shortfall.lines,
+                   is_silent             ? kExitUnreachable
+                   : shortfall.is_damage ? kExitFailed
+                                         : kExitUnproved);
   }
-  const tagBackupOnHost backup = ReadBackup(global, options.file);
-  if (global.json) {
-    PrintJson(SummaryJson(backup));
-  } else {
-    WriteOutput(backup.path + ": " + Summary(backup) + "\n");
-  }
-  if (!backup.contents.IsComplete()) {
-    throw CFailure("the backup was written, but it is not complete:\n" + ExplainProblems(backup.contents));
-  }
+  target.Commit();
+  backup.path = options.file;
+  Print(global, backup);
   return kExitDone;
 }
 

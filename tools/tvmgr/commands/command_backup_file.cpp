@@ -1,5 +1,6 @@
 // What needs a backup file only: no printer, no manager.
 #include "backup_file/backup_difference.h"
+#include "backup_file/backup_settings.h"
 #include "backup_file/stored_download.h"
 #include "commands/commands.h"
 #include "files/backup_report.h"
@@ -7,6 +8,7 @@
 #include "output/console.h"
 #include "output/record_output.h"
 #include "output/setting_cell.h"
+#include "output/settings_names.h"
 #include "output/text_encoding.h"
 
 namespace tvmgr {
@@ -31,7 +33,7 @@ void PrintContents(const tagBackupContents& contents) {
   }
   CRecordOutput files({{"", "FILE"}, {"", "SECTION"}, {"", "STORED"}, {"", "IN BACKUP"}, {"", "PROTECTED"}});
   for (const tagBackupFile& file : contents.files) {
-    const std::optional<std::uint64_t> stored = ReadStoredDownload(file.command).stored_bytes;
+    const std::optional<std::uint64_t> stored = ReadStoredDownload(file.name, file.command).stored_bytes;
     const char section = SectionOfFile(file.name);
     files.Add({tagCell::Text(EscapeBytes(file.name)),
                tagCell::Text(section == 0 ? std::string("-") : std::string(1, section)),
@@ -68,7 +70,7 @@ Json ContentsJson(const tagBackupOnHost& backup) {
   }
   json["files"] = Json::array();
   for (const tagBackupFile& file : contents.files) {
-    const std::optional<std::uint64_t> stored = ReadStoredDownload(file.command).stored_bytes;
+    const std::optional<std::uint64_t> stored = ReadStoredDownload(file.name, file.command).stored_bytes;
     const char section = SectionOfFile(file.name);
     json["files"].push_back({{"name", JsonText(file.name)},
                              {"section", section == 0 ? Json() : Json(std::string(1, section))},
@@ -146,8 +148,28 @@ int RunBackupCheck(const tagGlobalOptions& global, const tagBackupCheckOptions& 
   } else {
     WriteOutput(backup.path + ": " + Summary(backup) + "\n" + ExplainProblems(backup.contents));
     PrintContents(backup.contents);
+    if (!global.quiet) {
+      WriteOutput("\n" + std::string(kNotSeenByChecks) + "\n" + CoverageSentence() + "\n");
+    }
   }
   return backup.contents.IsComplete() ? kExitDone : backup.contents.is_backup ? kExitFailed : kExitInputFile;
+}
+
+int RunBackupCoverage(const tagGlobalOptions& global) {
+  CRecordOutput output({{"id", "ID"}, {"key", "KEY"}, {"in_backups", "IN BACKUPS"}});
+  for (const tagSettingName& setting : AllSettings()) {
+    const bool is_covered = IsInBackups(setting.key);
+    output.Add({tagCell::Number(setting.id),
+                tagCell::Text(std::string(setting.key)),
+                {is_covered ? "yes" : "no", is_covered}});
+  }
+  if (global.json) {
+    output.PrintJson();
+    return kExitDone;
+  }
+  output.PrintTable();
+  WriteOutput("\n" + CoverageSentence() + "\n");
+  return kExitDone;
 }
 
 int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& options) {
@@ -168,6 +190,7 @@ int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& op
     WriteOutput(equal                  ? "equal\n"
                 : difference.IsEmpty() ? "not known to be equal: a file is not complete\n"
                                        : "different\n");
+    WriteOutput(global.quiet ? std::string() : CoverageSentence() + "\n");
   }
   return equal ? kExitDone : whole ? kExitFailed : kExitUnproved;
 }

@@ -8,6 +8,7 @@
 #include "output/record_output.h"
 #include "output/result_words.h"
 #include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -42,6 +43,8 @@ std::string Remove(const CManagerSession& session, const std::string& name, cons
   if (result != TVMGR_OK) {
     return ExplainResult(result);
   }
+  // An empty list is no proof: a silent printer has one, too.
+  RequireStillAnswering(session, "the removal of " + name + " was sent");
   // The result says nothing about the background file, but its list has just been refreshed.
   return IsStored(session, kind, name) ? "the printer still lists it" : "";
 }
@@ -74,6 +77,11 @@ int RunFiles(const tagGlobalOptions& global, const tagFilesOptions& options) {
     }
   }
   global.json ? output.PrintJson() : output.PrintTable();
+  RequireStillAnswering(session, "the lists were read");
+  if (IsAnswerCut(session)) {
+    throw CUnproved(
+        "the printer's answers were cut off (its last setting is missing): there may be more files");
+  }
   if (output.IsEmpty()) {
     session.Remark(options.list.empty() ? "no files stored" : "no such files stored");
   }
@@ -92,6 +100,7 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
   session.RequireAnsweringPrinter();
   // A file that was never there must not be reported as removed, so the lists are read first.
   session.LoadAll();
+  RequireStillAnswering(session, "the lists were read");
   CRecordOutput output({{"name", "NAME"}, {"removed", "REMOVED"}, {"reason", "REASON"}});
   bool failed = false;
   for (const std::string& name : options.names) {

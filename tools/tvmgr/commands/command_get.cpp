@@ -5,6 +5,8 @@
 #include "output/record_output.h"
 #include "output/setting_cell.h"
 #include "output/settings_names.h"
+#include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -35,18 +37,9 @@ std::vector<tagCell> BackgroundRow(const tagSettingName& setting, const std::opt
           tagCell::Absent(), tagCell::Number(static_cast<std::int64_t>(size))};
 }
 
-// Every load holds the mode at "D" when the printer is not neutral, so its own value cannot be seen then.
-void RemarkOnMode(const CManagerSession& session, const std::vector<tagSettingName>& wanted, bool all) {
-  const bool shown = std::any_of(wanted.begin(), wanted.end(), [](const tagSettingName& setting) {
-    return setting.id == TVMGR_SETTING_CMP_U;
-  });
-  const bool neutral = session.Value(TVMGR_SETTING_CLR_Z) == "600" &&
-                       session.Value(TVMGR_SETTING_CLR_P) == "600" &&
-                       session.Value(TVMGR_SETTING_CLR_R) == "600";
-  if (shown && !(all && neutral)) {
-    session.Remark(
-        "remark: CMP,U (84) is held at D while settings are read; the printer's own mode may be another");
-  }
+// Every load holds the mode at D on a printer that is not neutral, so a D may be the guard's.
+bool MayBeTheGuards(const tagSettingName& setting, const std::optional<std::string>& value) {
+  return setting.id == TVMGR_SETTING_CMP_U && value && EqualsIgnoreCase(*value, "D");
 }
 
 }  // namespace
@@ -60,28 +53,48 @@ int RunGet(const tagGlobalOptions& global, const tagGetOptions& options) {
   // printer's.
   session.LoadAll();
 
-  CRecordOutput output({{"id", "ID"}, {"key", "KEY"}, {"value", "VALUE"}, {"hex", ""}, {"size", ""}});
+  CRecordOutput output(
+      {{"id", "ID"}, {"key", "KEY"}, {"value", "VALUE"}, {"hex", ""}, {"size", ""}, {"guard", ""}});
   std::string missing;
+  std::size_t answered = 0;
+  bool has_doubt = false;
   for (const tagSettingName& setting : wanted) {
     const std::optional<std::string> value = session.Value(setting.id);
     if (setting.id == TVMGR_SETTING_BACKGROUND) {
       output.Add(BackgroundRow(setting, value));
+      ++answered;
       continue;
     }
     tagCell cell = ValueCell(value);
     if (setting.id == TVMGR_SETTING_ST) {
       cell.shown = "written only";
     }
+    const bool is_doubtful = MayBeTheGuards(setting, value);
+    has_doubt = has_doubt || is_doubtful;
+    tagCell guard = tagCell::Absent();
+    if (is_doubtful) {
+      guard.value = true;
+      cell.shown += "  (perhaps the guard's)";
+    }
     output.Add({tagCell::Number(setting.id), tagCell::Text(std::string(setting.key)), cell, HexCell(value),
-                tagCell::Absent()});
-    if (!value) {
+                tagCell::Absent(), guard});
+    if (!value && setting.id != TVMGR_SETTING_ST) {
       missing += (missing.empty() ? "" : " ") + std::string(setting.key);
     }
+    answered += value ? 1U : 0U;
   }
   global.json ? output.PrintJson() : output.PrintTable();
-  RemarkOnMode(session, wanted, options.all);
-  if (!missing.empty() && !options.all) {
-    throw CFailure("the printer gave no value for " + missing);
+  if (has_doubt) {
+    session.Remark(
+        "remark: CMP,U (84) is held at D while settings are read from a printer whose resolutions are not "
+        "all "
+        "600 or whose mode is not D; its own mode may be another");
+  }
+  if (!missing.empty() || answered == 0) {
+    RequireStillAnswering(session, "the settings were read");
+    throw CFailure(
+        missing.empty() ? "this setting can be written only" : "the printer gave no value for " + missing,
+        answered == 0 ? kExitFailed : kExitUnproved);
   }
   return kExitDone;
 }

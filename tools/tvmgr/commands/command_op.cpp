@@ -2,10 +2,12 @@
 #include <iterator>
 
 #include "commands/commands.h"
+#include "files/file_kinds.h"
 #include "files/host_data.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/record_output.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -74,6 +76,41 @@ std::uint64_t LongestMs(std::uint32_t code) {
   return longest;
 }
 
+// What of a wiped kind the printer still lists, "A.PNG B.PNG". Device R: has no lists.
+std::string Remaining(const CManagerSession& session, std::uint32_t code) {
+  std::string names;
+  for (const tagFileKind& kind : AllFileKinds()) {
+    const bool is_wiped = (code == TVMGR_OP_WIPE_FONTS && kind.group == "font") ||
+                          (code == TVMGR_OP_WIPE_BARCODES && kind.group == "conversion") ||
+                          (code == TVMGR_OP_WIPE_GRAPHICS && kind.group == "graphic") ||
+                          (code == TVMGR_OP_WIPE_FORMATS && kind.name == "fmt") ||
+                          (code == TVMGR_OP_INITIALIZE_MEMORY && kind.group != "conversion");
+    for (const std::string& name : is_wiped ? session.FileNames(kind.list) : std::vector<std::string>()) {
+      names += " " + name;
+    }
+  }
+  return names;
+}
+
+void RequireWiped(const CManagerSession& session, const tagOperation& operation) {
+  const bool wipes = operation.code == TVMGR_OP_INITIALIZE_MEMORY || operation.code == TVMGR_OP_WIPE_FONTS ||
+                     operation.code == TVMGR_OP_WIPE_BARCODES || operation.code == TVMGR_OP_WIPE_GRAPHICS ||
+                     operation.code == TVMGR_OP_WIPE_FORMATS;
+  if (!wipes) {
+    return;
+  }
+  const std::string name(operation.name);
+  session.LoadAll();
+  const std::string remaining = Remaining(session, operation.code);
+  if (!remaining.empty()) {
+    throw CFailure(name + " was sent, but the printer still lists" + remaining + " (protected files?)");
+  }
+  RequireStillAnswering(session, name + " was sent");
+  if (IsAnswerCut(session)) {
+    throw CUnproved(name + " was sent, but the printer's answers were cut off: its lists prove nothing");
+  }
+}
+
 }  // namespace
 
 int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& options) {
@@ -124,6 +161,7 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
     case TVMGR_STATUS_BUSY:
       throw CUnproved(options.name + ": sent; the printer is still busy (tvmgr status --watch)");
     default:
+      RequireWiped(session, operation);
       session.Remark(options.name + ": done");
   }
   return kExitDone;

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <map>
 
+#include "backup_file/stored_download.h"
 #include "commands/commands.h"
 #include "files/backup_report.h"
 #include "files/file_kinds.h"
@@ -10,25 +12,34 @@
 #include "output/setting_cell.h"
 #include "output/settings_names.h"
 #include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
 namespace {
 
-/** What is to be found on the printer afterwards; outlives the file's bytes, which may be many. */
-struct tagExpected {
-  std::map<std::string, std::string> values; /**< by key */
-  std::vector<std::string> files;            /**< names, UTF-8 */
-  std::size_t size = 0;                      /**< of the backup, in bytes */
-};
-
-/** One thing that the backup names, as it was found on the printer. */
+/** One thing that the backup names and the printer does not show as the backup has it. */
 struct tagFinding {
   std::string subject;
   std::optional<std::string> backup;
   std::optional<std::string> printer;
   std::string verdict;
+  bool is_open = false; /**< no difference: it could not be compared */
+};
+
+struct tagComparison {
+  std::vector<tagFinding> findings;
+  std::size_t settings = 0; /**< compared */
+  std::size_t files = 0;    /**< compared by content */
+  std::size_t listed = 0;   /**< compared by name only */
+  std::size_t without_value = 0;
+  bool is_whole = true; /**< the backup; of one that is not, nobody knows what it would have held */
+
+  bool IsEqual() const { return findings.empty() && settings + files > 0 && is_whole; }
+  bool HasDifference() const {
+    return std::any_of(findings.begin(), findings.end(), [](const tagFinding& f) { return !f.is_open; });
+  }
 };
 
 void Describe(const tagGlobalOptions& global, const tagBackupOnHost& backup) {
@@ -39,7 +50,8 @@ void Describe(const tagGlobalOptions& global, const tagBackupOnHost& backup) {
   for (const tagBackupFile& file : backup.contents.files) {
     names += (names.empty() ? "  files: " : ", ") + EscapeBytes(file.name);
   }
-  WriteError(backup.path + ": " + Summary(backup) + "\n" + names + (names.empty() ? "" : "\n"));
+  WriteError(backup.path + ": " + Summary(backup) + "\n" + names + (names.empty() ? "" : "\n") +
+             CoverageSentence() + "\n");
 }
 
 void RefuseUnlessWhole(const tagBackupOnHost& backup, bool force) {
@@ -54,14 +66,6 @@ void RefuseUnlessWhole(const tagBackupOnHost& backup, bool force) {
   }
 }
 
-tagExpected ExpectFrom(const tagBackupOnHost& backup) {
-  tagExpected expected{SettingsByKey(backup.contents), {}, backup.bytes->size()};
-  for (const tagBackupFile& file : backup.contents.files) {
-    expected.files.push_back(FromAnsi(file.name).value_or(EscapeBytes(file.name)));
-  }
-  return expected;
-}
-
 // The module waits so long for the printer's answer to the file, then saves and loads everything.
 std::uint64_t LongestMs(const CManagerSession& session, std::size_t size) {
   constexpr std::uint64_t kMinute = 60'000;
@@ -71,30 +75,66 @@ std::uint64_t LongestMs(const CManagerSession& session, std::size_t size) {
   return minutes * kMinute + 5 * limit::kTransaction + limit::kFullLoad;
 }
 
-// What the backup has no value for was not sent, so nothing can be said of it.
-std::vector<tagFinding> FindDifferences(const CManagerSession& session, const tagExpected& expected) {
-  std::vector<tagFinding> findings;
-  for (const auto& [key, value] : expected.values) {
+// What the backup has no value for sets nothing, so nothing can be said of it.
+void CompareSettings(const CManagerSession& session, const tagBackupContents& contents,
+                     tagComparison& result) {
+  const std::map<std::string, std::string> values = SettingsByKey(contents);
+  for (const auto& [key, value] : values) {
     const std::optional<tagSettingName> setting = FindSetting(key);
     const std::optional<std::string> got = setting ? session.Value(setting->id) : std::nullopt;
-    if (!value.empty() && got != value) {
-      findings.push_back({key, value, got, got ? "differs" : "not answered"});
+    ++result.settings;
+    if (got != value) {
+      result.findings.push_back({key, value, got, got ? "differs" : "not answered"});
     }
   }
-  for (const std::string& name : expected.files) {
-    const tagFileKind* const kind = KindOfFile(name);
-    if (kind == nullptr || !IsStored(session, *kind, name)) {
-      findings.push_back({name, std::nullopt, std::nullopt, "not listed"});
-    }
+  for (const tagBackupSetting& setting : contents.settings) {
+    result.without_value += values.contains(setting.key) ? 0U : 1U;
   }
-  return findings;
 }
 
-void Print(const tagGlobalOptions& global, const tagExpected& expected,
-           const std::vector<tagFinding>& findings) {
+void CompareFiles(const CManagerSession& session, const tagBackupContents& contents, tagComparison& result) {
+  for (const tagBackupFile& file : contents.files) {
+    const std::string name = FromAnsi(file.name).value_or(EscapeBytes(file.name));
+    const tagFileKind* const kind = KindOfFile(name);
+    if (kind == nullptr || !IsStored(session, *kind, name)) {
+      result.findings.push_back({name, std::nullopt, std::nullopt, "not listed"});
+      continue;
+    }
+    const std::optional<std::string> bytes = BytesOfDownload(file.name, file.command);
+    const EComparison content = bytes ? CompareStored(session, name, *bytes) : EComparison::kNotCompared;
+    if (content == EComparison::kNotCompared) {
+      // A silent printer would cost a minute for each of the files.
+      RequireStillAnswering(session, "the backup was sent");
+      ++result.listed;
+      result.findings.push_back({name, std::nullopt, std::nullopt, "listed, content not compared", true});
+      continue;
+    }
+    ++result.files;
+    if (content == EComparison::kOther) {
+      result.findings.push_back({name, std::nullopt, std::nullopt, "other content"});
+    }
+  }
+}
+
+std::string Verdict(const tagComparison& result) {
+  if (result.settings + result.files + result.listed == 0) {
+    return "sent; the file names no settings and no files, so there is nothing to compare\n";
+  }
+  std::string text = result.HasDifference() ? "different; compared: " : "equal: ";
+  text += std::to_string(result.settings) + " settings, " + std::to_string(result.files) +
+          " files by their content";
+  text += result.listed == 0 ? "" : ", " + std::to_string(result.listed) + " files by their name only";
+  text += result.without_value == 0
+              ? ""
+              : "; " + std::to_string(result.without_value) + " settings have no value in the backup";
+  text += result.is_whole ? "" : "; the file is not a complete backup";
+  return text + "\n";
+}
+
+void Print(const tagGlobalOptions& global, const tagComparison& result) {
   if (global.json) {
     Json rows = Json::array();
-    for (const tagFinding& finding : findings) {
+    for (const tagFinding& finding : result.findings) {
       const auto text = [](const std::optional<std::string>& value) {
         return value ? Json(JsonText(*value)) : Json();
       };
@@ -103,14 +143,16 @@ void Print(const tagGlobalOptions& global, const tagExpected& expected,
                       {"printer", text(finding.printer)},
                       {"verdict", finding.verdict}});
     }
-    PrintJson({{"equal", findings.empty()},
-               {"setting_count", expected.values.size()},
-               {"file_count", expected.files.size()},
+    PrintJson({{"equal", result.IsEqual()},
+               {"setting_count", result.settings},
+               {"file_count", result.files},
+               {"listed_file_count", result.listed},
+               {"settings_without_value", result.without_value},
                {"differences", rows}});
     return;
   }
   CRecordOutput output({{"", "WHAT"}, {"", "BACKUP"}, {"", "PRINTER"}, {"", "VERDICT"}});
-  for (const tagFinding& finding : findings) {
+  for (const tagFinding& finding : result.findings) {
     const auto cell = [](const std::optional<std::string>& value) {
       return value ? ValueCell(value) : tagCell::Null("-");
     };
@@ -118,42 +160,44 @@ void Print(const tagGlobalOptions& global, const tagExpected& expected,
                 tagCell::Text(finding.verdict)});
   }
   output.PrintTable();
-  if (expected.values.empty() && expected.files.empty()) {
-    WriteOutput("sent; the file names no settings and no files, so there is nothing to compare\n");
-  } else if (findings.empty()) {
-    WriteOutput("equal: " + std::to_string(expected.values.size()) + " settings, and the printer lists all " +
-                std::to_string(expected.files.size()) + " files\n");
-  }
+  WriteOutput(Verdict(result));
 }
 
 }  // namespace
 
 int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options) {
-  tagExpected expected;
+  std::size_t size = 0;
   {
     // The module reads the file itself; there need not be two of it in memory.
     const tagBackupOnHost backup = ReadBackup(global, options.file);
     Describe(global, backup);
     RefuseUnlessWhole(backup, options.force);
-    expected = ExpectFrom(backup);
+    size = backup.bytes->size();
   }
   Confirm("replace the settings and files that this backup names on " + Describe(ChoiceInForce(global)),
           options.yes);
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();
   const std::wstring path = ToWide(options.file);
-  session.Require("TVMGR_Restore", "restoring", LongestMs(session, expected.size),
+  session.Require("TVMGR_Restore", "restoring", LongestMs(session, size),
                   [&] { return TVMGR_Restore(path.c_str()); });
   // Silence, and a printer that takes nothing of the file, are no errors of the module. It has loaded
   // everything again, though.
-  const std::vector<tagFinding> findings = FindDifferences(session, expected);
-  Print(global, expected, findings);
-  if (!findings.empty()) {
-    throw CFailure("sent, but " + std::to_string(findings.size()) +
-                   " of the backup's settings and files are not on the printer as the backup has them (a "
-                   "printer that stays silent or refuses shows only so)");
+  RequireStillAnswering(session, "the backup was sent");
+  tagComparison result;
+  {
+    const tagBackupOnHost backup = ReadBackup(global, options.file);
+    result.is_whole = backup.contents.IsComplete();
+    CompareSettings(session, backup.contents, result);
+    CompareFiles(session, backup.contents, result);
   }
-  return kExitDone;
+  Print(global, result);
+  if (result.HasDifference()) {
+    throw CFailure(
+        "sent, but not everything is on the printer as the backup has it (a printer that refuses shows only "
+        "so)");
+  }
+  return result.IsEqual() ? kExitDone : kExitUnproved;
 }
 
 }  // namespace tvmgr

@@ -7,6 +7,7 @@
 #include "output/setting_cell.h"
 #include "output/settings_names.h"
 #include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -18,10 +19,12 @@ struct tagAssignment {
   std::string value; /**< bytes as the printer takes them */
 };
 
+enum class EVerdict { kProved, kOpen, kFailed };
+
 struct tagVerdict {
   std::string word;
   std::string reason;
-  bool is_failure = false;
+  EVerdict kind = EVerdict::kFailed;
 };
 
 // A prefix character inside a value would begin a command of its own; a control byte would end the frame.
@@ -67,34 +70,49 @@ std::vector<tagAssignment> ParseAssignments(const std::vector<std::string>& text
   return assignments;
 }
 
-bool IsGuarded(std::int32_t id, bool keep_resolution) {
-  const bool resolution = id == TVMGR_SETTING_CLR_Z || id == TVMGR_SETTING_CLR_P || id == TVMGR_SETTING_CLR_R;
-  return id == TVMGR_SETTING_CMP_U || (resolution && !keep_resolution);
+// While the module reads from a printer that is not neutral, its guard holds the mode at D, and puts the mode
+// of before back afterwards. So a D that is read says nothing, neither of the mode nor of the write.
+tagVerdict JudgeMode(const tagAssignment& asked, const std::string& got) {
+  if (!EqualsIgnoreCase(got, "D")) {
+    return EqualsIgnoreCase(asked.value, got)
+               ? tagVerdict{"written", "", EVerdict::kProved}
+               : tagVerdict{"differs", "the printer refused the value or stores it in another form"};
+  }
+  return {
+      "cannot be proved here",
+      "on a printer whose resolutions were not all 600 or whose mode was not D, the resolution guard puts "
+      "the earlier mode back and shows D meanwhile; this writes it past the guard: tvmgr op send-data "
+      "--text \"^XA^S(CMP,U," +
+          EscapeBytes(asked.value) + "^XZ^XA^JUS^XZ\"",
+      EVerdict::kOpen};
 }
 
 tagVerdict Judge(const tagAssignment& asked, const std::optional<std::string>& got, bool keep_resolution) {
   if (asked.setting.id == TVMGR_SETTING_ST) {
-    return {"not readable", "sent; the printer has no query for this setting"};
+    return {"not readable", "sent; the printer has no query for this setting", EVerdict::kOpen};
   }
   if (!got) {
-    return {"not readable", "sent; the printer does not answer for this setting", true};
+    return {"not readable", "sent; the printer does not answer for this setting"};
   }
-  if (asked.setting.id == TVMGR_SETTING_CPC_Y) {
-    return {"not readable", "sent; what the printer reports for this setting need not be what was written"};
+  if (asked.setting.id == TVMGR_SETTING_CMP_U) {
+    return JudgeMode(asked, *got);
   }
   if (EqualsIgnoreCase(asked.value, *got)) {
-    return {"written", ""};
+    return {"written", "", EVerdict::kProved};
   }
-  if (IsGuarded(asked.setting.id, keep_resolution)) {
-    const bool mode = asked.setting.id == TVMGR_SETTING_CMP_U;
+  if (asked.setting.id == TVMGR_SETTING_CPC_Y) {
+    return {"not readable", "sent; what the printer reports for this setting need not be what was written",
+            EVerdict::kOpen};
+  }
+  const std::int32_t id = asked.setting.id;
+  if (!keep_resolution &&
+      (id == TVMGR_SETTING_CLR_Z || id == TVMGR_SETTING_CLR_P || id == TVMGR_SETTING_CLR_R)) {
     return {
         "differs",
-        std::string("the resolution guard may have put the earlier value back: it does so on a printer whose "
-                    "resolutions were not all 600 or whose mode was not D") +
-            (mode ? "" : "; --keep-resolution leaves 3, 4 and 5 alone"),
-        true};
+        "the resolution guard may have put the earlier value back: it does so on a printer whose "
+        "resolutions were not all 600 or whose mode was not D; --keep-resolution leaves 3, 4 and 5 alone"};
   }
-  return {"differs", "the printer refused the value or stores it in another form", true};
+  return {"differs", "the printer refused the value or stores it in another form"};
 }
 
 }  // namespace
@@ -130,18 +148,22 @@ int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
                         {"got", "GOT"},
                         {"verdict", "VERDICT"},
                         {"reason", "REASON"}});
-  bool failed = false;
+  EVerdict worst = EVerdict::kProved;
   for (const tagAssignment& assignment : assignments) {
     const std::optional<std::string> got = session.Value(assignment.setting.id);
     const tagVerdict verdict = Judge(assignment, got, options.keep_resolution);
-    failed = failed || verdict.is_failure;
+    worst = std::max(worst, verdict.kind);
     output.Add({tagCell::Number(assignment.setting.id), tagCell::Text(std::string(assignment.setting.key)),
                 ValueCell(assignment.value), got ? ValueCell(got) : tagCell::Null("-"),
                 tagCell::Text(verdict.word), tagCell::Text(verdict.reason)});
   }
   global.json ? output.PrintJson() : output.PrintTable();
-  if (failed || result != TVMGR_OK) {
+  if (worst == EVerdict::kFailed) {
+    RequireStillAnswering(session, "the settings were written");
     throw CFailure("not every setting is confirmed: " + ExplainResult(TVMGR_NOT_CONFIRMED));
+  }
+  if (worst == EVerdict::kOpen) {
+    throw CUnproved("not every setting can be proved: see the reasons");
   }
   return kExitDone;
 }

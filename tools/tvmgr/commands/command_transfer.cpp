@@ -1,12 +1,15 @@
 #include <algorithm>
 
+#include "backup_file/stored_download.h"
 #include "commands/commands.h"
 #include "files/download_command.h"
 #include "files/host_data.h"
 #include "files/stored_files.h"
 #include "output/command_error.h"
 #include "output/record_output.h"
+#include "output/result_words.h"
 #include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -15,21 +18,6 @@ namespace {
 
 // The one name that the background list shows; a file under another could never be confirmed.
 constexpr std::string_view kBackgroundName = "KORVDEF.BGD";
-
-std::string StoredData(const CManagerSession& session) {
-  std::uint32_t size = 0;
-  session.Require("TVMGR_GetStoredData", "taking the data over", 0,
-                  [&] { return TVMGR_GetStoredData(nullptr, &size); });
-  std::string bytes(size, '\0');
-  session.Require("TVMGR_GetStoredData", "taking the data over", 0,
-                  [&] { return TVMGR_GetStoredData(reinterpret_cast<std::uint8_t*>(bytes.data()), &size); });
-  return bytes;
-}
-
-// The module leaves a compressed payload as it is; no file of these kinds begins like a zlib stream itself.
-bool IsCompressed(const std::string& bytes) {
-  return bytes.size() > 2 && bytes[0] == 0x78 && (0x7800 + static_cast<unsigned char>(bytes[1])) % 31 == 0;
-}
 
 void PrintSummary(const tagGlobalOptions& global, const CManagerSession& session, const std::string& name,
                   std::size_t size, const std::string& file, const std::string& text) {
@@ -99,15 +87,41 @@ tagDownload MakeDownload(const tagPutOptions& options, std::string bytes) {
   return {std::move(name), &kind, std::move(command)};
 }
 
-bool IsListed(const CManagerSession& session, const tagDownload& download) {
-  const auto kinds = AllFileKinds();
-  return std::any_of(kinds.begin(), kinds.end(), [&](const tagFileKind& kind) {
-    if (kind.group != download.kind->group) {
-      return false;
-    }
+// The name under which the printer lists the file; empty when it does not.
+std::string ListedName(const CManagerSession& session, const tagDownload& download) {
+  for (const tagFileKind& kind : AllFileKinds()) {
     const bool complete = KindOfFile(download.name) != nullptr;
-    return IsStored(session, kind, complete ? download.name : download.name + std::string(kind.extension));
-  });
+    const std::string name = complete ? download.name : download.name + std::string(kind.extension);
+    if (kind.group == download.kind->group && IsStored(session, kind, name)) {
+      return name;
+    }
+  }
+  return {};
+}
+
+// A file of that name may have been there before, and have stayed: it is protected, or there is no room.
+void RequireStored(const CManagerSession& session, const tagDownload& download) {
+  const std::string name = ListedName(session, download);
+  const std::string ansi = RequireAnsi(name);
+  const std::optional<std::string> bytes =
+      name.empty() ? std::nullopt : BytesOfDownload(ansi, download.command);
+  const EComparison content = bytes ? CompareStored(session, name, *bytes) : EComparison::kNotCompared;
+  if (content == EComparison::kNotCompared) {
+    RequireStillAnswering(session, download.name + " was sent");
+  }
+  if (name.empty()) {
+    throw CFailure(download.name + " was sent, but the printer does not list it");
+  }
+  if (content == EComparison::kOther) {
+    throw CFailure(name +
+                   " was sent, but the printer has other contents under that name: an earlier file stayed "
+                   "(it is protected, or there is no room)");
+  }
+  if (content == EComparison::kNotCompared) {
+    throw CUnproved(name +
+                    ": listed, content not compared (the printer sends nothing back for it, or what was "
+                    "sent cannot be read here)");
+  }
 }
 
 }  // namespace
@@ -132,7 +146,7 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
   const auto timeout_ms = static_cast<std::uint32_t>(options.timeout_s * 1000);
   session.Require("TVMGR_LoadStoredData", "fetching " + options.name, timeout_ms + 100,
                   [&] { return TVMGR_LoadStoredData(name.c_str(), mode, timeout_ms); });
-  const std::string bytes = StoredData(session);
+  const std::string bytes = FetchedData(session);
   if (bytes.empty()) {
     throw CFailure("the printer sent nothing for " + options.name +
                    ": no such file, an empty file, or no answer within " + std::to_string(timeout_ms / 1000) +
@@ -171,14 +185,21 @@ int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
   });
   constexpr std::uint64_t kLongestTransfer = 50ULL * 60 * 1000;
   const std::uint64_t transfer = session.IsNetwork() ? kLongestTransfer : limit::kTransaction;
-  session.Require("TVMGR_RegistData", "storing " + download.name, transfer + limit::kConfirmFiles,
-                  [] { return TVMGR_RegistData(); });
-  // For stored formats the result says only that they were sent; the refreshed lists tell the rest.
-  if (!IsListed(session, download)) {
-    throw CFailure(download.name + " was sent, but the printer does not list it");
+  const std::int32_t result =
+      session.Call("TVMGR_RegistData", "storing " + download.name, transfer + limit::kConfirmFiles,
+                   [] { return TVMGR_RegistData(); });
+  if (result == TVMGR_NOT_CONFIRMED) {
+    RequireStillAnswering(session, download.name + " was sent");
+    throw CFailure(download.name + " was sent, but the printer does not list it: " + ExplainResult(result));
   }
-  PrintSummary(global, session, download.name, size, options.file,
-               download.name + ": stored, " + std::to_string(size) + " bytes of " + options.file);
+  if (result != TVMGR_OK) {
+    throw CFailure("storing " + download.name + " failed: " + ExplainResult(result), ExitCodeOf(result));
+  }
+  // For stored formats the result says only that they were sent, for all others that the name is listed.
+  RequireStored(session, download);
+  PrintSummary(
+      global, session, download.name, size, options.file,
+      download.name + ": stored and read back, " + std::to_string(size) + " bytes of " + options.file);
   return kExitDone;
 }
 

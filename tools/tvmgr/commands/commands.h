@@ -21,6 +21,7 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options);
 int RunBackup(const tagGlobalOptions& global, const tagBackupOptions& options);
 int RunBackupCheck(const tagGlobalOptions& global, const tagBackupCheckOptions& options);
 int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& options);
+int RunBackupCoverage(const tagGlobalOptions& global);
 int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options);
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options);
 int RunUse(const tagGlobalOptions& global, const tagUseOptions& options);

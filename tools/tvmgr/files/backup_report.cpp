@@ -1,6 +1,9 @@
 #include "files/backup_report.h"
 
+#include <algorithm>
+
 #include "backup_file/backup_parser.h"
+#include "backup_file/backup_settings.h"
 #include "files/host_data.h"
 #include "output/progress.h"
 #include "output/text_encoding.h"
@@ -10,6 +13,13 @@ namespace {
 
 std::string Counted(std::size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+// Those with a value: a setting command without one sets nothing.
+std::size_t SettingCount(const tagBackupContents& contents) {
+  return static_cast<std::size_t>(
+      std::count_if(contents.settings.begin(), contents.settings.end(),
+                    [](const tagBackupSetting& setting) { return !setting.value.empty(); }));
 }
 
 }  // namespace
@@ -31,7 +41,7 @@ std::string Summary(const tagBackupOnHost& backup) {
   return std::string(contents.IsComplete() ? "complete" : "NOT complete") + ", made " +
          (time.empty() ? "at an unknown time" : time) + ", sections " +
          (contents.sections.empty() ? "unknown" : contents.sections) + ", " +
-         Counted(contents.settings.size(), "setting") + ", " + Counted(contents.files.size(), "file") + ", " +
+         Counted(SettingCount(contents), "setting") + ", " + Counted(contents.files.size(), "file") + ", " +
          bytes;
 }
 
@@ -51,19 +61,29 @@ std::string ExplainProblems(const tagBackupContents& contents) {
   return text;
 }
 
+std::string CoverageSentence() {
+  const std::size_t with_prefix = kBackupSettings.size() + kPrefixSettings.size();
+  return "A backup holds " + std::to_string(kBackupSettings.size()) + " of the printer's " +
+         std::to_string(kReadableSettings) + " settings, " + std::to_string(with_prefix) +
+         " with the prefix characters; \"tvmgr backup coverage\" lists the others.";
+}
+
 Json SummaryJson(const tagBackupOnHost& backup) {
   const tagBackupContents& contents = backup.contents;
   Json problems = Json::array();
   for (const tagBackupProblem& problem : contents.problems) {
-    problems.push_back(
-        {{"offset", problem.offset}, {"subject", JsonText(problem.subject)}, {"text", problem.text}});
+    problems.push_back({{"offset", problem.offset},
+                        {"subject", JsonText(problem.subject)},
+                        {"text", problem.text},
+                        {"damage", !problem.is_gap}});
   }
   return {{"file", backup.path},
           {"is_backup", contents.is_backup},
           {"complete", contents.IsComplete()},
           {"time", ReadableTime(contents.time_stamp)},
           {"sections", contents.sections},
-          {"setting_count", contents.settings.size()},
+          {"setting_count", SettingCount(contents)},
+          {"settings_of_printer", kReadableSettings},
           {"file_count", contents.files.size()},
           {"bytes", backup.bytes->size()},
           {"problem_count", contents.problem_count},

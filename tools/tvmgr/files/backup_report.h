@@ -28,6 +28,9 @@ std::string Explain(const tagBackupProblem& problem);
 /** All problems, a line for each, indented; with a word on those that were not kept. */
 std::string ExplainProblems(const tagBackupContents& contents);
 
+/** "A backup holds 55 of the printer's 76 settings, ..." */
+std::string CoverageSentence();
+
 /** The summary as a JSON object with the problems. */
 Json SummaryJson(const tagBackupOnHost& backup);
 

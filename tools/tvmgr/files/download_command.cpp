@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "backup_file/stored_download.h"
+#include "backup_file/encoded_data.h"
 #include "output/command_error.h"
 #include "output/text_encoding.h"
 

@@ -8,14 +8,14 @@
 namespace tvmgr {
 namespace {
 
-// "backup FILE", "backup check FILE", "backup diff A B": what the inner commands do not know falls through to
+// "backup FILE", "backup check FILE", "backup diff A B", "backup coverage": what the inner commands do not know falls through to
 // the outer one, which would take it in silence.
 void RefuseOuterOptions(const tagBackupOptions& backup) {
   if (!backup.file.empty()) {
     throw CUsageError("\"" + backup.file + "\" is one argument too many");
   }
-  if (!backup.sections.empty() || backup.no_reload || backup.yes) {
-    throw CUsageError("--sections, --no-reload and --yes belong to \"tvmgr backup FILE\"");
+  if (!backup.sections.empty() || backup.yes) {
+    throw CUsageError("--sections and --yes belong to \"tvmgr backup FILE\"");
   }
 }
 
@@ -28,11 +28,16 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
   parser->add_option("file", options->file, "the file to write");
   parser->add_option("--sections", options->sections,
                      "settings, graphics, formats, fonts, background, or letters of SITFBCP; with commas");
-  parser->add_flag("--no-reload", options->no_reload, "do not read the printer's settings and lists first");
   parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
   parser->footer(
-      "Without --sections: settings and all stored files of device E:. The file is checked afterwards.\n"
-      "A file named check or diff is written as ./check. C and P are named in the file's header only.\n\n"
+      "Without --sections: settings and all stored files of device E:. The backup grows in FILE.partial, is\n"
+      "checked and compared with what the printer said it has, and only then takes the place of FILE. When\n"
+      "something is missing, FILE stays as it was, and FILE.partial holds what there is.\n"
+      "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters; \"tvmgr backup\n"
+      "coverage\" lists the others. C and P are named in the file's header only. A file named check, diff "
+      "or\n"
+      "coverage is written as ./check.\n"
+      "Exit codes: 0 complete, 1 damaged or not written, 3 something is missing, 4 the printer is silent.\n\n"
       "Examples:\n  tvmgr backup shop7.bak\n  tvmgr backup looks.bak --sections graphics,fonts\n"
       "  tvmgr backup check shop7.bak\n  tvmgr backup diff monday.bak tuesday.bak");
 
@@ -40,8 +45,11 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
       parser->add_subcommand("check", "tell whether a file is a whole backup, and what it holds");
   check_parser->add_option("file", check->file, "the backup")->required();
   check_parser->footer(
-      "Needs no printer. A backup that an error stopped half way may be closed properly all the same and\n"
-      "pass: \"tvmgr backup\" itself told that at the time.\n"
+      "Needs no printer. Every setting has to stand there once, in its place and with a value, the prefix\n"
+      "characters too; every file with its own download command, whose checksum and size are verified.\n"
+      "No check can see whether a value, the time, a file's protection or the text of a stored format is\n"
+      "the one that was written, nor whether a whole file has been taken out.\n"
+      "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
       "Exit codes: 0 complete, 1 not complete, 5 unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup check shop7.bak --json");
 
@@ -49,10 +57,19 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
   diff_parser->add_option("a", diff->first, "a backup")->required();
   diff_parser->add_option("b", diff->second, "another backup")->required();
   diff_parser->footer(
-      "Needs no printer. The time stamps and the order of files do not count.\n"
+      "Needs no printer. The time stamps and the order of files do not count. What backups do not hold is "
+      "not\n"
+      "compared: 55 of the printer's 76 settings, 58 with the prefix characters, are.\n"
       "Exit codes: 0 equal, 1 different, 3 a file is not complete, 5 one is unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup diff monday.bak tuesday.bak");
 
+  CLI::App* const coverage = parser->add_subcommand("coverage", "list which settings a backup holds");
+  coverage->footer("Needs no printer.\n\nExample:\n  tvmgr backup coverage");
+
+  commands.push_back({coverage, [&global, options] {
+                        RefuseOuterOptions(*options);
+                        return RunBackupCoverage(global);
+                      }});
   commands.push_back({check_parser, [&global, options, check] {
                         RefuseOuterOptions(*options);
                         return RunBackupCheck(global, *check);
@@ -71,9 +88,12 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_flag("--yes", options->yes, "do not ask");
   parser->add_flag("--force", options->force, "send the file even when it is not a complete backup");
   parser->footer(
-      "Files that the backup does not name stay. Afterwards the printer's settings and file lists are read\n"
-      "and compared with the backup; exit code 1 when something differs. What the files hold is not read\n"
-      "back: another backup and \"tvmgr backup diff\" prove that.\n\n"
+      "Files that the backup does not name stay. Afterwards the settings that the backup has values for are\n"
+      "compared with the printer's, and the files are read back and compared by content; those that the\n"
+      "printer does not send back, by name. Their protection is not compared. A backup with settings\n"
+      "without a value is sent with --force only; those stay as they are on the printer.\n"
+      "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
+      "Exit codes: 0 equal, 1 different or refused, 3 not everything could be compared, 4 printer silent.\n\n"
       "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json");
   return {parser, [&global, options] { return RunRestore(global, *options); }};
 }

@@ -84,7 +84,6 @@ struct tagPutOptions {
 struct tagBackupOptions {
   std::string file;
   std::string sections; /**< letters or names; empty: settings and all stored files */
-  bool no_reload = false;
   bool yes = false;
 };
 

@@ -25,7 +25,9 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
   parser->footer(
       "Control characters in values are shown as \\xNN. In JSON a value with more than plain ASCII also\n"
       "has its bytes under \"hex\". In shells that split at commas write CLR_Z for CLR,Z.\n"
-      "Exit code 1 when the printer gives no value for a setting that was named.\n\n"
+      "A D of CMP,U may be the resolution guard's (JSON: \"guard\": true). Exit code 3 when the printer "
+      "gives\n"
+      "no value for some of the settings, 1 when for none.\n\n"
       "Examples:\n  tvmgr get CLR,Z CMP,U\n  tvmgr --address 192.0.2.7 get --all --json");
   return {parser, [&global, options] { return RunGet(global, *options); }};
 }
@@ -37,9 +39,11 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_flag("--keep-resolution", options->keep_resolution,
                    "the guard leaves settings 3, 4 and 5 alone while it writes");
   parser->footer(
-      "The verdict for each setting is written, differs or not readable (46 and 74, and settings that the\n"
-      "printer does not answer for). On a printer whose resolutions are not 600 or whose mode is not D the\n"
-      "guard puts settings 3, 4, 5 and 84 back to what they were, new values for them included.\n\n"
+      "The verdict for each setting is written, differs, not readable (46 and 74, and settings that the\n"
+      "printer does not answer for) or cannot be proved here (84). On a printer whose resolutions are not "
+      "600\n"
+      "or whose mode is not D the guard puts settings 3, 4, 5 and 84 back to what they were, new values for\n"
+      "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n\n"
       "Examples:\n  tvmgr set CLM,P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR,Z=300");
   return {parser, [&global, options] { return RunSet(global, *options); }};
 }

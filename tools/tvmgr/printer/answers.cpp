@@ -1,0 +1,30 @@
+#include "printer/answers.h"
+
+#include "output/command_error.h"
+#include "output/settings_names.h"
+#include "tavira/TaviraManager.h"
+
+namespace tvmgr {
+
+std::string UnansweredSettings(const CManagerSession& session) {
+  std::string keys;
+  for (const tagSettingName& setting : AllSettings()) {
+    const bool is_readable = setting.id != TVMGR_SETTING_ST && setting.id != TVMGR_SETTING_BACKGROUND;
+    if (is_readable && !session.Value(setting.id)) {
+      keys += (keys.empty() ? "" : " ") + std::string(setting.key);
+    }
+  }
+  return keys;
+}
+
+bool IsAnswerCut(const CManagerSession& session) {
+  return !session.Value(TVMGR_SETTING_INU_P);
+}
+
+void RequireStillAnswering(const CManagerSession& session, const std::string& what) {
+  if (session.Status() == TVMGR_STATUS_UNKNOWN) {
+    throw CUnreachable(what + ", but the printer no longer answers: what it took is not known");
+  }
+}
+
+}  // namespace tvmgr

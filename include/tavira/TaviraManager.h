@@ -340,8 +340,14 @@ static inline void TvmgrFoundPrinterRelease(TvmgrFoundPrinter* printer) {
 int32_t TVMGR_Initialize(void);
 
 /**
- * Destroys the manager: waits for a running printer search (up to 3 s), frees everything, closes
+ * Destroys the manager: waits for the worker of the last printer search, frees everything, closes
  * Ferrolink.dll.
+ *
+ * Blocks until 3 s after the last TVMGR_StartSearchPrinter, also when that search was stopped before; printers that
+ * are being asked for their names are given up, within 100 ms. A call that another thread still has in the module
+ * is waited for: a TVMGR_StopSearchPrinter comes back at once, any other one ends in its own time.
+ * A host that unloads the module without this call leaks the manager; a worker that still runs keeps the module in
+ * memory until it ends, at most 39 s.
  *
  * @retval 0  Always, also without a manager.
  */
@@ -354,10 +360,12 @@ int32_t TVMGR_Terminate(void);
  * Chooses the printer that every later function talks to.
  *
  * Sends nothing. With a record, the printer is its device path (text3) or its address (text5), and the port
- * name is port_name or, when that is null, the name of a printer port installed for it. With a port name
- * alone, the spooler is asked which printer hangs on that port. Both null: an empty choice; Ferrolink.dll
- * then gets empty strings. Every choice replaces the earlier one whole. Nothing is checked against the
- * printer: TVMGR_GetPrinterStatus does that.
+ * name is port_name or, when that is null, the name of a port of the spooler that leads to it (of several,
+ * one that an installed printer uses). With a port name alone, the spooler is asked which printer hangs on
+ * that port. Both null: an empty choice; Ferrolink.dll then gets empty strings. Every choice replaces the
+ * earlier one whole. Nothing is checked against the printer: TVMGR_GetPrinterStatus does that.
+ * TRAP: a port behind which no printer is known (no such port, a WSD or IPP port, a USB printer that is off) is
+ * chosen all the same, with its name alone: TVMGR_GetPrinterDeviceInfo then gives neither text3 nor text5.
  *
  * @param record     the record of a search, or null; its texts are copied.
  * @param port_name  a port of the print spooler ("USB001", "IP_192.0.2.7"), or null.
@@ -762,10 +770,11 @@ int32_t TVMGR_Restore(const TvmgrChar* path);
 /**
  * Starts a search for printers and returns; a worker thread ends the search after 3 s.
  *
- * An earlier search is waited for first (up to 3 s, longer while it asks printers that have fallen silent).
+ * Blocks until an earlier search's worker has ended: 3 s after that search's start, also when it was stopped before,
+ * and up to 36 s more while it asks printers that have fallen silent.
  * USB: the printers are listed at once. Network: one datagram to 255.255.255.255, port 3289; printers
- * announce themselves while the search runs and are asked for their names when it ends. Results are there
- * once the status is 0.
+ * announce themselves while the search runs (the first 1,024 count) and are asked for their names when it ends, all
+ * at the same time. Results are there once the status is 0.
  *
  * @param kind     a value of enum TvmgrSearchKind.
  * @param timeout  not used: a search always takes 3 s.
@@ -781,8 +790,10 @@ int32_t TVMGR_StartSearchPrinter(uint32_t kind, uint32_t timeout);
 /**
  * Ends a search before its time and makes its results. May be called from another thread than the start.
  *
- * Network: asks each printer that has announced itself for its names, in two exchanges; a printer that has
- * fallen silent since costs up to 18 s.
+ * Network: asks the printers that have announced themselves for their names, all at the same time. Blocks as long as
+ * the slowest of them takes for its two answers: up to 18 s for each, so at most 36 s, however many are silent. The
+ * printers are asked once per search: a second stop, or the worker's, changes nothing. During TVMGR_Terminate: given
+ * up, with no results.
  *
  * @param kind  the kind that was started.
  * @retval 0   The results are made, the status is 0.
@@ -798,7 +809,8 @@ int32_t TVMGR_GetSearchPrinterStatus(void);
 /**
  * Reads the results of the last search of a kind.
  *
- * Waits while the results are being made. Never talks to a printer.
+ * Blocks while the results of that kind are being made: at most 36 s (see TVMGR_StopSearchPrinter); not while the
+ * status is 1 and the printers are not being asked yet. Never talks to a printer.
  *
  * @param kind    a value of enum TvmgrSearchKind.
  * @param index   from 0; beyond the last printer nothing is copied. TRAP: a negative index with a record

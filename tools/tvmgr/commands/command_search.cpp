@@ -17,8 +17,8 @@ namespace tvmgr {
 namespace {
 
 constexpr std::uint64_t kSearchMs = 3'000;
-// A printer of the network that has announced itself and then fallen silent costs so much more.
-constexpr std::uint64_t kNamesMs = 18'000;
+// Printers of the network that have announced themselves and then fall silent cost so much more, all of them together.
+constexpr std::uint64_t kNamesMs = 36'000;
 constexpr std::uint32_t kPollMs = 100;
 
 struct tagFound {

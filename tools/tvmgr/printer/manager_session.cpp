@@ -67,9 +67,24 @@ void CManagerSession::ChoosePrinter() const {
   Require("TVMGR_UpdatePortComInfo", "choosing the printer", 0, [&] {
     return TVMGR_UpdatePortComInfo(has_record ? &record : nullptr, port.empty() ? nullptr : port.c_str());
   });
+  if (!has_record && !port.empty()) {
+    RemarkOnEmptyPort(choice.port);
+  }
   if (options_.verbose) {
     LogChoice();
   }
+}
+
+void CManagerSession::RemarkOnEmptyPort(const std::string& port) const {
+  TvmgrFoundPrinter chosen = {};
+  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK && TextOf(chosen.text3).empty() &&
+      TextOf(chosen.text5).empty()) {
+    Remark("no printer is known behind port " + port +
+           ": it may be misspelt, of another kind (WSD, IPP), or of a USB printer that is off; only the "
+           "port's name "
+           "goes to the port library");
+  }
+  TvmgrFoundPrinterRelease(&chosen);
 }
 
 void CManagerSession::LogChoice() const {

@@ -84,6 +84,7 @@ class CManagerSession {
 
  private:
   void ChoosePrinter() const;
+  void RemarkOnEmptyPort(const std::string& port) const;
   void LogChoice() const;
 
   const tagGlobalOptions& options_;

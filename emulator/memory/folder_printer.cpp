@@ -8,7 +8,10 @@ namespace lxemu {
 namespace fs = std::filesystem;
 
 CFolderPrinter::CFolderPrinter(fs::path folder, MillisecondClock now)
-    : folder_(std::move(folder)), memory_(folder_), printer_(std::move(now)) {
+    : folder_(std::move(folder)),
+      memory_(folder_),
+      folder_problem_(memory_.Prepare()),
+      printer_(std::move(now)) {
   ReadIniWhenChanged();
   printer_.State().settings.RestoreFactory();
   printer_.State().settings.Save();

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "emulator/memory/memory_folder.h"
 #include "emulator/memory/printer_ini.h"
@@ -20,6 +21,9 @@ class CFolderPrinter {
   /// As it was last read, by the constructor first.
   const tagPrinterIni& Ini() const { return ini_; }
 
+  /// What was wrong with the folder at the start; empty: nothing.
+  const std::string& FolderProblem() const { return folder_problem_; }
+
   CPrinter& Printer() { return printer_; }
   /// Writes what became different since the last call. False when something could not be written.
   bool Save() { return memory_.Save(printer_); }
@@ -27,6 +31,7 @@ class CFolderPrinter {
  private:
   std::filesystem::path folder_;
   CMemoryFolder memory_;
+  std::string folder_problem_;
   CPrinter printer_;
   tagPrinterIni ini_;
   bool is_ini_read_ = false;

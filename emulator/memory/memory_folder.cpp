@@ -1,9 +1,13 @@
 #include "emulator/memory/memory_folder.h"
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <random>
 #include <sstream>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include "emulator/printer/text_escape.h"
@@ -18,7 +22,8 @@ constexpr std::string_view kPrefixKeys[] = {kControlPrefixKey, kFormatPrefixKey,
 constexpr std::string_view kInForceMark = "now ";
 constexpr std::string_view kSettingsFile = "settings.txt";
 constexpr std::string_view kAttributesFile = "attributes.txt";
-constexpr std::string_view kTemporaryFile = "write.tmp";
+constexpr int kRenameTries = 10;
+constexpr std::chrono::milliseconds kRenamePause{10};
 
 std::string SettingsText(const tagPrinterState& state) {
   std::string text;
@@ -43,8 +48,8 @@ std::string AttributesText(const tagPrinterState& state) {
   return text;
 }
 
-std::vector<std::string> LinesOf(const fs::path& path) {
-  std::istringstream text(ReadHostFile(path).value_or(std::string()));
+std::vector<std::string> LinesOf(const std::string& bytes) {
+  std::istringstream text(bytes);
   std::vector<std::string> lines;
   for (std::string line; std::getline(text, line);) {
     lines.emplace_back(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line);
@@ -52,7 +57,53 @@ std::vector<std::string> LinesOf(const fs::path& path) {
   return lines;
 }
 
+std::vector<std::string> LinesOf(const fs::path& path) {
+  return LinesOf(ReadHostFile(path).value_or(std::string()));
+}
+
+// Lines by what stands in front of their "=".
+std::map<std::string, std::string> ByKey(const std::vector<std::string>& lines) {
+  std::map<std::string, std::string> by_key;
+  for (const std::string& line : lines) {
+    by_key[line.substr(0, line.find('='))] = line;
+  }
+  return by_key;
+}
+
+// Our lines where we changed them since the last text, else what another process has written meanwhile.
+std::string Merged(const std::string& last, const std::string& ours, const fs::path& path) {
+  const auto before = ByKey(LinesOf(last));
+  const auto others = ByKey(LinesOf(path));
+  std::string text;
+  for (const auto& [key, line] : ByKey(LinesOf(ours))) {
+    const auto earlier = before.find(key);
+    const auto other = others.find(key);
+    const bool is_ours = earlier == before.end() || earlier->second != line || other == others.end();
+    text.append(is_ours ? line : other->second).append("\n");
+  }
+  return text;
+}
+
 }  // namespace
+
+CMemoryFolder::CMemoryFolder(fs::path folder) : folder_(std::move(folder)) {
+  std::random_device random;
+  temporary_name_ = "write-" + std::to_string(random()) + ".tmp";
+}
+
+std::string CMemoryFolder::Prepare() const {
+  std::error_code error;
+  fs::create_directories(folder_, error);
+  const fs::path trial = folder_ / temporary_name_;
+  std::ofstream(trial) << 'x';
+  if (!fs::exists(trial, error)) {
+    const std::u8string path = folder_.u8string();
+    return "the memory folder \"" + std::string(path.begin(), path.end()) +
+           "\" cannot be written: what the printer is told is not kept";
+  }
+  fs::remove(trial, error);
+  return {};
+}
 
 std::optional<std::string> ReadHostFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -95,7 +146,11 @@ bool CMemoryFolder::Save(CPrinter& printer) {
   }
   const bool has_attributes =
       SaveText(AttributesText(printer.State()), folder_ / kAttributesFile, last_attributes_);
-  const bool has_settings = SaveText(SettingsText(printer.State()), folder_ / kSettingsFile, last_settings_);
+  const std::string settings = SettingsText(printer.State());
+  const fs::path settings_file = folder_ / kSettingsFile;
+  const bool has_settings =
+      settings == last_settings_ || Write(settings_file, Merged(last_settings_, settings, settings_file));
+  last_settings_ = has_settings ? settings : last_settings_;
   return unsaved_files_.empty() && has_attributes && has_settings;
 }
 
@@ -170,14 +225,23 @@ bool CMemoryFolder::SaveText(const std::string& text, const fs::path& path, std:
 bool CMemoryFolder::Write(const fs::path& path, std::string_view bytes) const {
   std::error_code error;
   fs::create_directories(path.parent_path(), error);
-  const fs::path temporary = folder_ / kTemporaryFile;
+  const fs::path temporary = folder_ / temporary_name_;
   std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
   if (!file) {
     return false;
   }
+  // Windows replaces no file that another process is just reading.
   fs::rename(temporary, path, error);
+  for (int i = 1; error && i < kRenameTries; ++i) {
+    std::this_thread::sleep_for(kRenamePause);
+    fs::rename(temporary, path, error);
+  }
+  if (error) {
+    std::error_code ignored;
+    fs::remove(temporary, ignored);
+  }
   return !error;
 }
 

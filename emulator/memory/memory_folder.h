@@ -11,10 +11,15 @@ namespace lxemu {
 
 /// Keeps what a printer keeps without power in a folder: `settings.txt` (saved settings, and the prefix
 /// characters in force), the folders `E` and `Z` with one host file for each file, `attributes.txt` (the
-/// protected files). A file is written aside and then renamed, so that a reader never finds half of it.
+/// protected files). A file is written aside and then renamed, so that a reader never finds half of it, and
+/// aside under a name of this object's own: several processes may use one folder. Of the settings each writes
+/// what it has changed, and leaves the others as they stand in the file.
 class CMemoryFolder {
  public:
-  explicit CMemoryFolder(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  explicit CMemoryFolder(std::filesystem::path folder);
+
+  /// Makes the folder and tries it out. Empty, or what is wrong with it.
+  std::string Prepare() const;
 
   /// Puts what the folder holds into a printer as it left the factory. A missing folder holds nothing.
   void Load(CPrinter& printer);
@@ -33,6 +38,7 @@ class CMemoryFolder {
   bool Write(const std::filesystem::path& path, std::string_view bytes) const;
 
   std::filesystem::path folder_;
+  std::string temporary_name_;
   std::set<std::pair<char, std::string>> unsaved_files_;
   std::string last_settings_;
   std::string last_attributes_;

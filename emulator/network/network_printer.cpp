@@ -41,11 +41,15 @@ CNetworkPrinter::CNetworkPrinter(const tagNetworkPrinterOptions& options, Millis
   identity_.name = options.name;
   identity_.mac = MacFor(options.ip);
   for (const std::string& problem : printer_.Ini().problems) {
-    Note("printer.ini: " + problem);
+    log_.WriteProblem(label_ + "printer.ini: " + problem);
   }
 }
 
 bool CNetworkPrinter::Open(std::uint16_t command_port, std::uint16_t search_port, std::string& problem) {
+  if (!printer_.FolderProblem().empty()) {
+    problem = label_ + printer_.FolderProblem();
+    return false;
+  }
   listener_ = CSocket::Listen({options_.ip, command_port}, problem);
   search_socket_ =
       listener_.IsOpen() ? CSocket::BindDatagram({options_.ip, search_port}, problem) : CSocket();
@@ -112,7 +116,7 @@ void CNetworkPrinter::ReadIniWhenChanged() {
   }
   faults_ = printer_.Ini().faults;
   for (const std::string& problem : printer_.Ini().problems) {
-    Note("printer.ini: " + problem);
+    log_.WriteProblem(label_ + "printer.ini: " + problem);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "emulator/network/printer_server.h"
@@ -58,6 +59,7 @@ void Describe(CLI::App& program, tagArguments& arguments) {
       ->capture_default_str();
   program.add_option("--log", arguments.log, "text file for one line for each exchange (appended)");
   program.add_option("--for", arguments.seconds, "ends after so many seconds")->check(CLI::Range(0.0, 1e9));
+  program.set_version_flag("--version", "lxemu_network " LXEMU_VERSION);
   program.footer(
       "Prints the ports of each printer and then the line \"ready\". Ends with Ctrl-C or SIGTERM.");
 }
@@ -68,6 +70,12 @@ tagNetworkPrinterOptions ReadPrinter(const std::string& text, const fs::path& me
   const std::optional<std::uint32_t> ip = ParseIpv4(address);
   if (!ip || *ip == 0) {
     throw std::invalid_argument("--printer " + text + ": this is no IPv4 address that a printer can have");
+  }
+  const std::string_view number = std::string_view(text).substr(std::min(colon + 1, text.size()));
+  if (!number.empty() && number.find_first_not_of("0123456789") == number.npos) {
+    throw std::invalid_argument("--printer " + text + ": what follows the address is a name, and " +
+                                std::string(number) +
+                                " looks like a port; --port is the port of all printers");
   }
   const std::string name = colon < text.size() ? text.substr(colon + 1) : address;
   return {*ip, name, memory / Ipv4Text(*ip)};

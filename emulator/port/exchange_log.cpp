@@ -1,5 +1,8 @@
 #include "emulator/port/exchange_log.h"
 
+#include <iostream>
+#include <string>
+
 #include "emulator/printer/text_escape.h"
 
 namespace lxemu {
@@ -24,6 +27,12 @@ void CExchangeLog::WriteNote(std::string_view text) {
   if (file_.is_open()) {
     file_ << "# " << text << '\n' << std::flush;
   }
+}
+
+void CExchangeLog::WriteProblem(std::string_view text) {
+  WriteNote(text);
+  // One piece: other processes write there as well.
+  std::cerr << "emulated printer: " + std::string(text) + "\n";
 }
 
 void CExchangeLog::WriteExchange(const tagExchange& exchange, std::string_view label) {

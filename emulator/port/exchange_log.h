@@ -16,6 +16,8 @@ class CExchangeLog {
   explicit CExchangeLog(const std::filesystem::path& path);
 
   void WriteNote(std::string_view text);
+  /// A note for somebody who reads no log: goes to standard error, too.
+  void WriteProblem(std::string_view text);
   /// The label, where there are several printers, stands in front.
   void WriteExchange(const tagExchange& exchange, std::string_view label = {});
 

@@ -63,6 +63,9 @@ class CFerrolink {
         printer_(MemoryFolder(), SteadyMilliseconds),
         port_(printer_.Printer(), SteadyMilliseconds) {
     UseIni();
+    if (!printer_.FolderProblem().empty()) {
+      log_.WriteProblem(printer_.FolderProblem());
+    }
   }
 
   std::int32_t Initialize(const void* record) {
@@ -123,7 +126,7 @@ class CFerrolink {
   void UseIni() {
     port_.Faults() = printer_.Ini().faults;
     for (const std::string& problem : printer_.Ini().problems) {
-      log_.WriteNote("printer.ini: " + problem);
+      log_.WriteProblem("printer.ini: " + problem);
     }
   }
 

@@ -74,7 +74,7 @@ TEST_F(MemoryFolder, WritesOnlyWhatChanged) {
   EXPECT_EQ(ReadHostFile(folder / "E" / "A.PNG"), "mark");
   EXPECT_EQ(ReadHostFile(folder / "E" / "B.PNG"), "c");
   EXPECT_TRUE(fs::exists(folder / "settings.txt"));
-  EXPECT_FALSE(fs::exists(folder / "write.tmp"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 2);  // nothing left over
 }
 
 TEST_F(MemoryFolder, RemovesDeletedFilesAlsoWhenTheNameComesBack) {
@@ -110,10 +110,32 @@ TEST_F(MemoryFolder, TakesFilesThatSomebodyPutThereAndPassesOverOthers) {
   EXPECT_EQ(printer.printer.Setting("CCC,T"), "7E");
 }
 
+TEST_F(MemoryFolder, TwoProcessesOnOneFolderLoseNothing) {
+  tagTestPrinter first;
+  tagTestPrinter second;
+  CMemoryFolder first_memory(folder);
+  CMemoryFolder second_memory(folder);
+  EXPECT_EQ(first_memory.Prepare(), "");
+  EXPECT_TRUE(fs::is_empty(folder));
+  first_memory.Load(first.printer);
+  second_memory.Load(second.printer);
+  for (int i = 0; i < 2; ++i) {
+    first("^XA^S(CLR,Z,30" + std::to_string(i) + "^JUS^XZ~DYE:A.PNG,B,P,1,0,a");
+    second("^XA^S(CLR,P,15" + std::to_string(i) + "^JUS^XZ~DYE:B.PNG,B,P,1,0,b");
+    EXPECT_TRUE(first_memory.Save(first.printer) && second_memory.Save(second.printer));
+  }
+  tagTestPrinter third;
+  CMemoryFolder(folder).Load(third.printer);
+  EXPECT_EQ(third.printer.Setting("CLR,Z"), "301");
+  EXPECT_EQ(third.printer.Setting("CLR,P"), "151");
+  EXPECT_TRUE(third.printer.File("E:A.PNG") && third.printer.File("E:B.PNG"));
+}
+
 TEST_F(MemoryFolder, ReportsFailureAndTriesAgain) {
   std::ofstream(folder) << "a file where the folder should be";
   tagTestPrinter printer;
   CMemoryFolder memory(folder);
+  EXPECT_NE(memory.Prepare().find("cannot be written"), std::string::npos);
   memory.Load(printer.printer);
   printer.printer.PutFile("E:A.PNG", "a");
   EXPECT_FALSE(memory.Save(printer.printer));

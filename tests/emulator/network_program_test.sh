@@ -45,6 +45,10 @@ ends_with() {
 }
 
 expect_code 0 --help
+expect_code 0 --version
+grep -q '^lxemu_network [0-9]' "$folder/output" || fail "no version"
+expect_code 2 --printer 127.0.0.4:9100
+grep -q -- '9100 looks like a port' "$folder/output" || fail "a port taken for a name"
 expect_code 2
 expect_code 2 --printer 127.0.0
 expect_code 2 --printer 0.0.0.0
@@ -54,8 +58,17 @@ expect_code 2 --printer 127.0.0.2 --port 65536
 # An address that this machine does not have (one for documentation).
 expect_code 1 --printer 192.0.2.1 --port 0
 
-start --printer 127.0.0.2 --for 0.3
+mkdir -p "$folder/memory/127.0.0.2"
+printf '[printer]\nlouder = 1\n' >"$folder/memory/127.0.0.2/printer.ini"
+start --printer 127.0.0.2 --printer 127.0.0.3 --for 0.3
+[[ -d $folder/memory/127.0.0.3 ]] || fail "a memory folder is not there from the start"
 ends_with 0
+grep -q '127.0.0.2: printer.ini: not understood in .printer.: louder' "$folder/output" || fail "nothing about printer.ini"
+
+# A folder that cannot be made.
+code=0
+timeout 10 "$program" --memory "$folder/output" --printer 127.0.0.2 --port 0 --search-port 0 >"$folder/problem" 2>&1 || code=$?
+((code == 1)) && grep -q 'cannot be written' "$folder/problem" || fail "exit code $code for an unwritable memory folder"
 
 # Two programs on one port: the second one says so.
 start --printer 127.0.0.2

@@ -14,6 +14,20 @@
 namespace tvmgr {
 namespace {
 
+/**
+ * A function of the print spooler's library. Loaded when it is needed: every start of the tool would otherwise
+ * load it, and the window system with it.
+ */
+template <typename Function>
+Function* SpoolerFunction(const char* name) {
+  static const HMODULE library = LoadLibraryW(L"WINSPOOL.DRV");
+  const auto function = library == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(library, name));
+  if (function == nullptr) {
+    throw CFailure("this system has no print spooler (Windows error " + std::to_string(GetLastError()) + ")");
+  }
+  return reinterpret_cast<Function*>(function);
+}
+
 std::string Text(const wchar_t* text) {
   return text == nullptr ? std::string() : ToUtf8(text);
 }
@@ -44,10 +58,11 @@ struct tagPrinterPorts {
 };
 
 std::vector<tagPrinterPorts> InstalledPrinters() {
+  auto* const enum_printers = SpoolerFunction<decltype(EnumPrintersW)>("EnumPrintersW");
   std::size_t count = 0;
   const std::vector<BYTE> buffer = Enumerate(
-      [](BYTE* bytes, DWORD size, DWORD* needed, DWORD* returned) {
-        return EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2, bytes, size, needed,
+      [=](BYTE* bytes, DWORD size, DWORD* needed, DWORD* returned) {
+        return enum_printers(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2, bytes, size, needed,
                              returned);
       },
       count, "printers");
@@ -70,10 +85,11 @@ std::vector<tagPrinterPorts> InstalledPrinters() {
 }  // namespace
 
 int RunPorts(const tagGlobalOptions& global) {
+  auto* const enum_ports = SpoolerFunction<decltype(EnumPortsW)>("EnumPortsW");
   std::size_t count = 0;
   const std::vector<BYTE> buffer =
-      Enumerate([](BYTE* bytes, DWORD size, DWORD* needed,
-                   DWORD* returned) { return EnumPortsW(nullptr, 2, bytes, size, needed, returned); },
+      Enumerate([=](BYTE* bytes, DWORD size, DWORD* needed,
+                    DWORD* returned) { return enum_ports(nullptr, 2, bytes, size, needed, returned); },
                 count, "ports");
   const std::vector<tagPrinterPorts> printers = InstalledPrinters();
   const auto* const records = reinterpret_cast<const PORT_INFO_2W*>(buffer.data());

@@ -219,7 +219,7 @@ namespace Tavira
                 case Result.FileTooLarge:
                     return "the backup file has grown past 1 GiB; it was closed properly before that";
                 case Result.PortNotReady:
-                    return "Ferrolink.dll lacks an entry point, or the search could not start its worker";
+                    return "Ferrolink.dll is missing or incomplete, or the search could not start its worker";
                 case Result.NotInitialized:
                     return "there is no manager, or it has no port library";
                 case Result.OutOfMemory:

@@ -55,7 +55,7 @@ class Result(enum.IntEnum):
 _WORDS: Dict[int, str] = {
     Result.OK: "done",
     Result.FILE_TOO_LARGE: "the backup file has grown past 1 GiB; it was closed properly before that",
-    Result.PORT_NOT_READY: "Ferrolink.dll lacks an entry point, or the search could not start its worker",
+    Result.PORT_NOT_READY: "Ferrolink.dll is missing or incomplete, or the search could not start its worker",
     Result.NOT_INITIALIZED: "there is no manager, or it has no port library",
     Result.OUT_OF_MEMORY: "memory ran out",
     Result.PORT_LIBRARY_MISSING: "Ferrolink.dll is missing or incomplete",

@@ -13,37 +13,54 @@
  *     TVMGR_Initialize and TVMGR_Terminate themselves. A failed allocation is -3 wherever nothing else is
  *     said.
  *  2. No exception leaves the module, except std::invalid_argument for a negative index (functions that take
- *     one). Only a C++ host that was built with the module's own run-time library (MinGW-w64) can catch it; it
- *     ends the process of every other host (MSVC, C, C#, Python). Check an index before the call.
+ *     one). Only a C++ host that was built with the module's own run-time library (MinGW-w64) can catch it;
+ *     it ends the process of every other host (MSVC, C, C#, Python). Check an index before the call.
  *  3. Blocking. Functions that talk to the printer block the calling thread until they end. Every wait is
  *     bounded; "blocks up to" states the bound of the waits themselves. One transaction waits up to 60 s for
- *     the first answer byte unless stated otherwise and always costs at least 100 ms. The module cannot
- *     interrupt a call inside Ferrolink.dll.
+ *     the first answer byte unless stated otherwise, and at least 100 ms; only a time-out of 0 waits not at
+ *     all. Time-outs are unsigned: 0xFFFFFFFF is 49 days, not "for ever". The module cannot interrupt a call
+ *     inside Ferrolink.dll.
  *  4. Silence. A printer that does not answer is not an error of a transaction: the operation goes on with an
  *     empty answer. Functions that promise an effect prove it by reading back (-82 when the printer shows
  *     otherwise).
- *  5. Threads. The functions take no lock of their own: call them from one thread. Only the printer search
- *     runs beside the host (TVMGR_StartSearchPrinter); its status and results may be asked for meanwhile.
+ *  5. Threads. The functions take no lock of their own: call them from one thread, one at a time. Only the
+ *     printer search runs beside the host (TVMGR_StartSearchPrinter); its stop, its status and its results
+ *     may be asked for from any thread meanwhile. No call at all beside TVMGR_Initialize or TVMGR_Terminate.
+ *     No call from a DllMain: loading a library or waiting for a thread there blocks the process.
  *  6. Ownership. The module owns everything that it returns no pointer to; all data is handed over as copies
  *     in the host's buffers. Byte buffers are (pointer, length in bytes), names are (pointer, length in
- *     characters).
+ *     characters). Texts that the module has written into a record are the host's to release
+ *     (TvmgrTextRelease), before the DLL is unloaded: the code that frees them is in it.
  *  7. Encoding. Wide text is UTF-16. Bytes sent to the printer and text in host files are in the system's
- *     ANSI code page. Setting values are bytes exactly as the printer reports them, without terminator.
+ *     ANSI code page, single-byte, double-byte or UTF-8. A file name with a character that the code page
+ *     lacks is refused (-7), never sent as a name that merely looks alike. File names are compared without
+ *     regard to the case of letters, as the system compares them. Setting values are bytes exactly as the
+ *     printer reports them, without terminator.
  *  8. Settings are named by the numbers of enum TvmgrSetting, file lists by enum TvmgrFileList. The two
  *     number spaces are separate, even where a number stands in both.
  *  9. Loaded values. TVMGR_LoadSetting(true, 0) fills the value store; TVMGR_LoadSetting(false, id) and
  *     TVMGR_LoadSettingByList only refresh values that a full load has stored. Values are read with
  *     TVMGR_GetSettingValue.
- * 10. Resolution guard. Loads, updates, direct commands and restore put the printer's resolutions (settings
- *     3, 4, 5) at 600 and its mode (setting 84) at "D" while they work, when they were not so already, and
- *     put them back afterwards. Each side is one more transaction that saves. What was captured is kept until
- *     an update of 3, 4, 5 or 76, a factory reset or a restore makes it stale.
+ *     TRAP: full loads also happen within both updates (TVMGR_UpdatePrinterSetting and ...NoChangeDPI), a
+ *     factory reset, TVMGR_Backup(1) and TVMGR_Restore. Each empties the store first, and leaves it without
+ *     settings when the printer is silent or the transaction fails.
+ * 10. Resolution guard. Loads (also those that other functions make), updates, direct commands and restore
+ *     put the printer's resolutions (settings 3, 4, 5) at 600 and its mode (setting 84) at "D" while they
+ *     work, when they were not so already, and put them back afterwards. Each side is one more transaction,
+ *     which makes the printer save all its settings. What was captured is kept until an update of 3, 4, 5 or
+ *     76, a factory reset or a restore makes it stale.
+ *     TRAP: a put-back that fails is silent, and the printer stays at 600 and "D". The next function inside
+ *     the guard puts back once more, unless what was captured is stale by then.
  *     TRAP: choosing another printer does not make it stale. Use a new manager (TVMGR_Terminate,
  *     TVMGR_Initialize) for each printer, or the second one may be given the first one's resolutions.
+ *     TRAP: an update of setting 84 does not make it stale.
  *     TRAP: while the guard holds, setting 84 reads "D": a load of a printer in another mode stores that.
  *     TRAP: a printer that leaves the capture unanswered but takes commands is put at 600 and an empty mode.
  * 11. Silence again. Where a function's 0 says only that commands were sent, TVMGR_GetPrinterStatus tells a
  *     silent printer (status 0) from one that is there, in 3 s.
+ * 12. Flags. A bool is one byte, and every value of it but 0 is true. The reload flag of TVMGR_Backup and the
+ *     mode of TVMGR_LoadStoredData are numbers: 1, or any other.
+ * 13. The end. TVMGR_Terminate before FreeLibrary. The worker of a search keeps the DLL loaded until it ends.
  */
 #ifndef TAVIRA_TAVIRA_MANAGER_H_
 #define TAVIRA_TAVIRA_MANAGER_H_
@@ -63,7 +80,10 @@
 extern "C" {
 #endif
 
-/** The version of the module that this header belongs to; its version resource and tvmgr --version say the same. */
+/**
+ * The version of the module that this header belongs to; its version resource and tvmgr --version say the
+ * same.
+ */
 #define TVMGR_VERSION_MAJOR 1
 #define TVMGR_VERSION_MINOR 0
 #define TVMGR_VERSION_PATCH 0
@@ -79,8 +99,8 @@ typedef char16_t TvmgrChar;
 enum TvmgrResult {
   TVMGR_OK = 0,
   TVMGR_FILE_TOO_LARGE = 4,   /**< the backup file has grown past 1 GiB; it was closed properly before that */
-  TVMGR_PORT_NOT_READY = -1,  /**< Ferrolink.dll lacks an entry point; search: the worker could not start */
-  TVMGR_NOT_INITIALIZED = -2, /**< no manager, no port link, or the port library was never loaded */
+  TVMGR_PORT_NOT_READY = -1,  /**< Ferrolink.dll is missing or incomplete; search: no worker could start */
+  TVMGR_NOT_INITIALIZED = -2, /**< no manager, or one whose port link found no memory in TVMGR_Initialize */
   TVMGR_OUT_OF_MEMORY = -3,   /**< an allocation failed */
   TVMGR_PORT_LIBRARY_MISSING = -5, /**< Ferrolink.dll cannot be loaded or lacks one of its six entry points */
   TVMGR_BAD_ARGUMENT = -7,        /**< a bad argument, nothing to send, or an operation that does not exist */
@@ -94,7 +114,8 @@ enum TvmgrResult {
 
 /**
  * Setting identifiers, named after the printer's own key of each setting (three letters, one character).
- * Every setting but TVMGR_SETTING_ST can be read and written.
+ * Every setting can be read and written, but TVMGR_SETTING_ST (written only) and TVMGR_SETTING_BACKGROUND
+ * (read only).
  */
 enum TvmgrSetting {
   TVMGR_SETTING_IMP_S = 1,
@@ -235,9 +256,9 @@ enum TvmgrSearchKind { TVMGR_SEARCH_USB = 0, TVMGR_SEARCH_NETWORK = 1 };
  * A text member of a record: the address of zero-terminated UTF-16 text, or null for an empty one.
  *
  * Texts that the host passes in may point at any zero-terminated text. Texts that the module has written
- * carry a header in front of the characters (TvmgrTextData); the host releases them with TvmgrTextRelease. A
- * record to be written must start with null texts or with texts that the module (or a string class of the
- * same layout) made.
+ * carry a header in front of the characters (TvmgrTextData); the host releases them with TvmgrTextRelease,
+ * before the DLL is unloaded. A record to be written must start with null texts or with texts that the module
+ * (or a string class of the same layout) made.
  */
 typedef const TvmgrChar* TvmgrText;
 
@@ -330,10 +351,11 @@ static inline void TvmgrFoundPrinterRelease(TvmgrFoundPrinter* printer) {
  * Creates the manager and loads Ferrolink.dll.
  *
  * Sends nothing. There is no count: a second call makes a second manager and the first one is never released,
- * so pair each call with TVMGR_Terminate.
+ * so pair each call with TVMGR_Terminate. A damaged file is -5 too: no box of the system asks the user.
  *
  * @retval 0   Ready: choose a printer with TVMGR_UpdatePortComInfo.
- * @retval -3  The manager could not be allocated, or (manager in place) its port link could not.
+ * @retval -3  The manager could not be allocated, or (manager in place) its port link could not. The printer
+ *     functions answer -2 in both cases.
  * @retval -5  Ferrolink.dll is missing or incomplete. The manager is in place; its printer functions answer
  *     -1.
  */
@@ -341,13 +363,13 @@ int32_t TVMGR_Initialize(void);
 
 /**
  * Destroys the manager: waits for the worker of the last printer search, frees everything, closes
- * Ferrolink.dll.
+ * Ferrolink.dll (which stays loaded).
  *
- * Blocks until 3 s after the last TVMGR_StartSearchPrinter, also when that search was stopped before; printers that
- * are being asked for their names are given up, within 100 ms. A call that another thread still has in the module
- * is waited for: a TVMGR_StopSearchPrinter comes back at once, any other one ends in its own time.
- * A host that unloads the module without this call leaks the manager; a worker that still runs keeps the module in
- * memory until it ends, at most 39 s.
+ * Blocks until 3 s after the last TVMGR_StartSearchPrinter, also when that search was stopped before;
+ * printers that are being asked for their names are given up, within 100 ms. A call that another thread still has in
+ * the module is waited for: a TVMGR_StopSearchPrinter comes back at once, any other one ends in its own time.
+ * A host that unloads the module without this call leaks the manager; a worker that still runs keeps the
+ * module in memory until it ends, at most 39 s.
  *
  * @retval 0  Always, also without a manager.
  */
@@ -364,14 +386,15 @@ int32_t TVMGR_Terminate(void);
  * one that an installed printer uses). With a port name alone, the spooler is asked which printer hangs on
  * that port. Both null: an empty choice; Ferrolink.dll then gets empty strings. Every choice replaces the
  * earlier one whole. Nothing is checked against the printer: TVMGR_GetPrinterStatus does that.
- * TRAP: a port behind which no printer is known (no such port, a WSD or IPP port, a USB printer that is off) is
+ *
+ * TRAP: a port behind which no printer is known (no such port, WSD, IPP, LPT, a USB printer that is off) is
  * chosen all the same, with its name alone: TVMGR_GetPrinterDeviceInfo then gives neither text3 nor text5.
  *
  * @param record     the record of a search, or null; its texts are copied.
  * @param port_name  a port of the print spooler ("USB001", "IP_192.0.2.7"), or null.
  * @retval 0   Chosen.
  * @retval -2  No manager or no port link.
- * @retval -3  Out of memory; the earlier choice is still in force, its port name is forgotten.
+ * @retval -3  Out of memory; no printer is chosen, the earlier one neither.
  */
 int32_t TVMGR_UpdatePortComInfo(const TvmgrFoundPrinter* record, const TvmgrChar* port_name);
 
@@ -403,10 +426,10 @@ int32_t TVMGR_GetPrinterDeviceInfo(TvmgrFoundPrinter* record);
  * @param all  true reads everything and ignores id.
  * @param id   a setting identifier.
  * @retval 0   Done. A printer that stayed silent is no error: compare the values.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
  * @retval -7  The setting has no query (46) or does not exist.
- * @retval -10 A full load met a background file with a payload that cannot be decoded.
+ * @retval -10  all true: the background file came back with a payload that cannot be decoded.
  * @retval other  Ferrolink.dll's own code. After a failed full load the value store must not be trusted.
  */
 int32_t TVMGR_LoadSetting(bool all, int32_t id);
@@ -432,7 +455,7 @@ int32_t TVMGR_SetLoadList(uint32_t id);
  * @param flag  true: the guard puts the resolutions to neutral and back, false: it leaves them alone and
  *     touches the mode only. (The guard works with the negation of this argument as its no-change flag.)
  * @retval 0   The answers that came are stored; a silent printer is not an error: compare the values.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
  * @retval -7  The load list is empty or names no readable setting; nothing of it was sent.
  * @retval other  Ferrolink.dll's own code, unchanged.
@@ -474,26 +497,34 @@ int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length);
  * Writes the settings of the update list, saves them, and proves it by reading back.
  *
  * One transaction with all set commands, the save and the closing command inside the resolution guard; then
- * up to ten passes of 500 ms wait, full settings load, background file, resolution settings, until every
- * written value (46 and 74 excepted) equals the printer's, letter case ignored. The update list is kept; the
- * load list is replaced by 3, 4, 5, 76. Blocks up to 4 transactions, and for each pass 0.5 s and up to 10
- * transactions.
+ * up to ten passes of 500 ms wait, full settings load, background file (when list 36 has it), resolution
+ * settings, until every written value (46 and 74 excepted) equals the printer's, ASCII letter case ignored.
+ * The update list is kept; the load list is replaced by 3, 4, 5, 76; the value store is emptied and filled
+ * anew in each pass (convention 9). An empty update list sends the save alone. Blocks up to 4 transactions,
+ * and for each pass 0.5 s and at most 8 transactions.
  *
  * TRAP: on a printer whose resolutions or mode were not neutral, the guard puts settings 3, 4, 5 and 84 back
- * to what they were, which undoes a new value for one of them: the result is then -82.
+ * to what they were, which undoes a new value for one of them. For 3, 4 and 5 the result is then -82. For 84
+ * it says nothing: the guard makes it read "D" while it is verified, so that a new "D" ends in 0 although the
+ * old value is back, and any other value in -82, also when it is the one that the printer has.
+ *
+ * TRAP: settings 65, 66 and 67 always end in -82: they are written as a character and read as two digits. Use
+ * TVMGR_UpdatePrefix.
  *
  * TRAP: a printer that normalises a value ("600" stored as "0600") ends in -82 although it took the value.
  *
  * @retval 0    Every value is confirmed by the printer.
- * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.
+ * @retval -10  Sent; the background file, read in the verification, cannot be decoded.
  * @retval -82  Sent, but some value still differs after ten passes.
  * @retval other  Ferrolink.dll's own code; what was written is not known.
  */
 int32_t TVMGR_UpdatePrinterSetting(void);
 
 /**
- * As TVMGR_UpdatePrinterSetting, but the guard leaves settings 3, 4 and 5 alone (84 is handled all the same).
+ * As TVMGR_UpdatePrinterSetting, but around the write the guard leaves settings 3, 4 and 5 alone: new values
+ * for them stay (84 is handled all the same).
  */
 int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void);
 
@@ -508,7 +539,7 @@ int32_t TVMGR_UpdatePrinterSettingNoChangeDPI(void);
  * @param format     default '^'
  * @param delimiter  default ','
  * @retval 0   Sent. Whether the printer took it: TVMGR_IsDefaultPrefix, or the values of 65, 66, 67.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
  * @retval -3  Out of memory.
  * @retval other  Ferrolink.dll's own code.
@@ -518,9 +549,10 @@ int32_t TVMGR_UpdatePrefix(uint8_t control, uint8_t format, uint8_t delimiter);
 /**
  * Asks the printer whether its prefix characters are the default ones. One transaction of up to 3 s.
  *
- * @param is_default  receives 1 or 0; may be null. TRAP: a silent printer or a short answer reads as 1.
+ * @param is_default  receives 1 or 0; may be null. TRAP: a silent printer or a short answer reads as 1, and
+ *     so does every failure, but that of a missing manager, which writes nothing.
  * @retval 0   Asked.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
  * @retval other  Ferrolink.dll's own code.
  */
@@ -534,7 +566,7 @@ int32_t TVMGR_IsDefaultPrefix(uint8_t* is_default);
  *
  * @param status  receives a value of enum TvmgrStatus; 0 when the printer did not answer.
  * @retval 0   Asked: status says what came back.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
  * @retval -7  status is null.
  * @retval other  Ferrolink.dll's own code; status is 0.
@@ -544,13 +576,15 @@ int32_t TVMGR_GetPrinterStatus(uint32_t* status);
 /**
  * Sends the host's own bytes inside the resolution guard, followed by the closing command "^XA^H(E^XZ".
  *
- * One transaction (up to 60 s) and up to three of the guard. Nothing is saved, the answer is not handed out.
+ * One transaction (up to 60 s) and up to three of the guard. No save is appended; but a guard that has
+ * something to put back makes the printer save all its settings, the host's changes included. The answer is
+ * not handed out.
  *
  * @param data    bytes, sent unchanged
  * @param length  bytes, at least 1
  * @param allow_resolution_change  false: the guard leaves settings 3, 4 and 5 alone.
  * @retval 0   Sent; the printer may have stayed silent.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
  * @retval -7  data is null or length is less than 1; nothing was sent.
  * @retval other  Ferrolink.dll's own code.
@@ -573,18 +607,23 @@ int32_t TVMGR_SetExecuteList(uint32_t code, const uint8_t* data, int32_t length)
 /**
  * Runs the stored operation and waits until the printer is no longer busy.
  *
- * Up to three transactions, 1 s, then a status poll each second for up to 60 s (300 s for HEAD_MAINTENANCE).
- * A printer still busy after that is not reported: ask for its status. FACTORY_RESET then reloads the
- * settings, the background file and the resolutions (1 s and up to eight transactions), INITIALIZE_MEMORY the
- * file lists but 34 and the background file (likewise). The request stays stored.
+ * Up to three transactions, 1 s, then a status poll (up to 3 s) and 1 s in turn until the printer is no
+ * longer busy, for up to 60 s and one turn more (300 s for HEAD_MAINTENANCE). A printer still busy after that
+ * is not reported: ask for its status. FACTORY_RESET then empties and refills the value store (settings,
+ * background file, resolutions: 1 s and at most 8 transactions), INITIALIZE_MEMORY refreshes the file lists
+ * but 34 and reads the background file (likewise). The request stays stored.
+ *
+ * TRAP: a silent printer counts as not busy, and before a port was chosen (TVMGR_UpdatePortComInfo) there is
+ * no wait at all.
  *
  * TRAP: operations 0x1001006 to 0x100100B write setting 42 as "T" before, and after it the value that is
  * stored here; when none is stored, "T" stays. Load everything first.
  *
  * @retval 0   Done; for TVMGR_OP_NONE nothing was sent.
- * @retval -1  Ferrolink.dll is incomplete.
+ * @retval -1  Ferrolink.dll is missing or incomplete.
  * @retval -2  No manager or no port link.
- * @retval -7  Unknown code, or SEND_DATA without data.
+ * @retval -7  Unknown code; nothing was sent. Or SEND_DATA without data: setting 42 is left at "T".
+ * @retval -10  Done, but the background file, read afterwards, cannot be decoded.
  * @retval other  Ferrolink.dll's own code. Setting 42 may still be "T".
  */
 int32_t TVMGR_ExecutePrinterOperation(void);
@@ -604,7 +643,8 @@ int32_t TVMGR_ExecutePrinterOperation(void);
 int32_t TVMGR_GetRegistFileArraySize(int32_t kind, uint32_t* count);
 
 /**
- * The name of one file of a list, with extension, without device letter.
+ * The name of one file of a list, with extension, without device letter. Empty for a line of the printer's
+ * listing that has no name: pass it over.
  *
  * @param index   from 0. TRAP: a negative index ends the process (convention 2).
  * @param name    null to ask for the length; else receives the name and its terminator.
@@ -623,11 +663,12 @@ int32_t TVMGR_GetRegistFileArrayData(int32_t kind, int32_t index, TvmgrChar* nam
  *
  * @param name        file name with extension, without device letter.
  * @param mode        1 for stored formats (lists 33 and 75), any other value for everything else.
- * @param timeout_ms  how long to wait for the first answer byte, in ms; 0 does not wait and fetches nothing.
+ * @param timeout_ms  how long to wait for the first answer byte, in ms, unsigned; 0 does not wait and fetches
+ *     nothing.
  * @retval 0    The answer's data is stored (possibly empty: no such file, or a silent printer).
- * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.
- * @retval -7   name is null or empty; nothing was sent.
+ * @retval -7   name is null, empty, or cannot be written in the code page; nothing was sent.
  * @retval -10  The payload could not be decoded; the stored data is empty.
  * @retval other  Ferrolink.dll's own code; the data of the fetch before stays.
  */
@@ -655,8 +696,8 @@ int32_t TVMGR_ClearRegistList(void);
  * Stores the pending request of TVMGR_RegistData or TVMGR_DeleteData. It lasts until the next call.
  *
  * @param kind  a value of enum TvmgrRequest; any value is stored.
- * @param primary    to delete: the file's name with extension, 8-bit text without terminator. To register:
- *     the printer's own download command for the file. Null or size 0: empty.
+ * @param primary    to delete: the file's name with extension, 8-bit text; it ends before a zero byte. To
+ *     register: the printer's own download command for the file. Null or size 0: empty.
  * @param secondary  further data of a format registration. Null or size 0: empty.
  * @retval 0   Stored.
  * @retval -2  No manager.
@@ -674,12 +715,13 @@ int32_t TVMGR_UpdateRegistList(uint32_t kind, const uint8_t* primary, uint32_t p
  * a network port one minute more for each 20 MiB begun, at most 50 minutes), then up to ten passes of 500 ms
  * wait and refresh of the kind's lists, up to two transactions (graphics: list 30, or 85 for a GRF).
  *
- * TRAP: REGISTER_FORMAT takes one pass, and its listing does not change the result: look into lists 33 and 75.
+ * TRAP: REGISTER_FORMAT takes one pass, and its listing does not change the result: look into lists 33 and
+ * 75.
  *
  * @retval 0    The file is listed (REGISTER_FORMAT: sent).
- * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.
- * @retval -7   Not a register kind, no data, or no file name in it; nothing was sent.
+ * @retval -7   Not a register kind, no data, no file name in it, or 4 GiB and more; nothing was sent.
  * @retval -82  Sent, but the file is not listed after ten passes.
  * @retval other  Ferrolink.dll's own code.
  */
@@ -691,10 +733,12 @@ int32_t TVMGR_RegistData(void);
  * One transaction, then up to ten passes of 500 ms wait and refresh of the kind's lists, up to two
  * transactions. The background file (kind BACKGROUND) always takes ten passes and is not proved.
  *
+ * TRAP: a printer that falls silent lists nothing, and that reads as deleted: 0.
+ *
  * TRAP: for any other kind the delete command is sent before the result says -7.
  *
- * @retval 0    The file is no longer listed (BACKGROUND: sent).
- * @retval -1   Ferrolink.dll is incomplete.
+ * @retval 0    The file is not listed (BACKGROUND: sent).
+ * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.
  * @retval -7   Empty name (nothing was sent), or not a delete kind (sent!).
  * @retval -82  Sent, but the file is still listed after ten passes.
@@ -730,12 +774,17 @@ int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info);
  * (\\server\share\file) and any length are taken, devices (NUL, COM1) and pipes are refused with -63.
  *
  * @param reload  1 loads everything from the printer first; every other value does not.
- * @retval 0    Complete.
- * @retval -1   Ferrolink.dll is incomplete.
+ * TRAP: a file that the printer lists and does not deliver leaves a separator line and no error. With reload
+ * 0 before any load the settings section holds every set command with an empty value, and no file follows.
+ *
+ * @retval 0    Everything that the printer delivered is written.
+ * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.
  * @retval -3   Out of memory; whole pieces were written, closed by the trailer if there was memory for it.
- * @retval -7   No path (nothing was done), or no section flag is 1 (the file is empty).
- * @retval -10  A stored file came back with a payload that cannot be decoded.
+ * @retval -7   No path (nothing was done), no section flag is 1 (the file is empty), or a listed name cannot
+ *     be written in the code page (the trailer was).
+ * @retval -10  A stored file came back with a payload that cannot be decoded (reload 1: also the background
+ *     file while loading; the host file was not touched).
  * @retval -63  The file cannot be created, opened again or written (a full disk).
  * @retval 4    The file is past 1 GiB; no more pieces were added, the trailer was.
  * @retval other  Ferrolink.dll's own code while loading or fetching a file.
@@ -747,18 +796,22 @@ int32_t TVMGR_Backup(uint8_t reload);
  *
  * Inside the resolution guard; then 1 s, setting 84 as the guard captured it, save, full load. Waits up to 60
  * s for the printer's answer to the file; on a network port with a file above 20 MiB one minute for each 20
- * MiB and one more, at most 50 minutes. Needs memory for the file once, plus 10 bytes.
+ * MiB and one more, at most 50 minutes. Blocks for that and at most 20 transactions. Needs memory for the
+ * file once, plus 10 bytes.
  *
- * TRAP: a printer that stays silent is no error: compare the loaded values, or back up again and compare files.
+ * TRAP: a printer that stays silent is no error: compare the loaded values, or back up again and compare
+ * files.
  * TRAP: the captured resolutions are dropped once the file is sent: a printer that was not at 600 gets them
  * back only from the file (its settings section).
  *
  * @param path  the backup file; as for TVMGR_Backup.
  * @retval 0    Sent, and everything was loaded again. Also for an empty file (nothing was sent).
- * @retval -1   Ferrolink.dll is incomplete.
+ * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.
  * @retval -63  The file does not exist or cannot be opened; nothing was sent.
- * @retval -65  The file cannot be read whole, or there is no memory for it; nothing was sent.
+ * @retval -10  Sent; the background file, read afterwards, cannot be decoded.
+ * @retval -65  The file cannot be read whole, is 4 GiB or larger, or there is no memory for it; nothing was
+ *     sent.
  * @retval other  Ferrolink.dll's own code while sending (the printer may have taken part of the file) or
  *     loading.
  */
@@ -770,47 +823,57 @@ int32_t TVMGR_Restore(const TvmgrChar* path);
 /**
  * Starts a search for printers and returns; a worker thread ends the search after 3 s.
  *
- * Blocks until an earlier search's worker has ended: 3 s after that search's start, also when it was stopped before,
- * and up to 36 s more while it asks printers that have fallen silent.
- * USB: the printers are listed at once. Network: one datagram to 255.255.255.255, port 3289; printers
- * announce themselves while the search runs (the first 1,024 count) and are asked for their names when it ends, all
- * at the same time. Results are there once the status is 0.
+ * Blocks until the worker of an earlier search has ended: until 3 s after that search's start, also when it
+ * was stopped before, and up to 36 s more while it asks printers that have fallen silent. USB: the printers
+ * are listed at once. Network: one datagram to 255.255.255.255, port 3289; printers announce themselves while
+ * the search runs (the first 1,024 count) and are asked for their names when it ends, all at the same time,
+ * in two questions of up to 18 s each. Results are there once the status is 0.
+ *
+ * THE SEARCH FINDS NOTHING. The answers are UDP datagrams to a port of the host program: a firewall must let
+ * them in. The one datagram leaves by one network card, the one that the system's routes choose: with several
+ * cards, or a VPN, that may be the wrong one. It reaches the card's own network segment and no other. A
+ * printer whose address is known needs no search: TVMGR_UpdatePortComInfo with the address in text5.
+ *
+ * TRAP: results that the worker made incomplete, for lack of memory, are not reported.
  *
  * @param kind     a value of enum TvmgrSearchKind.
  * @param timeout  not used: a search always takes 3 s.
  * @retval 0   Running: the status is 1.
  * @retval -1  The worker thread could not be started; end the search with TVMGR_StopSearchPrinter.
  * @retval -2  No manager.
- * @retval -3  Out of memory.
- * @retval -7  No such kind. A worker runs all the same, and the status ends at 0.
- * @retval -9  No network: the socket could not be opened or the datagram not be sent. As above.
+ * @retval -3  Out of memory. Network: the status is 0. USB: it is 1 until the worker ends the search, without
+ *     printers. A worker runs in both cases.
+ * @retval -7  No such kind. A worker runs all the same, and the status is 1 until it ends.
+ * @retval -9  No network: the socket could not be opened or the datagram not be sent. The status is 0; a
+ *     worker runs all the same.
  */
 int32_t TVMGR_StartSearchPrinter(uint32_t kind, uint32_t timeout);
 
 /**
  * Ends a search before its time and makes its results. May be called from another thread than the start.
  *
- * Network: asks the printers that have announced themselves for their names, all at the same time. Blocks as long as
- * the slowest of them takes for its two answers: up to 18 s for each, so at most 36 s, however many are silent. The
- * printers are asked once per search: a second stop, or the worker's, changes nothing. During TVMGR_Terminate: given
- * up, with no results.
+ * Network: asks the printers that have announced themselves for their names, all at the same time. Blocks as
+ * long as the slowest of them takes for its two answers: up to 18 s for each, so at most 36 s, however many
+ * are silent. The printers are asked once per search: a second stop, or the worker's, waits for that and
+ * changes nothing. During TVMGR_Terminate: given up, with no results. The worker sleeps on (see
+ * TVMGR_StartSearchPrinter and TVMGR_Terminate).
  *
- * @param kind  the kind that was started.
+ * @param kind  the kind that was started. TRAP: any other sets the status to 0 too, while the search goes on.
  * @retval 0   The results are made, the status is 0.
  * @retval -2  No manager.
  * @retval -3  Out of memory; the results are incomplete.
- * @retval -7  No such kind.
+ * @retval -7  No such kind; the status is 0.
  */
 int32_t TVMGR_StopSearchPrinter(uint32_t kind);
 
-/** @retval 1 A search runs. @retval 0 None does. @retval -2 No manager. */
+/** Never waits. @retval 1 A search runs. @retval 0 None does. @retval -2 No manager. */
 int32_t TVMGR_GetSearchPrinterStatus(void);
 
 /**
  * Reads the results of the last search of a kind.
  *
- * Blocks while the results of that kind are being made: at most 36 s (see TVMGR_StopSearchPrinter); not while the
- * status is 1 and the printers are not being asked yet. Never talks to a printer.
+ * Blocks while the results of that kind are being made: at most 36 s (see TVMGR_StopSearchPrinter); not while
+ * the status is 1 and the printers are not being asked yet. Never talks to a printer.
  *
  * @param kind    a value of enum TvmgrSearchKind.
  * @param index   from 0; beyond the last printer nothing is copied. TRAP: a negative index with a record
@@ -838,7 +901,10 @@ int32_t TVMGR_CheckPort(uint32_t reserved);
 int32_t TVMGR_SendPrnFile(void* reserved);
 /** @retval 0 Always. @retval -2 No manager. */
 int32_t TVMGR_GetDeviceInfo(void* reserved1, void* reserved2, uint32_t reserved3, uint32_t reserved4);
-/** Takes a window handle (HWND), without any effect: the module sends no messages. @retval 0 @retval -2 No manager. */
+/**
+ * Takes a window handle (HWND), without any effect: the module sends no messages. @retval 0 @retval -2 No
+ * manager.
+ */
 int32_t TVMGR_SetCallbackWnd(struct HWND__* window);
 
 #ifdef __cplusplus

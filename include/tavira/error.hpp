@@ -20,7 +20,7 @@ inline const char* ResultWords(std::int32_t code) noexcept {
     case TVMGR_FILE_TOO_LARGE:
       return "the backup file has grown past 1 GiB; it was closed properly before that";
     case TVMGR_PORT_NOT_READY:
-      return "Ferrolink.dll lacks an entry point, or the search could not start its worker";
+      return "Ferrolink.dll is missing or incomplete, or the search could not start its worker";
     case TVMGR_NOT_INITIALIZED:
       return "there is no manager, or it has no port library";
     case TVMGR_OUT_OF_MEMORY:

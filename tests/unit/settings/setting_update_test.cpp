@@ -103,6 +103,27 @@ TEST_F(SettingUpdateTest, EverySettingOfTheListIsVerifiedButTwo) {
   EXPECT_EQ("clock", world_.printer.ClockText());
 }
 
+TEST_F(SettingUpdateTest, TheVerdictSaysNothingOnTheModeOfAPrinterThatIsNotNeutralAndOnPrefixes) {
+  const struct {
+    std::uint32_t id;
+    const char* value;
+    std::int32_t result;
+  } cases[] = {
+      {TVMGR_SETTING_CMP_U, "D", TVMGR_OK},  // what it reads while the guard holds; "E" is put back
+      {TVMGR_SETTING_CMP_U, "E", TVMGR_NOT_CONFIRMED},
+      {TVMGR_SETTING_CMP_U, "F", TVMGR_NOT_CONFIRMED},
+      {TVMGR_SETTING_CCC_T, "~", TVMGR_NOT_CONFIRMED},  // reads "7E"
+  };
+  world_.printer.SetSetting("CMP,U", "E");
+  for (const auto& [id, value, result] : cases) {
+    TVMGR_ClearUpdateList();
+    AppendUpdate(id, value);
+    EXPECT_EQ(result, TVMGR_UpdatePrinterSetting()) << id << " " << value;
+    EXPECT_EQ("E", world_.printer.Setting("CMP,U"));
+    EXPECT_EQ("7E", StoredValue(TVMGR_SETTING_CCC_T));
+  }
+}
+
 TEST_F(SettingUpdateTest, TheBackgroundIsReadInEveryPassAndComparedLikeASetting) {
   world_.printer.PutFile("E:KORVDEF.BGD", "background");
   LoadAll();

@@ -12,7 +12,7 @@ constexpr tagResultWords kResults[] = {
     {TVMGR_OK, "TVMGR_OK", "done", ""},
     {TVMGR_FILE_TOO_LARGE, "TVMGR_FILE_TOO_LARGE", "the backup file has grown past 1 GiB",
      "back up fewer sections at a time"},
-    {TVMGR_PORT_NOT_READY, "TVMGR_PORT_NOT_READY", "Ferrolink.dll lacks an entry point",
+    {TVMGR_PORT_NOT_READY, "TVMGR_PORT_NOT_READY", "Ferrolink.dll is missing or incomplete",
      "install the complete port library beside TaviraManager.dll"},
     {TVMGR_NOT_INITIALIZED, "TVMGR_NOT_INITIALIZED", "there is no manager or no link to the port library",
      "call TVMGR_Initialize first and check its result; in this program: start it again"},

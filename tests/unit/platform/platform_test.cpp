@@ -46,7 +46,7 @@ TEST(PlatformTest, ACharacterIsNeverReplacedByOneThatLooksLikeIt) {
   const auto platform = MakePlatform();
   ITextCodec& codec = platform->Text();
   // Full-width "^", "~", "," and ":", a letter with a macron, a mathematical minus.
-  for (const TvmgrChar character : {0xFF3E, 0xFF5E, 0xFF0C, 0xFF1A, 0x0100, 0x2212}) {
+  for (const TvmgrChar character : WideString{0xFF3E, 0xFF5E, 0xFF0C, 0xFF1A, 0x0100, 0x2212}) {
     const WideString text(1, character);
     const std::string bytes = codec.ToAnsi(text);
     EXPECT_TRUE(bytes == "?" || codec.IsWhole(text, bytes)) << int{character} << " as " << bytes;

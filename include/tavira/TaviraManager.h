@@ -367,7 +367,8 @@ int32_t TVMGR_Initialize(void);
  *
  * Blocks until 3 s after the last TVMGR_StartSearchPrinter, also when that search was stopped before;
  * printers that are being asked for their names are given up, within 100 ms. A call that another thread still
- * has in the module is waited for: a TVMGR_StopSearchPrinter comes back at once, any other one ends in its own time.
+ * has in the module is waited for: a TVMGR_StopSearchPrinter comes back at once, any other one ends in its
+ * own time.
  * A host that unloads the module without this call leaks the manager; a worker that still runs keeps the
  * module in memory until it ends, at most 39 s.
  *

@@ -136,6 +136,8 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
     // A file that does not exist shows as silence only, after the whole time-out; the list knows at once.
     session.LoadAll();
     if (!IsStored(session, *kind, options.name)) {
+      // An empty list is no proof: a silent printer has one, too.
+      RequireStillAnswering(session, "the lists were read");
       throw CFailure("the printer has no file " + options.name +
                      " (\"tvmgr files\" lists them; --unlisted asks for it "
                      "all the same)");
@@ -148,6 +150,7 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
                   [&] { return TVMGR_LoadStoredData(name.c_str(), mode, timeout_ms); });
   const std::string bytes = FetchedData(session);
   if (bytes.empty()) {
+    RequireStillAnswering(session, options.name + " was asked for");
     throw CFailure("the printer sent nothing for " + options.name +
                    ": no such file, an empty file, or no answer within " + std::to_string(timeout_ms / 1000) +
                    " s (--timeout)");

@@ -18,7 +18,10 @@ tagCommand AddOperation(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_option("--text", options->data.text, "with send-data: a text");
   parser->add_flag("--yes", options->yes, "confirm operations that wipe or reset");
   parser->footer(
-      "Operations that wipe or reset have to be confirmed: by typing yes, or with --yes.\n\n"
+      "Operations that wipe or reset have to be confirmed: by typing yes, or with --yes. After a wipe the "
+      "lists\n"
+      "are read again and what remained is named; device R: has no lists, so nothing is known of it.\n"
+      "Exit code 3 when the printer is still busy at the end.\n\n"
       "Examples:\n  tvmgr op --list\n  tvmgr op print-configuration\n  tvmgr op wipe-graphics --yes\n"
       "  tvmgr op send-data --file label.prn");
   return {parser, [&global, options] { return RunOperation(global, *options); }};
@@ -44,7 +47,9 @@ tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
   CLI::App* const parser = program.add_subcommand("files", "list the files that the printer stores");
   parser->add_option("--list", options->list,
                      "png, grf, ttf, tte, fmt, zpl, background, cnv, or graphic, font, format for several");
-  parser->footer("Examples:\n  tvmgr files\n  tvmgr files --list font --json");
+  parser->footer(
+      "Exit code 3 when the printer's answers were cut off, so that there may be more files.\n\n"
+      "Examples:\n  tvmgr files\n  tvmgr files --list font --json");
   return {parser, [&global, options] { return RunFiles(global, *options); }};
 }
 
@@ -74,7 +79,9 @@ tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_option("--row-bytes", options->row_bytes, "bytes in one row of a GRF graphic");
   parser->footer(
       "A file that holds a download command (~DY..., ^XA^DF...) is sent as it is; a PNG, GRF, TTF, TTE or\n"
-      "BGD file and the text of a format are put into one.\n\n"
+      "BGD file and the text of a format are put into one. Afterwards the file is read back and compared; "
+      "exit\n"
+      "code 3 when the printer lists it but does not send it back.\n\n"
       "Examples:\n  tvmgr put logo.png\n  tvmgr put arial.ttf --name ARIAL.TTF\n  tvmgr put label.zpl");
   return {parser, [&global, options] { return RunPut(global, *options); }};
 }
@@ -84,7 +91,9 @@ tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
   CLI::App* const parser = program.add_subcommand("rm", "delete stored files");
   parser->add_option("name", options->names, "names with extension")->required();
   parser->add_flag("--yes", options->yes, "do not ask");
-  parser->footer("Examples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes");
+  parser->footer(
+      "Afterwards the lists are read again. Exit code 1 when a file is still there, or never was.\n\n"
+      "Examples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes");
   return {parser, [&global, options] { return RunRemove(global, *options); }};
 }
 

@@ -1,3 +1,5 @@
+#include <future>
+
 #include "support/module_test.h"
 
 namespace tavira::test {
@@ -110,6 +112,26 @@ TEST(LifecycleTest, AMissingLibraryLeavesAManagerThatReportsItself) {
   EXPECT_EQ(TVMGR_OK, TVMGR_SetLoadList(1));
   EXPECT_EQ(TVMGR_PORT_NOT_READY, TVMGR_LoadSettingByList(false));
   TVMGR_Terminate();
+}
+
+TEST(LifecycleTest, TerminateWaitsForACallOfAnotherThread) {
+  CTestWorld world;
+  TVMGR_Initialize();
+  std::promise<void> inside;
+  std::promise<void> go_on;
+  world.before_send = [&] {
+    inside.set_value();
+    go_on.get_future().wait();
+  };
+  std::uint32_t status = 9;
+  auto call = std::async(std::launch::async, [&] { return TVMGR_GetPrinterStatus(&status); });
+  inside.get_future().wait();
+  auto end = std::async(std::launch::async, [] { return TVMGR_Terminate(); });
+  EXPECT_EQ(std::future_status::timeout, end.wait_for(std::chrono::milliseconds(50)));
+  EXPECT_EQ(TVMGR_NOT_INITIALIZED, TVMGR_ClearLoadList());
+  go_on.set_value();
+  EXPECT_EQ(TVMGR_OK, call.get());
+  EXPECT_EQ(TVMGR_OK, end.get());
 }
 
 TEST(LifecycleTest, TerminateEndsThePortLibraryOnce) {

@@ -81,27 +81,35 @@ struct tagCursor {
   std::size_t Left() const { return static_cast<std::size_t>(end - in); }
 };
 
-/** Decodes groups that begin before `stop`, up to one that a foreign character is in; a line break in front
- * of a group is passed over. */
+/** Decodes groups that begin before `stop`, up to one that a foreign character is in. */
 [[gnu::always_inline]] inline void DecodeCleanGroups(tagCursor& at, const std::uint8_t* stop) {
-  constexpr std::size_t kReach = kLineBreak + kGroup;
-  if (at.Left() < kReach) {
-    return;
-  }
-  stop = std::min(stop, at.end - kReach + 1);
   while (at.in < stop) {
-    std::uint32_t bits = GroupBits(at.in);
+    const std::uint32_t bits = GroupBits(at.in);
     if ((bits & kForeign) != 0) {
-      const std::size_t line_break = (1 - kBelongs[at.in[0]]) * (kLineBreak - kBelongs[at.in[1]]);
-      bits = GroupBits(at.in + line_break);
-      if ((bits & kForeign) != 0) {
-        return;
-      }
-      at.in += line_break;
+      break;
     }
     StoreGroup(at.out, bits);
     at.in += kGroup;
     at.out += kGroupBytes;
+  }
+}
+
+/** As DecodeCleanGroups; a line break in front of a group is passed over. */
+[[gnu::always_inline]] inline void DecodeCleanLines(tagCursor& at, const std::uint8_t* stop) {
+  stop = at.Left() < kGroup ? at.in : std::min(stop, at.end - kGroup + 1);
+  for (;;) {
+    DecodeCleanGroups(at, stop);
+    // Branches and not sums: most lines are equally long, so the processor guesses right, and goes on.
+    if (at.in >= stop) {
+      return;
+    }
+    if (at.in[0] == '\r' && at.in[1] == '\n') {
+      at.in += 2;
+    } else if (at.in[0] == '\n') {
+      at.in += 1;
+    } else {
+      return;
+    }
   }
 }
 
@@ -157,7 +165,7 @@ inline void SkipForeign(tagCursor& at) {
       continue;
     }
     if (held.count == 0) {
-      DecodeCleanGroups(at, stop);
+      DecodeCleanLines(at, stop);
     }
     if (at.in < stop) {
       among_junk = DecodeSpan(at, std::min(at.Left(), kGroup), held) > kLineBreak;

@@ -8,10 +8,10 @@
 
 namespace {
 
-// One thread allocates under test at a time: the harness arms only around an operation of its own thread.
-std::uint32_t countdown = 0;
-bool reached = false;
-int paused = 0;
+std::atomic<std::uint32_t> countdown = 0;
+std::atomic<bool> reached = false;
+std::atomic<std::int64_t> blocks = 0;
+thread_local int paused = 0;
 
 std::array<std::atomic<void*>, 64> large_blocks;
 
@@ -24,12 +24,14 @@ void ReplaceLargeBlock(void* expected, void* block) noexcept {
   }
 }
 
+/** The threads that allocate under test take turns, so that two steps do for the counting. */
 void* Allocate(std::size_t size) noexcept {
   if (countdown != 0 && paused == 0 && --countdown == 0) {
     reached = true;
     return nullptr;
   }
   void* memory = std::malloc(size == 0 ? 1 : size);
+  blocks += memory != nullptr ? 1 : 0;
   if (size >= (std::size_t{1} << 20)) {
     ReplaceLargeBlock(nullptr, memory);
   }
@@ -38,6 +40,7 @@ void* Allocate(std::size_t size) noexcept {
 
 void Free(void* memory) noexcept {
   if (memory != nullptr) {
+    --blocks;
     ReplaceLargeBlock(memory, nullptr);
   }
   std::free(memory);
@@ -99,6 +102,10 @@ bool CAllocationFaults::Disarm() {
 int CAllocationFaults::LargeBlocks() {
   return static_cast<int>(std::count_if(large_blocks.begin(), large_blocks.end(),
                                         [](const auto& place) { return place.load() != nullptr; }));
+}
+
+std::int64_t CAllocationFaults::Blocks() {
+  return blocks;
 }
 
 CAllocationPause::CAllocationPause() {

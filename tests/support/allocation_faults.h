@@ -16,6 +16,9 @@ class CAllocationFaults {
   /** Ends the counting; true when the armed allocation was reached. */
   static bool Disarm();
 
+  /** How many blocks are allocated now. */
+  static std::int64_t Blocks();
+
   /** How many blocks of 1 MiB or more are allocated now, at most 64. */
   static int LargeBlocks();
 };

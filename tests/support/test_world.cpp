@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "allocation_faults.h"
+#include "faults.h"
 #include "link/port_description.h"
 
 namespace tavira::test {
@@ -130,7 +131,7 @@ class CFakeTextCodec final : public ITextCodec {
   static bool IsTrail(unsigned byte) { return byte >= 0x40 && byte <= 0xFC && byte != 0x7F; }
 };
 
-class CFaultyFile final : public IHostFile {
+class CFaultyFile final : public IHostFile, COpenObject {
  public:
   explicit CFaultyFile(std::unique_ptr<IHostFile> file) : file_(std::move(file)) {}
   bool SeekToEnd(std::uint64_t& size) override { return !Fails(EFileCall::kSeek) && file_->SeekToEnd(size); }
@@ -184,27 +185,40 @@ class CFaultyFileSystem final : public IFileSystem {
   std::unique_ptr<IFileSystem> files_ = MakeFileSystem();
 };
 
+/** Real threads, as long as there are any to be had. */
+class CFaultyThreads final : public IThreads {
+ public:
+  std::unique_ptr<IThread> Start(std::function<void()> body, std::uint32_t& error) override {
+    error = 8;
+    return CFaults::Strikes(EFault::kThreadStart) ? nullptr : threads_->Start(std::move(body), error);
+  }
+
+ private:
+  std::unique_ptr<IThreads> threads_ = MakeThreads();
+};
+
 class CFakePlatform final : public IPlatform {
  public:
   IClock& Clock() override { return CTestWorld::Current().clock; }
   IModuleLoader& Modules() override { return modules_; }
   ITextCodec& Text() override { return text_; }
   IFileSystem& Files() override { return files_; }
-  ISockets& Sockets() override { return *sockets_; }
-  IThreads& Threads() override { return *threads_; }
-  IUsbTree& Usb() override { return *usb_; }
-  IRegistryKey& LocalMachine() override { return *local_machine_; }
-  IProfileFile& Profiles() override { return *profiles_; }
+  ISockets& Sockets() override {
+    ISockets* of_the_world = CTestWorld::Current().sockets;
+    return of_the_world != nullptr ? *of_the_world : *sockets_;
+  }
+  IThreads& Threads() override { return threads_; }
+  IUsbTree& Usb() override { return CTestWorld::Current().usb; }
+  IRegistryKey& LocalMachine() override { return local_machine_; }
+  IProfileFile& Profiles() override { return CTestWorld::Current().profiles; }
 
  private:
   CFakeModuleLoader modules_;
   CFakeTextCodec text_;
   CFaultyFileSystem files_;
   std::unique_ptr<ISockets> sockets_ = MakeSockets();
-  std::unique_ptr<IThreads> threads_ = MakeThreads();
-  std::unique_ptr<IUsbTree> usb_ = MakeUsbTree();
-  std::unique_ptr<IRegistryKey> local_machine_ = MakeLocalMachine();
-  std::unique_ptr<IProfileFile> profiles_ = MakeProfileFile();
+  CFaultyThreads threads_;
+  CMemoryRegistryKey local_machine_{CTestWorld::Current().machine};
 };
 
 }  // namespace
@@ -251,7 +265,14 @@ void CTestWorld::FailCall(std::uint32_t nth, std::int32_t code) {
 }
 
 bool CTestWorld::IsToFail(EPortCall call, std::int32_t& code) {
-  if (call == EPortCall::kTerminate || fail_call == 0 || ++countable_calls_ != fail_call) {
+  if (call == EPortCall::kTerminate) {
+    return false;
+  }
+  if (CFaults::Strikes(EFault::kPortCall)) {
+    code = kInjectedPortCode;
+    return true;
+  }
+  if (fail_call == 0 || ++countable_calls_ != fail_call) {
     return false;
   }
   code = fail_code_;
@@ -265,7 +286,7 @@ bool CTestWorld::IsToFail(EFileCall call) {
   if (before_file_call) {
     before_file_call();
   }
-  return fail_file_call != 0 && file_calls.size() == fail_file_call;
+  return CFaults::Strikes(EFault::kFileCall) || (fail_file_call != 0 && file_calls.size() == fail_file_call);
 }
 
 std::string StoredValue(std::int32_t id) {

@@ -11,6 +11,7 @@
 #include "emulator/port/port_endpoint.h"
 #include "emulator/printer/printer.h"
 #include "platform/platform.h"
+#include "unit/discovery/discovery_fakes.h"
 
 namespace tavira::test {
 
@@ -37,6 +38,9 @@ class CVirtualClock final : public IClock {
   std::atomic<std::uint64_t> now_ms_ = 0xFFFFF000;  // wraps in 32 bits after four seconds of every test
 };
 
+/** What the port library's calls return where EFault::kPortCall strikes. */
+inline constexpr std::int32_t kInjectedPortCode = 4242;
+
 /** The kinds of call that the module makes to the port library. */
 enum class EPortCall { kInitialize, kTerminate, kSend, kPoll, kRead };
 
@@ -45,7 +49,7 @@ enum class EFileCall { kFullPath, kCreate, kOpen, kSeek, kSize, kWrite, kTruncat
 
 /**
  * Everything outside the module for one test: virtual time, the port library's entry points with an emulated
- * printer behind them, and faults. One at a time; the module's platform and entry points find it by Current.
+ * printer behind them, a machine with a registry and USB devices, and faults. One at a time; the module's platform and entry points find it by Current.
  */
 class CTestWorld {
  public:
@@ -58,6 +62,10 @@ class CTestWorld {
   CVirtualClock clock;
   lxemu::CPrinter printer;
   lxemu::CPortEndpoint port;
+  tagMemoryKey machine;        /**< the registry's root */
+  CRecordedUsbTree usb;        /**< its devices */
+  ISockets* sockets = nullptr; /**< null: the real ones; set before Initialize */
+  CMemoryProfile profiles;     /**< its Setting.ini */
 
   bool library_is_missing = false;
   std::set<std::string> missing_symbols;

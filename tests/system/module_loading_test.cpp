@@ -4,6 +4,7 @@
 // after windows.h
 #include <psapi.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -92,6 +93,8 @@ class ModuleLoadingTest : public ::testing::Test {
     for (int i = 0; i < rounds; ++i) {
       round();
     }
+    std::printf("%d rounds: handles %d -> %d, private KiB %zu -> %zu\n", rounds, handles, OpenHandles(),
+                bytes >> 10, PrivateBytes() >> 10);
     EXPECT_EQ(handles, OpenHandles());
     EXPECT_LT(PrivateBytes(), bytes + (256U << 10));
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <set>
@@ -10,6 +11,7 @@
 #include "platform/profile_file.h"
 #include "platform/registry.h"
 #include "platform/usb_tree.h"
+#include "support/faults.h"
 
 namespace tavira::test {
 
@@ -37,38 +39,44 @@ struct tagMemoryKey {
   std::vector<tagMemoryKey> subkeys{};
 };
 
-class CMemoryRegistryKey final : public IRegistryKey {
+class CMemoryRegistryKey final : public IRegistryKey, COpenObject {
  public:
   explicit CMemoryRegistryKey(const tagMemoryKey& key) : key_(key) {}
 
   std::unique_ptr<IRegistryKey> Open(const WideString& path) override {
-    const std::size_t end = path.find('\\');
-    for (const tagMemoryKey& key : key_.subkeys) {
-      if (EqualsIgnoringCase(WidenAscii(key.name), WideView(path).substr(0, end))) {
-        CMemoryRegistryKey found(key);
-        return end == WideString::npos ? std::make_unique<CMemoryRegistryKey>(key)
-                                       : found.Open(path.substr(end + 1));
-      }
-    }
-    return nullptr;
+    return Strikes() ? nullptr : Find(path);
   }
   std::vector<WideString> SubkeyNames() override {
     std::vector<WideString> names;
     for (const tagMemoryKey& key : key_.subkeys) {
       names.push_back(WidenAscii(key.name));
     }
-    return names;
+    return Strikes() ? std::vector<WideString>() : names;
   }
   WideString ReadText(const WideString& value) override {
     const auto found = key_.texts.find(std::string(value.begin(), value.end()));
-    return found == key_.texts.end() ? WideString() : WidenAscii(found->second);
+    return Strikes() || found == key_.texts.end() ? WideString() : WidenAscii(found->second);
   }
   std::optional<std::uint32_t> ReadNumber(const WideString& value) override {
     const auto found = key_.numbers.find(std::string(value.begin(), value.end()));
-    return found == key_.numbers.end() ? std::nullopt : std::optional(found->second);
+    return Strikes() || found == key_.numbers.end() ? std::nullopt : std::optional(found->second);
   }
 
  private:
+  static bool Strikes() { return CFaults::Strikes(EFault::kRegistryCall); }
+
+  std::unique_ptr<IRegistryKey> Find(const WideString& path) const {
+    const std::size_t end = path.find('\\');
+    for (const tagMemoryKey& key : key_.subkeys) {
+      if (EqualsIgnoringCase(WidenAscii(key.name), WideView(path).substr(0, end))) {
+        CMemoryRegistryKey found(key);
+        return end == WideString::npos ? std::make_unique<CMemoryRegistryKey>(key)
+                                       : found.Find(path.substr(end + 1));
+      }
+    }
+    return nullptr;
+  }
+
   const tagMemoryKey& key_;
 };
 
@@ -105,10 +113,10 @@ class CRecordedUsbTree final : public IUsbTree {
   int parents_asked = 0;
 
   std::unique_ptr<IUsbInterfaceSet> FindInterfaces(EUsbInterface kind) override {
-    return lists_devices ? std::make_unique<CSet>(*this, kind) : nullptr;
+    return lists_devices && !Strikes() ? std::make_unique<CSet>(*this, kind) : nullptr;
   }
   std::optional<DeviceNode> Locate(const WideString& instance_id) override {
-    for (DeviceNode node = 0; node < devices.size(); ++node) {
+    for (DeviceNode node = 0; !Strikes() && node < devices.size(); ++node) {
       if (WidenAscii(devices[node].instance_id) == instance_id) {
         return node;
       }
@@ -118,16 +126,21 @@ class CRecordedUsbTree final : public IUsbTree {
   std::optional<DeviceNode> Parent(DeviceNode node) override {
     ++parents_asked;
     const DeviceNode parent = devices.at(node).parent;
-    return parent == node ? std::nullopt : std::optional(parent);
+    return parent == node || Strikes() ? std::nullopt : std::optional(parent);
   }
-  WideString InstanceId(DeviceNode node) override { return WidenAscii(devices.at(node).instance_id); }
-  WideString Service(DeviceNode node) override { return WidenAscii(devices.at(node).service); }
-  std::optional<std::uint32_t> Address(DeviceNode node) override { return devices.at(node).address; }
+  WideString InstanceId(DeviceNode node) override { return Text(devices.at(node).instance_id); }
+  WideString Service(DeviceNode node) override { return Text(devices.at(node).service); }
+  std::optional<std::uint32_t> Address(DeviceNode node) override {
+    return Strikes() ? std::nullopt : devices.at(node).address;
+  }
   std::unique_ptr<IUsbDevice> OpenPrinterDevice(const WideString& path) override { return OpenPath(path); }
   std::unique_ptr<IUsbDevice> OpenHubDevice(const WideString& path) override { return OpenPath(path); }
 
  private:
-  class CSet final : public IUsbInterfaceSet {
+  static bool Strikes() { return CFaults::Strikes(EFault::kDeviceCall); }
+  static WideString Text(const std::string& text) { return Strikes() ? WideString() : WidenAscii(text); }
+
+  class CSet final : public IUsbInterfaceSet, COpenObject {
    public:
     CSet(CRecordedUsbTree& tree, EUsbInterface kind) {
       for (const tagRecordedInterface& entry : tree.interfaces) {
@@ -136,45 +149,64 @@ class CRecordedUsbTree final : public IUsbTree {
         }
       }
     }
-    std::size_t Count() override { return entries_.size(); }
-    WideString InstanceId(std::size_t index) override { return WidenAscii(entries_.at(index)->instance_id); }
-    WideString DevicePath(std::size_t index) override { return WidenAscii(entries_.at(index)->path); }
+    std::size_t Count() override { return Strikes() ? 0 : entries_.size(); }
+    WideString InstanceId(std::size_t index) override { return Text(entries_.at(index)->instance_id); }
+    WideString DevicePath(std::size_t index) override { return Text(entries_.at(index)->path); }
     std::unique_ptr<IRegistryKey> OpenParameters(std::size_t index) override {
       const auto& parameters = entries_.at(index)->parameters;
-      return parameters ? std::make_unique<CMemoryRegistryKey>(*parameters) : nullptr;
+      return parameters && !Strikes() ? std::make_unique<CMemoryRegistryKey>(*parameters) : nullptr;
     }
 
    private:
     std::vector<const tagRecordedInterface*> entries_;
   };
 
-  class CDevice final : public IUsbDevice {
+  /** As strict as a driver: a request that is not as it must be is refused, and so is one without room. */
+  class CDevice final : public IUsbDevice, COpenObject {
    public:
     explicit CDevice(const tagRecordedAnswers& answers) : answers_(answers) {}
     std::size_t Ask(EUsbRequest request, std::span<const std::uint8_t> question,
                     std::span<std::uint8_t> answer) override {
-      const std::string recorded = Find(request, question);
-      const std::size_t size = std::min(recorded.size(), answer.size());
-      std::memcpy(answer.data(), recorded.data(), size);
-      return size;
+      std::string recorded = Strikes() ? std::string() : Find(request, question, answer.size());
+      if (request == EUsbRequest::kPrinterDeviceId) {
+        recorded.resize(
+            std::min(recorded.size(), answer.size()));  // the one request that is answered in part
+      }
+      if (recorded.size() > answer.size()) {
+        return 0;
+      }
+      std::memcpy(answer.data(), recorded.data(), recorded.size());
+      return recorded.size();
     }
 
    private:
-    std::string Find(EUsbRequest request, std::span<const std::uint8_t> question) const {
+    std::string Find(EUsbRequest request, std::span<const std::uint8_t> question, std::size_t room) const {
       const auto find = [](const auto& map, const auto& key) {
         const auto found = map.find(key);
         return found == map.end() ? std::string() : found->second;
       };
+      const auto number = [&](std::size_t at) { return question[at] | question[at + 1] << 8; };
+      const auto is_zero_from = [&](std::size_t at) {
+        return std::all_of(question.begin() + static_cast<std::ptrdiff_t>(at), question.end(),
+                           [](std::uint8_t byte) { return byte == 0; });
+      };
       switch (request) {
         case EUsbRequest::kPrinterDeviceId:
-          return answers_.device_id;
+          return question.empty() ? answers_.device_id : std::string();
         case EUsbRequest::kNodeInformation:
-          return answers_.node_information;
+          return question.size() == room && is_zero_from(0) ? answers_.node_information : std::string();
         case EUsbRequest::kConnectionInformation:
-          return find(answers_.connections, std::uint32_t{question[0]});
-        case EUsbRequest::kConnectionDescriptor:
-          return find(answers_.strings, std::tuple(std::uint32_t{question[0]}, int{question[6]},
-                                                   question[8] | question[9] << 8));
+          return question.size() == room && is_zero_from(4)
+                     ? find(answers_.connections, static_cast<std::uint32_t>(number(0)))
+                     : std::string();
+        case EUsbRequest::
+            kConnectionDescriptor:  // standard request 6 for a string, of up to the last number's size
+          return question.size() == room && number(2) == 0 && number(4) == 0x0680 && question[7] == 3 &&
+                         is_zero_from(12)
+                     ? find(answers_.strings,
+                            std::tuple(static_cast<std::uint32_t>(number(0)), int{question[6]}, number(8)))
+                           .substr(0, 12U + static_cast<std::size_t>(number(10)))
+                     : std::string();
       }
       return {};
     }
@@ -184,7 +216,7 @@ class CRecordedUsbTree final : public IUsbTree {
 
   std::unique_ptr<IUsbDevice> OpenPath(const WideString& path) {
     const auto found = answers.find(std::string(path.begin(), path.end()));
-    return found == answers.end() ? nullptr : std::make_unique<CDevice>(found->second);
+    return found == answers.end() || Strikes() ? nullptr : std::make_unique<CDevice>(found->second);
   }
 };
 

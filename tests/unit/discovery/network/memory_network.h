@@ -12,6 +12,7 @@
 #include "emulator/network/socket.h"
 #include "platform/clock.h"
 #include "platform/sockets.h"
+#include "support/faults.h"
 
 namespace tavira::test {
 
@@ -46,19 +47,22 @@ class CMemoryNetwork final : public ISockets {
 
   SocketHandle Create(std::int32_t) override {
     const std::lock_guard guard(lock_);
-    if (inboxes_.size() >= most_sockets) {
+    if (inboxes_.size() >= most_sockets || Strikes()) {
       return kInvalidSocket;
     }
     inboxes_[++last_handle_].failures_left = failing_receives;
     return last_handle_;
   }
-  bool Bind(SocketHandle, const tagEndpoint&) override { return true; }
+  bool Bind(SocketHandle, const tagEndpoint&) override { return !Strikes(); }
   bool Connect(SocketHandle, const tagEndpoint&) override { return false; }
   std::int32_t Send(SocketHandle, const void*, std::size_t) override { return -1; }
   std::int32_t SendTo(SocketHandle socket, const void* bytes, std::size_t size,
                       const tagEndpoint& to) override {
     const std::lock_guard guard(lock_);
     const std::string_view datagram(static_cast<const char*>(bytes), size);
+    if (Strikes()) {
+      return -1;
+    }
     const bool is_broadcast = to.address == 0xFFFFFFFF;
     searcher_ = is_broadcast ? socket : searcher_;
     requests_ += is_broadcast ? 0 : 1;
@@ -74,7 +78,7 @@ class CMemoryNetwork final : public ISockets {
     const std::lock_guard guard(lock_);
     tagInbox& inbox = inboxes_.at(socket);
     const auto datagram = FirstDue(inbox);
-    if (datagram == inbox.datagrams.end() || inbox.failures_left-- > 0) {
+    if (datagram == inbox.datagrams.end() || inbox.failures_left-- > 0 || Strikes()) {
       return -1;
     }
     from = datagram->from;
@@ -83,6 +87,9 @@ class CMemoryNetwork final : public ISockets {
     return bytes.size() > size ? -1 : static_cast<std::int32_t>(bytes.copy(static_cast<char*>(buffer), size));
   }
   std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t wait_ms) override {
+    if (Strikes()) {
+      return -1;
+    }
     if (failing_polls > 0 && sockets.size() > 1) {
       --failing_polls;
       return -1;
@@ -96,17 +103,21 @@ class CMemoryNetwork final : public ISockets {
       clock_.Sleep(next_ms);
     }
   }
-  bool SetOption(SocketHandle, ESocketOption, std::uint32_t) override { return true; }
-  bool Control(SocketHandle, std::uint32_t, std::uint32_t&) override { return true; }
+  bool SetOption(SocketHandle, ESocketOption, std::uint32_t) override { return !Strikes(); }
+  bool Control(SocketHandle, std::uint32_t, std::uint32_t&) override { return !Strikes(); }
   bool Shutdown(SocketHandle) override { return true; }
   bool Close(SocketHandle socket) override {
     const std::lock_guard guard(lock_);
     return inboxes_.erase(socket) == 1;
   }
-  std::optional<std::uint32_t> Resolve(const std::string& host) override { return lxemu::ParseIpv4(host); }
+  std::optional<std::uint32_t> Resolve(const std::string& host) override {
+    return Strikes() ? std::nullopt : lxemu::ParseIpv4(host);
+  }
   std::uint32_t LastError() override { return 10054; }
 
  private:
+  static bool Strikes() { return CFaults::Strikes(EFault::kSocketCall); }
+
   struct tagDatagram {
     std::string bytes;
     tagEndpoint from;

@@ -47,7 +47,7 @@ tagAssignment ParseAssignment(const std::string& text) {
     // Written as characters, read as hexadecimal digits: the comparison afterwards could never succeed.
     throw CUsageError("set the prefix character " + key + " with \"tvmgr prefix --set\"");
   }
-  std::string value = RequireAnsi(std::string_view(text).substr(sign + 1));
+  std::string value = BytesOfShown(std::string_view(text).substr(sign + 1));
   if (!IsSafeValue(value)) {
     throw CUsageError(
         "the value of " + key +

@@ -2,6 +2,7 @@
 
 #include "backup_file/stored_download.h"
 #include "commands/commands.h"
+#include "files/content_check.h"
 #include "files/download_command.h"
 #include "files/host_data.h"
 #include "files/stored_files.h"
@@ -81,6 +82,7 @@ tagDownload MakeDownload(const tagPutOptions& options, std::string bytes) {
   if (kind.group == "background" && !EqualsIgnoreCase(name, kBackgroundName)) {
     throw CUsageError("the printer knows one background file: give --name " + std::string(kBackgroundName));
   }
+  RequireFittingContent(options.file, bytes, kind, options.row_bytes);
   const std::string printer_name = RequireAnsi(name);
   std::string command = IsFormat(kind) ? MakeFormatDownload(printer_name, bytes)
                                        : MakeObjectDownload(printer_name, kind, bytes, options.row_bytes);

@@ -45,11 +45,14 @@ bool IsFormat(const tagFileKind& kind) {
 }
 
 void RequireFileName(std::string_view name) {
-  const std::size_t dot = name.rfind('.');
-  const bool has_parts = dot != std::string_view::npos && dot > 0 && dot + 1 < name.size();
-  if (!has_parts || dot > kMaxBaseName || name.size() - dot - 1 > kMaxExtension) {
+  // The printer counts and lists the characters of the ANSI code page.
+  const std::string listed = RequireAnsi(name);
+  const std::size_t dot = listed.rfind('.');
+  const bool has_parts = dot != std::string::npos && dot > 0 && dot + 1 < listed.size();
+  if (!has_parts || dot > kMaxBaseName || listed.size() - dot - 1 > kMaxExtension) {
     throw CUsageError("\"" + std::string(name) +
-                      "\" is no file name of the printer: it has up to 8 characters, a dot and up to 3 more");
+                      "\" is no file name of the printer: it has up to 8 characters, a dot and up to 3 more "
+                      "(put: --name gives another)");
   }
   const bool clean = std::none_of(name.begin(), name.end(), [](char c) {
     return static_cast<unsigned char>(c) <= 0x20 || c == 0x7F ||

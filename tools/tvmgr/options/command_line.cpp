@@ -6,6 +6,7 @@
 #include "options/command_parsers.h"
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/text_layout.h"
 #include "printer/printer_environment.h"
 
 namespace tvmgr {
@@ -24,10 +25,23 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
   program.add_flag("--quiet", global.quiet, "no progress and no remarks, only results and errors");
   program.add_flag("--verbose", global.verbose, "show every call of the module with its result and duration");
   program.add_flag("--no-check", global.no_check, "do not ask for the printer's status before long work");
-  program.set_version_flag("--version", "tvmgr " TVMGR_VERSION);
+  program.set_version_flag("-V,--version", "tvmgr " TVMGR_VERSION);
 }
 
+/** Help for terminals of 80 columns, with nothing cut off. */
+class CNarrowHelp : public CLI::Formatter {
+ public:
+  std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+    return WrapLines(CLI::Formatter::make_help(app, std::move(name), mode), 80);
+  }
+};
+
 int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments) {
+  // "help COMMAND" is what people type; the parser knows "COMMAND --help".
+  if (!arguments.empty() && arguments.front() == "help") {
+    arguments.erase(arguments.begin());
+    arguments.push_back("--help");
+  }
   // The parser takes the arguments from the back.
   std::reverse(arguments.begin(), arguments.end());
   try {
@@ -58,6 +72,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   // These three hold for the commands added later. Paths begin with "/", so that is no option.
   program.allow_windows_style_options(false);
   program.fallthrough();
+  program.formatter(std::make_shared<CNarrowHelp>());
   program.get_formatter()->column_width(30);
   program.require_subcommand(1);
   program.footer(

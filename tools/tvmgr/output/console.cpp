@@ -4,8 +4,10 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <mutex>
 
@@ -45,6 +47,22 @@ bool IsTerminal(EStream stream) {
   // The C library takes every character device for a terminal, the null device included.
   DWORD mode = 0;
   return GetConsoleMode(GetStdHandle(number), &mode) != 0;
+}
+
+std::optional<std::size_t> OutputColumns() {
+  constexpr std::size_t kFewest = 40;
+  if (const char* const variable = std::getenv("COLUMNS")) {
+    const int columns = std::atoi(variable);
+    if (columns > 0) {
+      return std::max(static_cast<std::size_t>(columns), kFewest);
+    }
+  }
+  CONSOLE_SCREEN_BUFFER_INFO info = {};
+  if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) == 0) {
+    return std::nullopt;
+  }
+  // A console goes to the next line once its last column is written.
+  return std::max(static_cast<std::size_t>(std::max(info.srWindow.Right - info.srWindow.Left, 0)), kFewest);
 }
 
 CConsoleSetup::CConsoleSetup() {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace tvmgr {
@@ -9,6 +11,12 @@ enum class EStream { kInput, kOutput, kError };
 
 /** True when the stream is a console, false for files, pipes and the null device. */
 bool IsTerminal(EStream stream);
+
+/**
+ * Columns of the terminal that stdout goes to, at least 40; none when it goes elsewhere. The environment variable
+ * COLUMNS, where it is a number, goes before both.
+ */
+std::optional<std::size_t> OutputColumns();
 
 /**
  * Puts the three streams in order for the life of the program: UTF-8 on a console, bytes unchanged

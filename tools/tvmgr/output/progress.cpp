@@ -1,7 +1,7 @@
 #include "output/progress.h"
 
 #include "output/console.h"
-#include "output/text_encoding.h"
+#include "output/text_layout.h"
 
 namespace tvmgr {
 namespace {

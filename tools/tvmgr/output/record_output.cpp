@@ -4,8 +4,9 @@
 #include <cstdio>
 
 #include "output/command_error.h"
+#include "output/console.h"
 #include "output/json_output.h"
-#include "output/text_encoding.h"
+#include "output/text_layout.h"
 
 namespace tvmgr {
 namespace {
@@ -22,6 +23,28 @@ Json ToJson(const std::vector<CRecordOutput::tagColumn>& columns, const std::vec
         cells[i].value);
   }
   return object;
+}
+
+constexpr std::size_t kColumnGap = 2;
+
+/** Takes from the widest columns until a line fits. */
+void FitWidths(std::vector<std::size_t>& widths, std::optional<std::size_t> columns) {
+  constexpr std::size_t kNarrowest = 4;
+  if (widths.empty() || !columns) {
+    return;
+  }
+  std::size_t total = kColumnGap * (widths.size() - 1);
+  for (const std::size_t width : widths) {
+    total += width;
+  }
+  while (total > *columns) {
+    const auto widest = std::max_element(widths.begin(), widths.end());
+    if (*widest <= kNarrowest) {
+      return;
+    }
+    --*widest;
+    --total;
+  }
 }
 
 }  // namespace
@@ -43,35 +66,34 @@ void CRecordOutput::PrintTable() const {
   if (rows_.empty()) {
     return;
   }
-  std::vector<std::size_t> shown;
-  std::vector<std::size_t> widths;
+  // Line by line, headings first, what is shown of each; nothing in a cell can break its line.
+  std::vector<std::vector<std::string>> lines(1 + rows_.size());
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     if (columns_[i].heading.empty()) {
       continue;
     }
-    std::size_t width = DisplayWidth(columns_[i].heading);
-    for (const std::vector<tagCell>& row : rows_) {
-      width = std::max(width, DisplayWidth(row[i].shown));
+    lines[0].push_back(columns_[i].heading);
+    for (std::size_t row = 0; row < rows_.size(); ++row) {
+      lines[row + 1].push_back(MakeVisible(rows_[row][i].shown));
     }
-    shown.push_back(i);
-    widths.push_back(width);
   }
+  std::vector<std::size_t> widths(lines[0].size());
+  for (const std::vector<std::string>& line : lines) {
+    for (std::size_t n = 0; n < widths.size(); ++n) {
+      widths[n] = std::max(widths[n], DisplayWidth(line[n]));
+    }
+  }
+  FitWidths(widths, OutputColumns());
   std::string text;
-  const auto append_line = [&](const auto& cell_text) {
+  for (const std::vector<std::string>& cells : lines) {
     std::string line;
-    for (std::size_t n = 0; n < shown.size(); ++n) {
-      const std::string& cell = cell_text(shown[n]);
+    for (std::size_t n = 0; n < widths.size(); ++n) {
+      const std::string cell = CutToWidth(cells[n], widths[n]);
       line += cell;
-      if (n + 1 < shown.size()) {
-        line.append(widths[n] - DisplayWidth(cell) + 2, ' ');
-      }
+      line.append(widths[n] - DisplayWidth(cell) + kColumnGap, ' ');
     }
     line.erase(line.find_last_not_of(' ') + 1);
     text += line + "\n";
-  };
-  append_line([&](std::size_t i) -> const std::string& { return columns_[i].heading; });
-  for (const std::vector<tagCell>& row : rows_) {
-    append_line([&](std::size_t i) -> const std::string& { return row[i].shown; });
   }
   WriteOutput(text);
 }

@@ -40,7 +40,10 @@ class CRecordOutput {
   void Add(std::vector<tagCell> cells);
   bool IsEmpty() const { return rows_.empty(); }
 
-  /** The table with its headings; nothing when there are no records. */
+  /**
+   * The table with its headings; nothing when there are no records. Control characters are made visible, and cells
+   * are cut so that lines fit the terminal.
+   */
   void PrintTable() const;
   /** All records as one JSON array. */
   void PrintJson() const;

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "output/command_error.h"
+#include "output/text_layout.h"
 
 namespace tvmgr {
 namespace {
@@ -118,6 +119,15 @@ std::string EscapeBytes(std::string_view bytes) {
   return text;
 }
 
+std::string BytesOfShown(std::string_view utf8) {
+  std::optional<std::string> bytes = UndoEscapes(utf8, RequireAnsi);
+  if (!bytes) {
+    throw CUsageError("\"" + std::string(utf8) +
+                      "\": a backslash stands in front of xNN (a byte) or of another backslash");
+  }
+  return *std::move(bytes);
+}
+
 bool IsPlainAscii(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
 }
@@ -146,11 +156,6 @@ std::string UpperAscii(std::string_view text) {
 
 bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
   return left.size() == right.size() && UpperAscii(left) == UpperAscii(right);
-}
-
-std::size_t DisplayWidth(std::string_view utf8) {
-  return static_cast<std::size_t>(std::count_if(
-      utf8.begin(), utf8.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 }  // namespace tvmgr

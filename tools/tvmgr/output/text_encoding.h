@@ -24,6 +24,9 @@ std::optional<std::string> FromAnsi(std::string_view bytes);
 /** Bytes of the printer for a terminal: readable characters as they are, everything else as \xNN. */
 std::string EscapeBytes(std::string_view bytes);
 
+/** The bytes that EscapeBytes shows so; ends the command (usage) at an escape that it never writes. */
+std::string BytesOfShown(std::string_view utf8);
+
 /** True when all bytes are printable ASCII. */
 bool IsPlainAscii(std::string_view bytes);
 
@@ -34,8 +37,5 @@ std::string UpperAscii(std::string_view text);
 
 /** Compares ASCII letters without regard to case. */
 bool EqualsIgnoreCase(std::string_view left, std::string_view right);
-
-/** Characters that a terminal shows for the text, one for each code point. */
-std::size_t DisplayWidth(std::string_view utf8);
 
 }  // namespace tvmgr

@@ -43,11 +43,14 @@ Json WritePrinter(const tagRememberedPrinter& printer) {
 
 tagChoiceFile Read(const std::string& text) {
   const Json json = Json::parse(text);
+  if (!json.is_object() || !json.contains("found")) {
+    throw CFailure("");  // somebody else's file: we always write this member
+  }
   tagChoiceFile choice;
   if (json.contains("chosen")) {
     choice.chosen = ReadPrinter(json.at("chosen"));
   }
-  for (const Json& printer : json.value("found", Json::array())) {
+  for (const Json& printer : json.at("found")) {
     choice.found.push_back(ReadPrinter(printer));
   }
   return choice;
@@ -66,9 +69,10 @@ tagChoiceFile LoadChoiceFile() {
   } catch (const Json::exception&) {
   } catch (const CFailure&) {
   }
-  throw CFailure("the file " + Shown(path) +
-                 ", which remembers the printer, cannot be read: \"tvmgr use --clear\" removes the choice, "
-                 "--port, --device or --address goes before it");
+  throw CInputFileError(
+      "the file " + Shown(path) +
+      ", which remembers the printer, cannot be read: \"tvmgr use --clear\" removes the choice, "
+      "--port, --device or --address goes before it");
 }
 
 tagChoiceFile LoadChoiceFileOrNone() {

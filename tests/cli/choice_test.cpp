@@ -60,10 +60,13 @@ TEST_F(CChoiceTest, RememberedPrinterIsTakenWhenNothingElseNamesOne) {
 }
 
 TEST_F(CChoiceTest, DamagedMemoryStopsCommandsInsteadOfChoosingAnotherPrinter) {
-  HostFile("choice.json", R"({"chosen":{"kind":"fax","value":"1"}})");
-  const tagRun run = Tvmgr({"status"});
-  EXPECT_EQ(run.exit_code, 1U);
-  EXPECT_THAT(run.err, HasSubstr("use --clear"));
+  for (const char* const damaged :
+       {R"({"chosen":{"kind":"fax","value":"1"},"found":[]})", R"({"of":"others"})", "[]"}) {
+    HostFile("choice.json", damaged);
+    const tagRun run = Tvmgr({"status"});
+    EXPECT_EQ(run.exit_code, 5U) << damaged;
+    EXPECT_THAT(run.err, HasSubstr("use --clear"));
+  }
   EXPECT_EQ(Log(), "");
   EXPECT_EQ(Tvmgr({"--port", "USB001", "status"}).exit_code, 0U);
   EXPECT_EQ(Tvmgr({"codes"}).exit_code, 0U);

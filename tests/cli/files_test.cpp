@@ -11,6 +11,8 @@ class CFilesTest : public CCliTest {};
 
 TEST_F(CFilesTest, PutStoresEachKindWithItsBytes) {
   const std::string bytes = AllBytes(1000);
+  const std::string picture = "\x89PNG\r\n\x1A\n" + bytes + "IEND\xAE\x42\x60\x82";
+  const std::string font = std::string("\0\1\0\0", 4) + bytes;
   const struct {
     std::string host_name;
     std::string contents;
@@ -18,13 +20,13 @@ TEST_F(CFilesTest, PutStoresEachKindWithItsBytes) {
     std::string stored_name;
     std::string stored;
   } cases[] = {
-      {"logo.png", bytes, {}, "LOGO.PNG", bytes},
+      {"logo.png", picture, {}, "LOGO.PNG", picture},
       {"b\xC3\xA4r.png",
        bytes.substr(0, 998),
        {"--name", "BEAR.GRF", "--row-bytes", "2"},
        "BEAR.GRF",
        bytes.substr(0, 998)},
-      {"font.tte", bytes.substr(0, 997), {}, "FONT.TTE", bytes.substr(0, 997)},
+      {"font.tte", font, {}, "FONT.TTE", font},
       {"any.bin", "x", {"--name", "KORVDEF", "--kind", "background"}, "KORVDEF.BGD", "x"},
       {"label.zpl", "^XA^FO1,1^FDx^FS^XZ\r\n", {}, "LABEL.ZPL", "^FO1,1^FDx^FS"},
       {"bare.fmt", "^FDy^FS", {"--kind", "format"}, "BARE.FMT", "^FDy^FS"},
@@ -89,6 +91,13 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
       {{"fetch", "NONE.PNG", "--unlisted", "--timeout", "0.3"}, 1, "sent nothing"},
       {{"put", "C:\\no\\such\\file.png"}, 5, "cannot be opened"},
       {{"put", two}, 1, "more than one format"},
+      {{"put", HostFile("text.png", "text")}, 5, "is no PNG picture"},
+      {{"put", HostFile("cut.png", "\x89PNG\r\n\x1A\n")}, 5, "was cut off"},
+      {{"put", HostFile("text.ttf", "true")}, 5, "is no TrueType font"},
+      {{"put", HostFile("a.grf", "12345")}, 2, "--row-bytes"},
+      {{"put", HostFile("b.grf", "12345"), "--row-bytes", "2"}, 2, "no whole number of rows"},
+      {{"put", HostFile("a-long-name.png", "")}, 5, "is empty"},
+      {{"put", HostFile("a-long-name.zpl", "^FDx^FS")}, 2, "--name"},
       {{"rm", "LOGO.PNG"}, 2, "--yes"},
       {{"fetch", "LOGO.PNG", "-o", "C:\\no\\such\\folder\\x"}, 1, "cannot be created"},
   };
@@ -105,7 +114,7 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
   }
   // A protected file stays, and is listed all the same.
   HostFile("printer/attributes.txt", "E:LOGO.PNG\n");
-  const tagRun kept = Tvmgr({"put", HostFile("logo.png", "other")});
+  const tagRun kept = Tvmgr({"put", HostFile("logo.png", "\x89PNG\r\n\x1A\nIEND\xAE\x42\x60\x82")});
   EXPECT_EQ(kept.exit_code, 1U);
   EXPECT_THAT(kept.err, HasSubstr("other contents under that name"));
   const tagRun open = Tvmgr({"put", HostFile("raw.txt", "~DYE:RAW,A,T,3,0,abc")});

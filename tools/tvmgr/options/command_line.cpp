@@ -34,6 +34,19 @@ class CNarrowHelp : public CLI::Formatter {
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
     return WrapLines(CLI::Formatter::make_help(app, std::move(name), mode), 80);
   }
+
+ private:
+  /** Lines of running text are joined: where they break depends on the width. */
+  std::string make_footer(const CLI::App* app) const override {
+    std::string text = CLI::Formatter::make_footer(app);
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+      const bool is_within = at > 0 && at + 1 < text.size() && text[at - 1] != '\n' && text[at - 1] != ':';
+      if (is_within && text[at + 1] != '\n' && text[at + 1] != ' ') {
+        text[at] = ' ';
+      }
+    }
+    return text;
+  }
 };
 
 int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments) {

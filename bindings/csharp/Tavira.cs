@@ -316,7 +316,8 @@ namespace Tavira
         /// first Manager.</summary>
         public static string LibraryFolder { get; set; } = AppDomain.CurrentDomain.BaseDirectory;
 
-        /// <summary>Waits for a running search, up to 3 s. May be called twice.</summary>
+        /// <summary>Waits for the worker of the last search: until 3 s after its start, also when it was stopped before.
+        /// Printers that are being asked for their names are given up. May be called twice.</summary>
         public void Dispose()
         {
             if (isOpen)
@@ -652,7 +653,8 @@ namespace Tavira
 
         // --- Finding printers ---
 
-        /// <summary>Starts a search, which ends after 3 s. After an exception none runs.</summary>
+        /// <summary>Starts a search, which ends after 3 s, or up to 36 s later when printers that it asks for their names
+        /// have fallen silent. Waits for the worker of an earlier one as long. After an exception none runs.</summary>
         public void StartSearch(SearchKind kind)
         {
             const string function = "TVMGR_StartSearchPrinter";
@@ -708,9 +710,11 @@ namespace Tavira
             return printers;
         }
 
-        /// <summary>Searches for 3 s and returns what was found.</summary>
+        /// <summary>Searches for 3 s and returns what was found; takes up to 36 s more when printers that are asked for
+        /// their names have fallen silent.</summary>
         /// <param name="goOn">Called about every 50 ms with the time since the start; it ends the search by returning
-        /// false, or by throwing. The next search and Dispose then wait until its 3 s are over.</param>
+        /// false, or by throwing, and then the names are still asked for. The next search and Dispose wait until 3 s
+        /// after this one's start.</param>
         public IReadOnlyList<FoundPrinter> Search(SearchKind kind, Func<TimeSpan, bool> goOn = null)
         {
             Stopwatch watch = Stopwatch.StartNew();

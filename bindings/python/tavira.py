@@ -433,7 +433,10 @@ class Manager:
         self._is_open = True
 
     def close(self) -> None:
-        """Waits for a running search, up to 3 s. May be called twice."""
+        """Waits for the worker of the last search: until 3 s after its start, also when it was stopped before.
+
+        Printers that are being asked for their names are given up. May be called twice.
+        """
         if self._is_open:
             self._is_open = False
             self._library.TVMGR_Terminate()
@@ -640,7 +643,10 @@ class Manager:
     # --- Finding printers ---
 
     def start_search(self, kind: int) -> None:
-        """Starts a search, which ends after 3 s. After an Error none runs."""
+        """Starts a search, which ends after 3 s, or up to 36 s later when printers that it asks have fallen silent.
+
+        Waits for the worker of an earlier one as long. After an Error none runs.
+        """
         name = "TVMGR_StartSearchPrinter"
         kind = _number(name, kind, _UINT32)
         code = self._function(name)(kind, 0)
@@ -688,10 +694,10 @@ class Manager:
             printers.append(printer)
 
     def search(self, kind: int, go_on: Optional[Callable[[float], bool]] = None) -> List[FoundPrinter]:
-        """Searches for 3 s and returns what was found.
+        """Searches for 3 s and returns what was found; up to 36 s more when printers that it asks have fallen silent.
 
         `go_on` is called about every 50 ms with the seconds since the start; it ends the search by returning False, or by
-        raising. The next search and close() then wait until its 3 s are over.
+        raising, and then the names are still asked for. The next search and close() wait until 3 s after this one's start.
         """
         start = time.monotonic()
         self.start_search(kind)

@@ -44,7 +44,10 @@ class Manager {
       throw Error(kFunction, result);
     }
   }
-  /** Waits for a running search, up to 3 s. */
+  /**
+   * Waits for the worker of the last search: until 3 s after its start, also when it was stopped before. Printers
+   * that are being asked for their names are given up. See TVMGR_Terminate.
+   */
   ~Manager() { TVMGR_Terminate(); }
   Manager(const Manager&) = delete;
   Manager& operator=(const Manager&) = delete;
@@ -256,7 +259,10 @@ class Manager {
 
   // --- Finding printers ---
 
-  /** Starts a search, which ends after 3 s. After an Error none runs. */
+  /**
+   * Starts a search, which ends after 3 s, or up to 36 s later when printers that it asks for their names have
+   * fallen silent. Waits for the worker of an earlier one as long. After an Error none runs.
+   */
   void StartSearch(SearchKind kind) {
     const std::int32_t result = TVMGR_StartSearchPrinter(static_cast<std::uint32_t>(kind), 0);
     if (result != TVMGR_OK) {
@@ -296,9 +302,10 @@ class Manager {
     return printers;
   }
   /**
-   * Searches for 3 s and returns what was found. `go_on`, when given, is called about every 50 ms with the time
-   * since the start; it ends the search by returning false, or by throwing. The next search and the end of the
-   * Manager then wait until its 3 s are over.
+   * Searches for 3 s and returns what was found; takes up to 36 s more when printers that are asked for their
+   * names have fallen silent. `go_on`, when given, is called about every 50 ms with the time since the start; it
+   * ends the search by returning false, or by throwing, and then the names are still asked for. The next search
+   * and the end of the Manager wait until 3 s after this one's start.
    */
   std::vector<FoundPrinter> Search(SearchKind kind,
                                    const std::function<bool(std::chrono::milliseconds)>& go_on = {}) {

@@ -81,6 +81,7 @@ class CTestWorld {
 
   std::optional<std::string> scripted_answer; /**< what every read delivers instead of the printer's answer */
   std::uint32_t announced_beyond = 0;         /**< how many more bytes the poll before it promises */
+  bool leaves_counts_unwritten = false;       /**< by a poll or read that succeeds */
   bool double_byte_code_page = false;         /**< see CFakeTextCodec */
 
   int Count(EPortCall call) const;

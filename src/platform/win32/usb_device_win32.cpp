@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 namespace tavira {
 namespace {
@@ -35,10 +36,17 @@ static_assert(sizeof(USB_DESCRIPTOR_REQUEST) == usb_layout::kDescriptor);
 
 class CWin32UsbDevice final : public IUsbDevice {
  public:
-  explicit CWin32UsbDevice(HANDLE handle) : handle_(handle) {}
-  ~CWin32UsbDevice() override { ::CloseHandle(handle_); }
+  CWin32UsbDevice(const char* path, DWORD access, DWORD share)
+      : handle_(::CreateFileA(path, access, share, nullptr, OPEN_EXISTING, 0, nullptr)) {}
+  ~CWin32UsbDevice() override {
+    if (IsOpen()) {
+      ::CloseHandle(handle_);
+    }
+  }
   CWin32UsbDevice(const CWin32UsbDevice&) = delete;
   CWin32UsbDevice& operator=(const CWin32UsbDevice&) = delete;
+
+  bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
 
   std::size_t Ask(EUsbRequest request, std::span<const std::uint8_t> question,
                   std::span<std::uint8_t> answer) override {
@@ -65,8 +73,8 @@ std::unique_ptr<IUsbDevice> OpenUsbDevice(const WideString& device_path, DWORD a
     }
     path.push_back(static_cast<char>(character));
   }
-  const HANDLE handle = ::CreateFileA(path.c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr);
-  return handle == INVALID_HANDLE_VALUE ? nullptr : std::make_unique<CWin32UsbDevice>(handle);
+  auto device = std::make_unique<CWin32UsbDevice>(path.c_str(), access, share);
+  return device->IsOpen() ? std::move(device) : nullptr;
 }
 
 }  // namespace tavira

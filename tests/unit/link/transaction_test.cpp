@@ -66,6 +66,16 @@ TEST_F(TransactionTest, AReadThatDeliversLessThanWasAnnouncedLeavesNoZeroBytes) 
   EXPECT_EQ(5U, length);
 }
 
+TEST_F(TransactionTest, ACountThatIsLeftUnwrittenMeansThatNothingWaits) {
+  world_.leaves_counts_unwritten = true;
+  const auto platform = MakePlatform();
+  CPortLink link(platform->Modules());
+  ASSERT_EQ(TVMGR_OK, link.Start());
+  std::uint32_t count = 99;
+  EXPECT_EQ(TVMGR_OK, link.WaitingBytes(count));
+  EXPECT_EQ(0U, count);
+}
+
 TEST_F(TransactionTest, AFrameOf4GiBIsRefusedBeforeTheSend) {
   const auto platform = MakePlatform();
   CPortLink link(platform->Modules());

@@ -1,27 +1,34 @@
 #include <future>
 
+#include "support/allocation_faults.h"
 #include "support/module_test.h"
 
 namespace tavira::test {
 namespace {
 
+struct tagForwarder {
+  const char* name;
+  std::function<std::int32_t()> call;
+  bool needs_link = false; /**< answers -2 when the manager has no port link */
+};
+
 /** Every export but Initialize and Terminate, called with harmless arguments. */
-const std::vector<std::pair<const char*, std::function<std::int32_t()>>>& Forwarders() {
-  static const std::vector<std::pair<const char*, std::function<std::int32_t()>>> forwarders{
-      {"LoadSetting", [] { return TVMGR_LoadSetting(false, 1); }},
+const std::vector<tagForwarder>& Forwarders() {
+  static const std::vector<tagForwarder> forwarders{
+      {"LoadSetting", [] { return TVMGR_LoadSetting(false, 1); }, true},
       {"UpdateBackupInfo", [] { return TVMGR_UpdateBackupInfo(nullptr); }},
       {"ClearLoadList", [] { return TVMGR_ClearLoadList(); }},
       {"ClearUpdateList", [] { return TVMGR_ClearUpdateList(); }},
       {"SetLoadList", [] { return TVMGR_SetLoadList(1); }},
       {"SetUpdateList", [] { return TVMGR_SetUpdateList(1, nullptr, 0); }},
-      {"UpdatePrinterSetting", [] { return TVMGR_UpdatePrinterSetting(); }},
-      {"UpdatePrinterSettingNoChangeDPI", [] { return TVMGR_UpdatePrinterSettingNoChangeDPI(); }},
+      {"UpdatePrinterSetting", [] { return TVMGR_UpdatePrinterSetting(); }, true},
+      {"UpdatePrinterSettingNoChangeDPI", [] { return TVMGR_UpdatePrinterSettingNoChangeDPI(); }, true},
       {"SetExecuteList", [] { return TVMGR_SetExecuteList(TVMGR_OP_NONE, nullptr, 0); }},
-      {"ExecutePrinterOperation", [] { return TVMGR_ExecutePrinterOperation(); }},
+      {"ExecutePrinterOperation", [] { return TVMGR_ExecutePrinterOperation(); }, true},
       {"ClearRegistList", [] { return TVMGR_ClearRegistList(); }},
       {"UpdateRegistList", [] { return TVMGR_UpdateRegistList(0, nullptr, 0, nullptr, 0); }},
-      {"RegistData", [] { return TVMGR_RegistData(); }},
-      {"DeleteData", [] { return TVMGR_DeleteData(); }},
+      {"RegistData", [] { return TVMGR_RegistData(); }, true},
+      {"DeleteData", [] { return TVMGR_DeleteData(); }, true},
       {"SearchPort", [] { return TVMGR_SearchPort(nullptr, nullptr, 0); }},
       {"StartSearchPrinter", [] { return TVMGR_StartSearchPrinter(7, 0); }},
       {"StopSearchPrinter", [] { return TVMGR_StopSearchPrinter(7); }},
@@ -30,26 +37,26 @@ const std::vector<std::pair<const char*, std::function<std::int32_t()>>>& Forwar
       {"SetCallbackWnd", [] { return TVMGR_SetCallbackWnd(nullptr); }},
       {"SendPrnFile", [] { return TVMGR_SendPrnFile(nullptr); }},
       {"GetDeviceInfo", [] { return TVMGR_GetDeviceInfo(nullptr, nullptr, 0, 0); }},
-      {"Backup", [] { return TVMGR_Backup(0); }},
-      {"Restore", [] { return TVMGR_Restore(nullptr); }},
+      {"Backup", [] { return TVMGR_Backup(0); }, true},
+      {"Restore", [] { return TVMGR_Restore(nullptr); }, true},
       {"GetSearchedPrinterInfo", [] { return TVMGR_GetSearchedPrinterInfo(7, 0, nullptr, nullptr); }},
       {"GetRegistFileArraySize", [] { return TVMGR_GetRegistFileArraySize(0, nullptr); }},
       {"GetRegistFileArrayData", [] { return TVMGR_GetRegistFileArrayData(0, 0, nullptr, nullptr); }},
-      {"LoadStoredData", [] { return TVMGR_LoadStoredData(nullptr, 0, 0); }},
+      {"LoadStoredData", [] { return TVMGR_LoadStoredData(nullptr, 0, 0); }, true},
       {"GetStoredData", [] { return TVMGR_GetStoredData(nullptr, nullptr); }},
-      {"UpdatePrefix", [] { return TVMGR_UpdatePrefix('~', '^', ','); }},
-      {"IsDefaultPrefix", [] { return TVMGR_IsDefaultPrefix(nullptr); }},
-      {"GetPrinterStatus", [] { return TVMGR_GetPrinterStatus(nullptr); }},
-      {"DirectSendCommand", [] { return TVMGR_DirectSendCommand(nullptr, 0, false); }},
-      {"LoadSettingByList", [] { return TVMGR_LoadSettingByList(false); }},
-      {"UpdatePortComInfo", [] { return TVMGR_UpdatePortComInfo(nullptr, nullptr); }},
-      {"GetPrinterDeviceInfo", [] { return TVMGR_GetPrinterDeviceInfo(nullptr); }},
+      {"UpdatePrefix", [] { return TVMGR_UpdatePrefix('~', '^', ','); }, true},
+      {"IsDefaultPrefix", [] { return TVMGR_IsDefaultPrefix(nullptr); }, true},
+      {"GetPrinterStatus", [] { return TVMGR_GetPrinterStatus(nullptr); }, true},
+      {"DirectSendCommand", [] { return TVMGR_DirectSendCommand(nullptr, 0, false); }, true},
+      {"LoadSettingByList", [] { return TVMGR_LoadSettingByList(false); }, true},
+      {"UpdatePortComInfo", [] { return TVMGR_UpdatePortComInfo(nullptr, nullptr); }, true},
+      {"GetPrinterDeviceInfo", [] { return TVMGR_GetPrinterDeviceInfo(nullptr); }, true},
   };
   return forwarders;
 }
 
 void ExpectNoManager() {
-  for (const auto& [name, call] : Forwarders()) {
+  for (const auto& [name, call, needs_link] : Forwarders()) {
     EXPECT_EQ(TVMGR_NOT_INITIALIZED, call()) << name;
   }
   std::int32_t length = 5;
@@ -66,6 +73,35 @@ TEST(LifecycleTest, EveryExportIsHarmlessWithoutAManager) {
   EXPECT_EQ(TVMGR_OK, TVMGR_Terminate());
   EXPECT_EQ(TVMGR_OK, TVMGR_Terminate());
   ExpectNoManager();
+}
+
+TEST(LifecycleTest, WithoutAPortLinkWhatNeedsOneSaysSo) {
+  CTestWorld world;
+  for (std::uint32_t nth = 1; TVMGR_ClearLoadList() != TVMGR_OK; ++nth) {  // until a manager stays
+    ASSERT_GT(1000U, nth);
+    CAllocationFaults::Arm(nth);
+    EXPECT_EQ(TVMGR_OUT_OF_MEMORY, TVMGR_Initialize()) << nth;
+    CAllocationFaults::Disarm();
+  }
+  EXPECT_EQ(TVMGR_NOT_INITIALIZED, TVMGR_LoadSetting(true, 0));
+  for (const auto& [name, call, needs_link] : Forwarders()) {
+    EXPECT_EQ(needs_link, call() == TVMGR_NOT_INITIALIZED) << name;
+  }
+  EXPECT_TRUE(world.calls.empty());
+  TVMGR_Terminate();
+}
+
+// In a process of its own, because the earlier manager is never released.
+TEST(LifecycleTest, ASecondInitializeThatFailsLeavesNoManager) {
+  const auto initialize_twice = [] {
+    CTestWorld world;
+    const bool first = TVMGR_Initialize() == TVMGR_OK;
+    CAllocationFaults::Arm(1);
+    const bool second = TVMGR_Initialize() == TVMGR_OUT_OF_MEMORY;
+    CAllocationFaults::Disarm();
+    std::_Exit(first && second && TVMGR_ClearLoadList() == TVMGR_NOT_INITIALIZED ? 0 : 1);
+  };
+  EXPECT_EXIT(initialize_twice(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(LifecycleTest, FixedAnswersAreFixed) {

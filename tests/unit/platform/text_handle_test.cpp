@@ -128,6 +128,10 @@ TEST(TextHandleTest, TheModulesManagerServesOtherModules) {
   functions.Free(manager, grown);
   TvmgrTextData* nil = functions.GetNilString(manager);
   const std::int32_t references = nil->references;
+  EXPECT_EQ(nil, functions.GetNilString(manager));
+  EXPECT_EQ(references + 1, nil->references);  // else it would sink below 0, which means a lock
+  text = Text(nil);
+  TvmgrTextRelease(&text);
   text = Text(nil);
   TvmgrTextRelease(&text);
   EXPECT_EQ(references - 1, nil->references);

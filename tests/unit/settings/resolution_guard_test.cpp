@@ -73,21 +73,28 @@ TEST_F(ResolutionGuardTest, OnlyKnownResolutionsAreCapturedAndWrittenAsPlainNumb
   }
 }
 
-TEST_F(ResolutionGuardTest, AnUnknownResolutionLeavesTheOneCapturedBefore) {
-  world_.printer.SetSetting("CLR,Z", "300");
-  EXPECT_EQ(TVMGR_OK, SendDirect("~X", true));
-  AppendUpdate(TVMGR_SETTING_CBB_M, "N");  // makes the captured state stale
-  world_.ClearLog();
-  world_.before_send = [&] {
-    if (world_.Sent().size() == 3) {  // behind neutralise, write and restore comes the next capture
-      world_.printer.Quirks().fixed_answers = {{"CLR,Z", "400"}, {"CLR,P", "200"}};
-    }
-  };
-  EXPECT_EQ(TVMGR_OK, TVMGR_UpdatePrinterSetting());
-  EXPECT_EQ(kCapture, world_.Sent().at(3));
-  world_.ClearLog();
-  EXPECT_EQ(TVMGR_OK, SendDirect("~X", true));
-  EXPECT_EQ((Transactions{kNeutralise, kDirect, GuardWrite("300", "200", "600", "D")}), world_.Sent());
+TEST_F(ResolutionGuardTest, ALaterCaptureReplacesKnownResolutionsOnly) {
+  const std::pair<const char*, const char*> cases[] = {{"400", "150"}, {"600", "600"}, {"300", "300"}};
+  for (const auto& [answer, captured] : cases) {
+    Restart();
+    world_.printer.FactoryReset();
+    world_.printer.Quirks() = {};
+    world_.printer.SetSetting("CLR,Z", "150");
+    EXPECT_EQ(TVMGR_OK, SendDirect("~X", true));
+    AppendUpdate(TVMGR_SETTING_CBB_M, "N");  // makes the captured state stale
+    world_.ClearLog();
+    world_.before_send = [&, answer = answer] {
+      if (world_.Sent().size() == 3) {  // behind neutralise, write and restore comes the next capture
+        world_.printer.Quirks().fixed_answers = {{"CLR,Z", answer}, {"CLR,P", "200"}};
+      }
+    };
+    EXPECT_EQ(TVMGR_OK, TVMGR_UpdatePrinterSetting());
+    EXPECT_EQ(kCapture, world_.Sent().at(3));
+    world_.ClearLog();
+    world_.before_send = nullptr;
+    EXPECT_EQ(TVMGR_OK, SendDirect("~X", true));
+    EXPECT_EQ((Transactions{kNeutralise, kDirect, GuardWrite(captured, "200", "600", "D")}), world_.Sent());
+  }
 }
 
 TEST_F(ResolutionGuardTest, TheLastOfSeveralAnswersCounts) {

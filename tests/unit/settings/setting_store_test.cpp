@@ -15,10 +15,13 @@ TEST_F(SettingStoreTest, ValuesAreHandedOutByLengthAndThenByBytes) {
   EXPECT_EQ(-1, length);
   EXPECT_TRUE(TVMGR_GetSettingValue(1, nullptr, &length));
   EXPECT_EQ(5, length);
-  std::uint8_t buffer[8] = "xxxxxxx";
-  length = 3;
-  EXPECT_TRUE(TVMGR_GetSettingValue(1, buffer, &length));
-  EXPECT_STREQ("abcxxxx", reinterpret_cast<const char*>(buffer));
+  for (const std::int32_t room : {0, 1, 3, 5}) {
+    std::string buffer(8, '#');
+    length = room;
+    EXPECT_TRUE(TVMGR_GetSettingValue(1, reinterpret_cast<std::uint8_t*>(buffer.data()), &length));
+    const auto copied = static_cast<std::size_t>(room);
+    EXPECT_EQ(std::string("abcde").substr(0, copied) + std::string(8 - copied, '#'), buffer);
+  }
   EXPECT_TRUE(TVMGR_GetSettingValue(2, nullptr, &length));
   EXPECT_EQ(0, length);
 }

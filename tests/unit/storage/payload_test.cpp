@@ -97,6 +97,7 @@ TEST(PayloadTest, AFormatGetsTheDeviceAndTheExtensionItLacks) {
       {"^XA^DFLABEL^FS^XZ", ".Zpl", "^XA^DFE:LABEL.ZPL^FS^XZ"},
       {"^XA^DFLABEL^FS^XZ", "ZPL", "^XA^DFE:LABEL.FMT^FS^XZ"},
       {"^XA^DF.FMT^FS^XZ", ".ZPL", "^XA^DFE:.FMT^FS^XZ"},
+      {"^XA^DFE:^FS^XZ", "LABEL.FMT", "^XA^DFE:.FMT^FS^XZ"},
       {"^XA^DFE:LABEL^FS^XZ", "LABEL.FMT", "^XA^DFE:LABEL.FMT^FS^XZ"},
       {"^XA^DFR:LABEL^FS^XZ", "LABEL.FMT", "^XA^DFR:LABEL.FMT^FS^XZ"},
       {"^XA^DFLABEL.ZPL^FS^XZ", "LABEL.FMT", "^XA^DFE:LABEL.ZPL^FS^XZ"},

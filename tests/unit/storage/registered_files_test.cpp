@@ -110,7 +110,7 @@ TEST_F(RegisteredFilesTest, ARoomThatIsTooSmallEndsTheProcess) {
   world_.printer.PutFile("E:A.PNG", "x");
   LoadAll();
   TvmgrChar name[16];
-  for (std::uint32_t capacity : {0U, 4U, 5U}) {
+  for (std::uint32_t capacity : {0U, 1U, 5U}) {
     EXPECT_DEATH(TVMGR_GetRegistFileArrayData(30, 0, name, &capacity), "") << capacity;
   }
 }

@@ -113,7 +113,7 @@ TEST_F(StoredDataTest, HandsOutWhatFitsAndTellsTheWholeSize) {
   std::uint8_t byte = 0;
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_GetStoredData(nullptr, nullptr));
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_GetStoredData(&byte, nullptr));
-  for (const std::uint32_t offered : {0U, 10U, 25U, 40U}) {
+  for (const std::uint32_t offered : {0U, 1U, 10U, 25U, 40U}) {
     std::string buffer(50, '#');
     std::uint32_t length = offered;
     EXPECT_EQ(TVMGR_OK, TVMGR_GetStoredData(reinterpret_cast<std::uint8_t*>(buffer.data()), &length));

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/sockets.h"
@@ -43,7 +44,8 @@ class CScriptedSockets final : public ISockets {
   }
   tagEndpoint last_bound;
   tagEndpoint last_sent_to;
-  std::map<std::string, std::uint32_t> options; /**< the last value of each */
+  std::map<std::string, std::uint32_t> options;    /**< the last value of each */
+  std::map<std::uint32_t, std::uint32_t> controls; /**< the last argument of each command */
 
   SocketHandle Create(std::int32_t type) override {
     if (!Do("create " + std::to_string(type), "create")) {
@@ -97,8 +99,8 @@ class CScriptedSockets final : public ISockets {
     options[name] = value;
     return Do(name, name);
   }
-  bool Control(SocketHandle, std::uint32_t, std::uint32_t& argument) override {
-    argument = 77;
+  bool Control(SocketHandle, std::uint32_t command, std::uint32_t& argument) override {
+    controls[command] = std::exchange(argument, 77);
     return Do("control", "control");
   }
   bool Shutdown(SocketHandle) override { return Do("shutdown", "shutdown"); }

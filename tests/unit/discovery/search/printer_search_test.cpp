@@ -160,6 +160,7 @@ TEST_F(PrinterSearchTest, ABroadcastThatCannotBeMadeEndsTheSearchAtOnce) {
   EXPECT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
   EXPECT_EQ((tagEndpoint{0xFFFFFFFF, 3289}), scripted_.last_sent_to);
   EXPECT_EQ(1U, scripted_.options["broadcast"]);
+  EXPECT_EQ(1U, scripted_.controls[kControlNonBlocking]);
   Destroy(search);
   EXPECT_EQ(0U, scripted_.OpenSockets());
 }
@@ -207,7 +208,8 @@ TEST_F(PrinterSearchTest, ANetworkSearchFindsThePrintersThatAnswerAsTheyShould) 
 }
 
 TEST_F(PrinterSearchTest, JunkAndRepeatsOnTheBroadcastSocketDoNoHarm) {
-  CMemoryNetwork printers(clock_, {{}, PlanWith(&tagSearchPlan::silent, SearchMessage::kAnnouncement)});
+  const tagSearchPlan unannounced = PlanWith(&tagSearchPlan::silent, SearchMessage::kAnnouncement);
+  CMemoryNetwork printers(clock_, {{}, unannounced, unannounced});
   auto search = SearchOn(printers);
   ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
   for (int i = 0; i < 150; ++i) {
@@ -216,9 +218,10 @@ TEST_F(PrinterSearchTest, JunkAndRepeatsOnTheBroadcastSocketDoNoHarm) {
   std::string announcement = "KORVAp" + std::string(70, '\0');
   announcement[10] = '\xE0';
   announcement[75] = 2;
-  printers.Deliver(announcement, CMemoryNetwork::kFirstAddress);
+  printers.Deliver(announcement, CMemoryNetwork::kFirstAddress);      // again
+  printers.Deliver(announcement, CMemoryNetwork::kFirstAddress + 2);  // for the first time, behind all that
   RunOut(*search, 10);
-  EXPECT_EQ((std::vector<std::string>{"LX-R4100|printer 2|10.0.0.2"}),
+  EXPECT_EQ((std::vector<std::string>{"LX-R4100|printer 2|10.0.0.2", "LX-R4100|printer 4|10.0.0.4"}),
             Listing(*search, TVMGR_SEARCH_NETWORK));
   Destroy(search);
 }

@@ -46,6 +46,7 @@ TEST(SearchProtocolTest, RequestsCarryTheCommandAndTheTargetWhenThereIsOne) {
 
 TEST(SearchProtocolTest, AMacIsTwelveHexadecimalDigits) {
   EXPECT_EQ(kMac, ParseMac("001b82C0fF0E"));
+  EXPECT_EQ((MacAddress{0xAA, 0xA9, 0x9A, 0xFA, 0x90, 0x0F}), ParseMac("aAa99AFa900f"));
   for (const char* text :
        {"", "001B82C0FF0", "001B82C0FF0E0", "001B82C0FF0G", "00:1B:82:C0:F", "001B82C0FF @"}) {
     EXPECT_EQ(std::nullopt, ParseMac(text)) << text;

@@ -49,6 +49,16 @@ TEST_F(UpiqldpTest, OnlyOneKindOfAddressIsTaken) {
   }
 }
 
+TEST_F(UpiqldpTest, ItsSocketDoesNotBlockOrThereIsNone) {
+  EXPECT_EQ(1U, sockets_.controls[kControlNonBlocking]);
+  for (const char* failing : {"create", "control"}) {
+    sockets_.failing = {failing};
+    CSocketProc connection{{sockets_, threads_, clock_, codec_}};
+    EXPECT_EQ(kNetFailed, CUPIQLDP(connection, 4711).Open(address_)) << failing;
+    EXPECT_EQ(1U, sockets_.OpenSockets()) << failing;  // the other driver's
+  }
+}
+
 TEST_F(UpiqldpTest, WhatCountsAsTheAnswer) {
   const std::string state = Answer("state");
   const std::string names = Answer("names");

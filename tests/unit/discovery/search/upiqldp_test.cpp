@@ -54,7 +54,8 @@ TEST_F(UpiqldpTest, ItsSocketDoesNotBlockOrThereIsNone) {
   for (const char* failing : {"create", "control"}) {
     sockets_.failing = {failing};
     CSocketProc connection{{sockets_, threads_, clock_, codec_}};
-    EXPECT_EQ(kNetFailed, CUPIQLDP(connection, 4711).Open(address_)) << failing;
+    CUPIQLDP driver{connection, 4711};
+    EXPECT_EQ(kNetFailed, driver.Open(address_)) << failing;
     EXPECT_EQ(1U, sockets_.OpenSockets()) << failing;  // the other driver's
   }
 }

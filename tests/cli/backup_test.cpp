@@ -273,7 +273,7 @@ TEST_F(CBackupTest, RestoreComparesOnlyWhatTheFileHoldsAndWhatCanBeReadBack) {
 }
 
 TEST_F(CBackupTest, CoverageListsWhatBackupsDoNotHold) {
-  const json rows = Json({"backup", "coverage"});
+  const json rows = Json({"backup", "coverage"})["settings"];
   EXPECT_EQ(
       std::count_if(rows.begin(), rows.end(), [](const json& row) { return row["in_backups"] == true; }), 58);
 }

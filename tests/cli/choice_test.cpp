@@ -22,13 +22,13 @@ TEST_F(CChoiceTest, UseTellsPortsAddressesAndDevicesApart) {
   for (const auto& [arguments, kind] : cases) {
     std::vector<std::string> use = {"use"};
     use.insert(use.end(), arguments.begin(), arguments.end());
-    const json chosen = Json(use);
+    const json chosen = Json(use)["printer"];
     EXPECT_EQ(chosen["kind"], kind) << arguments.front();
     EXPECT_EQ(chosen["value"], arguments.front());
   }
   EXPECT_EQ(Tvmgr({"use"}).out, "address 12\n");
   EXPECT_EQ(Tvmgr({"use", "--clear"}).out, "no printer is remembered\n");
-  EXPECT_TRUE(Json({"use"})["kind"].is_null());
+  EXPECT_TRUE(Json({"use"})["printer"]["kind"].is_null());
 }
 
 TEST_F(CChoiceTest, RememberedPrinterIsTakenWhenNothingElseNamesOne) {
@@ -85,13 +85,14 @@ TEST_F(CChoiceTest, InfoOfASilentPrinterFailsButShowsTheChoice) {
 TEST_F(CChoiceTest, SearchReplacesTheNumbersAndKeepsTheChoice) {
   HostFile("choice.json", R"({"chosen":{"kind":"port","value":"USB001"},
       "found":[{"kind":"address","value":"192.0.2.7","name":"Dock"}, {"kind":"device","value":"\\\\?\\usb#1"}]})");
-  EXPECT_EQ(Json({"use", "1"}), json::parse(R"({"kind":"address","value":"192.0.2.7","name":"Dock"})"));
-  EXPECT_EQ(Json({"use", "2"})["kind"], "device");
+  EXPECT_EQ(Json({"use", "1"})["printer"],
+            json::parse(R"({"kind":"address","value":"192.0.2.7","name":"Dock"})"));
+  EXPECT_EQ(Json({"use", "2"})["printer"]["kind"], "device");
   EXPECT_EQ(Tvmgr({"use", "USB001"}).exit_code, 0U);
   // No printer hangs on this machine.
-  EXPECT_EQ(Json({"search", "usb"}), json::array());
+  EXPECT_EQ(Json({"search", "usb"})["printers"], json::array());
   EXPECT_EQ(Tvmgr({"use", "1"}).exit_code, 2U);
-  EXPECT_EQ(Json({"use"})["value"], "USB001");
+  EXPECT_EQ(Json({"use"})["printer"]["value"], "USB001");
 }
 
 }  // namespace

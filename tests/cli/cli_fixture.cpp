@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <thread>
@@ -13,6 +16,16 @@ namespace {
 void WriteFileBytes(const fs::path& path, const std::string& bytes) {
   fs::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// For the check against the schema, which is made of all documents together.
+void KeepForSchema(const std::string& document) {
+  static std::atomic<int> number{0};
+  const wchar_t* const folder = _wgetenv(L"TVMGR_TEST_JSON");
+  if (folder != nullptr && *folder != 0) {
+    const std::string name = std::to_string(GetCurrentProcessId()) + "_" + std::to_string(++number);
+    WriteFileBytes(fs::path(folder) / (name + ".json"), document);
+  }
 }
 
 }  // namespace
@@ -55,7 +68,11 @@ void CCliTest::TearDown() {
 }
 
 tagRun CCliTest::Tvmgr(const std::vector<std::string>& arguments, const std::string& input) const {
-  return RunProgram(ProgramFolder() / "tvmgr.exe", arguments, input);
+  tagRun run = RunProgram(ProgramFolder() / "tvmgr.exe", arguments, input);
+  if (std::find(arguments.begin(), arguments.end(), "--json") != arguments.end()) {
+    KeepForSchema(run.out);
+  }
+  return run;
 }
 
 std::vector<tagRun> CCliTest::TvmgrEach(const std::vector<std::vector<std::string>>& arguments) const {

@@ -27,7 +27,7 @@ TEST_F(COperationsTest, WipeLeavesOtherFilesAndSetting42AsTheyWere) {
   EXPECT_THAT(run.err, HasSubstr("wipe-graphics: done"));
   EXPECT_EQ(StoredOnE("LOGO.PNG"), "");
   EXPECT_EQ(StoredOnE("LABEL.ZPL"), "format");
-  const nlohmann::json rows = Json({"get", "42"});
+  const nlohmann::json rows = Json({"get", "42"})["settings"];
   EXPECT_EQ(rows[0]["value"], "R");
 }
 

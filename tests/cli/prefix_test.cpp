@@ -11,7 +11,8 @@ class CPrefixTest : public CCliTest {};
 
 TEST_F(CPrefixTest, ChangedCharactersAreShownAndPutBackOnAPrinterThatNobodyCanRead) {
   EXPECT_EQ(Json({"prefix", "--set", "!", "0x40", ";"}),
-            json::parse(R"({"default":false,"control":"!","format":"@","delimiter":";"})"));
+            json::parse(R"({"version":1,"command":"prefix","exit_code":0,"error":null,"default":false,
+                "control":"!","format":"@","delimiter":";"})"));
   // From now on the printer understands nothing else, so the module cannot even ask for its status.
   WriteIni("[printer]\nstrict_prefix=1\n");
   const tagRun back = Tvmgr({"prefix", "--default"});

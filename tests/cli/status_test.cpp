@@ -57,7 +57,7 @@ TEST_F(CStatusTest, WatchPrintsALineForEachPollOrForEachChange) {
   EXPECT_EQ(changes.exit_code, 0U);
   std::vector<std::string> names;
   for (const std::string& line : Lines(changes.out)) {
-    names.push_back(json::parse(line)["name"].get<std::string>());
+    names.push_back(json::parse(line)["status_name"].get<std::string>());
   }
   EXPECT_EQ(names, (std::vector<std::string>{"busy", "idle"}));
 }

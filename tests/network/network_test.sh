@@ -131,9 +131,9 @@ search_finds() {
   python3 - "$work/output/search.json" "$@" <<'PYTHON' || fail "the search found something else"
 import json, sys
 with open(sys.argv[1], encoding="utf-8") as file:
-    found = json.load(file)
+    found = json.load(file)["printers"]
 expected = [(address, "LX-R4100", "Dock 3" if address == "127.0.0.3" else address) for address in sys.argv[2:]]
-assert sorted((entry["address"], entry["name1"], entry["name2"]) for entry in found) == expected, found
+assert sorted((entry["value"], entry["name"], entry["second_name"]) for entry in found) == expected, found
 PYTHON
 }
 
@@ -156,7 +156,7 @@ python3 - "$work/output" "$chosen" <<'PYTHON' || fail "these are not the setting
 import json, sys
 def setting(address, key):
     with open(f"{sys.argv[1]}/settings-{address}.json", encoding="utf-8") as file:
-        return next(row["value"] for row in json.load(file) if row["key"] == key)
+        return next(row["value"] for row in json.load(file)["settings"] if row["key"] == key)
 assert setting(sys.argv[2], "CLR,Z") == "300", setting(sys.argv[2], "CLR,Z")
 assert setting("127.0.0.4", "CLR,Z") == "600", setting("127.0.0.4", "CLR,Z")
 PYTHON

@@ -158,15 +158,15 @@ void WriteBackup(const CManagerSession& session, const CBackupTarget& target, Tv
   const std::int32_t result =
       session.Call("TVMGR_Backup", "writing the backup", LongestMs(session), [] { return TVMGR_Backup(0); });
   if (result != TVMGR_OK) {
-    throw CFailure("the backup is not complete; \"" + target.Partial() +
-                       "\" holds what was written before the failure: " + ExplainResult(result),
-                   ExitCodeOf(result));
+    throw CallFailure(
+        "the backup is not complete; \"" + target.Partial() + "\" holds what was written before the failure",
+        "writing the backup", result);
   }
 }
 
 void Print(const tagGlobalOptions& global, const tagBackupOnHost& backup) {
   if (global.json) {
-    PrintJson(SummaryJson(backup));
+    SetJsonResult(SummaryJson(backup));
   } else {
     WriteOutput(backup.path + ": " + Summary(backup) + "\n");
   }

@@ -55,11 +55,9 @@ Json ContentsJson(const tagBackupOnHost& backup) {
   Json json = SummaryJson(backup);
   json["settings"] = Json::array();
   for (const tagBackupSetting& setting : contents.settings) {
-    Json row = {{"key", setting.key}, {"value", JsonText(setting.value)}};
-    if (!IsPlainAscii(setting.value)) {
-      row["hex"] = ToHex(setting.value);
-    }
-    json["settings"].push_back(row);
+    json["settings"].push_back({{"key", setting.key},
+                                {"value", JsonText(setting.value)},
+                                {"hex", IsPlainAscii(setting.value) ? Json() : Json(ToHex(setting.value))}});
   }
   json["prefix"] = nullptr;
   if (IsChanged(contents)) {
@@ -144,7 +142,7 @@ tagBackupOnHost ReadToCompare(const tagGlobalOptions& global, const std::string&
 int RunBackupCheck(const tagGlobalOptions& global, const tagBackupCheckOptions& options) {
   const tagBackupOnHost backup = ReadBackup(global, options.file);
   if (global.json) {
-    PrintJson(ContentsJson(backup));
+    SetJsonResult(ContentsJson(backup));
   } else {
     WriteOutput(backup.path + ": " + Summary(backup) + "\n" + ExplainProblems(backup.contents));
     PrintContents(backup.contents);
@@ -164,7 +162,7 @@ int RunBackupCoverage(const tagGlobalOptions& global) {
                 {is_covered ? "yes" : "no", is_covered}});
   }
   if (global.json) {
-    output.PrintJson();
+    output.SetAsJson("settings");
     return kExitDone;
   }
   output.PrintTable();
@@ -182,7 +180,7 @@ int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& op
   if (global.json) {
     Json json = {{"equal", equal}, {"a", SummaryJson(first)}, {"b", SummaryJson(second)}};
     json.update(DifferenceJson(difference));
-    PrintJson(json);
+    SetJsonResult(std::move(json));
   } else {
     WriteOutput("A " + first.path + ": " + Summary(first) + "\nB " + second.path + ": " + Summary(second) +
                 "\n");

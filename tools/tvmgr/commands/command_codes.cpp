@@ -21,8 +21,8 @@ int RunCodes(const tagGlobalOptions& global) {
   CRecordOutput output({{"code", ""}, {"name", ""}, {"meaning", ""}, {"advice", ""}});
   std::string text;
   const auto add = [&](const tagResultWords& words, const tagCell& code) {
-    output.Add({code, tagCell::Text(std::string(words.name)), tagCell::Text(std::string(words.meaning)),
-                tagCell::Text(std::string(words.advice))});
+    output.Add({code, tagCell::TextOrNull(std::string(words.name)), tagCell::Text(std::string(words.meaning)),
+                tagCell::TextOrNull(std::string(words.advice))});
     text += Paragraph(code.shown, words);
   };
   for (const tagResultWords& words : AllResults()) {
@@ -30,7 +30,7 @@ int RunCodes(const tagGlobalOptions& global) {
   }
   add(PortLibraryResult(), tagCell::Null("other"));
   if (global.json) {
-    output.PrintJson();
+    output.SetAsJson("codes");
   } else {
     WriteOutput(text);
   }

@@ -76,7 +76,7 @@ int RunFiles(const tagGlobalOptions& global, const tagFilesOptions& options) {
                   tagCell::Text(std::string(kind.group)), tagCell::Text(name)});
     }
   }
-  global.json ? output.PrintJson() : output.PrintTable();
+  global.json ? output.SetAsJson("files") : output.PrintTable();
   RequireStillAnswering(session, "the lists were read");
   if (IsAnswerCut(session)) {
     throw CUnproved(
@@ -106,9 +106,10 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
   for (const std::string& name : options.names) {
     const std::string reason = Remove(session, name, RequireDeletableKind(name));
     failed = failed || !reason.empty();
-    output.Add({tagCell::Text(name), {reason.empty() ? "yes" : "no", reason.empty()}, tagCell::Text(reason)});
+    output.Add(
+        {tagCell::Text(name), {reason.empty() ? "yes" : "no", reason.empty()}, tagCell::TextOrNull(reason)});
   }
-  global.json ? output.PrintJson() : output.PrintTable();
+  global.json ? output.SetAsJson("files") : output.PrintTable();
   return failed ? kExitFailed : kExitDone;
 }
 

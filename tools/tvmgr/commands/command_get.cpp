@@ -31,10 +31,13 @@ std::vector<tagSettingName> Wanted(const tagGetOptions& options) {
 // The bytes of the background file say nothing in a table: its size does, and "fetch" gets the file.
 std::vector<tagCell> BackgroundRow(const tagSettingName& setting, const std::optional<std::string>& bytes) {
   const std::size_t size = bytes ? bytes->size() : 0;
-  return {tagCell::Number(setting.id), tagCell::Text(std::string(setting.key)),
-          tagCell::Absent(size == 0 ? "no background file"
-                                    : "background file of " + std::to_string(size) + " bytes"),
-          tagCell::Absent(), tagCell::Number(static_cast<std::int64_t>(size))};
+  return {tagCell::Number(setting.id),
+          tagCell::Text(std::string(setting.key)),
+          tagCell::Null(size == 0 ? "no background file"
+                                  : "background file of " + std::to_string(size) + " bytes"),
+          tagCell::Null(""),
+          tagCell::Number(static_cast<std::int64_t>(size)),
+          {"", false}};
 }
 
 // Every load holds the mode at D on a printer that is not neutral, so a D may be the guard's.
@@ -71,19 +74,21 @@ int RunGet(const tagGlobalOptions& global, const tagGetOptions& options) {
     }
     const bool is_doubtful = MayBeTheGuards(setting, value);
     has_doubt = has_doubt || is_doubtful;
-    tagCell guard = tagCell::Absent();
     if (is_doubtful) {
-      guard.value = true;
       cell.shown += "  (perhaps the guard's)";
     }
-    output.Add({tagCell::Number(setting.id), tagCell::Text(std::string(setting.key)), cell, HexCell(value),
-                tagCell::Absent(), guard});
+    output.Add({tagCell::Number(setting.id),
+                tagCell::Text(std::string(setting.key)),
+                cell,
+                HexCell(value),
+                tagCell::Null(""),
+                {"", is_doubtful}});
     if (!value && setting.id != TVMGR_SETTING_ST) {
       missing += (missing.empty() ? "" : " ") + std::string(setting.key);
     }
     answered += value ? 1U : 0U;
   }
-  global.json ? output.PrintJson() : output.PrintTable();
+  global.json ? output.SetAsJson("settings") : output.PrintTable();
   if (has_doubt) {
     session.Remark(
         "remark: CMP,U (84) is held at D while settings are read from a printer whose resolutions are not "

@@ -61,17 +61,16 @@ void Print(const tagChosenPrinter& chosen, std::uint32_t status, const CManagerS
 void PrintAsJson(const tagChosenPrinter& chosen, std::uint32_t status, const CManagerSession& session) {
   Json settings = Json::object();
   for (const std::int32_t id : kIdentity) {
-    if (const std::optional<std::string> value = session.Value(id)) {
-      settings[KeyOf(id)] = FromAnsi(*value).value_or(EscapeBytes(*value));
-    }
+    const std::optional<std::string> value = session.Value(id);
+    settings[KeyOf(id)] = value ? Json(FromAnsi(*value).value_or(EscapeBytes(*value))) : Json();
   }
-  PrintJson({{"kind", chosen.is_network ? "network" : "usb"},
-             {"port", chosen.port},
-             {"device", chosen.device},
-             {"address", chosen.address},
-             {"status", status},
-             {"status_name", StatusWords(status).name},
-             {"settings", settings}});
+  SetJsonResult({{"printer", PrinterJson(tagPrinterChoice{chosen.port, chosen.device, chosen.address})},
+                 {"port", TextOrNull(chosen.port)},
+                 {"device", TextOrNull(chosen.device)},
+                 {"address", TextOrNull(chosen.address)},
+                 {"status", status},
+                 {"status_name", StatusWords(status).name},
+                 {"settings", settings}});
 }
 
 }  // namespace

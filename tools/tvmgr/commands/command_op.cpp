@@ -6,7 +6,9 @@
 #include "files/host_data.h"
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/json_output.h"
 #include "output/record_output.h"
+#include "output/status_words.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
@@ -58,7 +60,7 @@ int List(const tagGlobalOptions& global) {
                 {operation.is_destructive ? "yes" : "", operation.is_destructive},
                 tagCell::Text(std::string(operation.effect))});
   }
-  global.json ? output.PrintJson() : output.PrintTable();
+  global.json ? output.SetAsJson("operations") : output.PrintTable();
   return kExitDone;
 }
 
@@ -152,10 +154,13 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
                   [] { return TVMGR_ExecutePrinterOperation(); });
   if (operation.code == TVMGR_OP_NONE) {
     session.Remark("none: done, nothing was sent");
+    SetJsonResult({{"operation", options.name}, {"status", nullptr}, {"status_name", nullptr}});
     return kExitDone;
   }
   // Neither silence nor a printer that is still busy shows in the operation's result.
-  switch (session.Status()) {
+  const std::uint32_t status = session.Status();
+  SetJsonResult({{"operation", options.name}, {"status", status}, {"status_name", StatusWords(status).name}});
+  switch (status) {
     case TVMGR_STATUS_UNKNOWN:
       throw CUnreachable(options.name + " was sent, but the printer does not answer");
     case TVMGR_STATUS_BUSY:

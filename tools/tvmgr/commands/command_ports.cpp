@@ -112,7 +112,7 @@ int RunPorts(const tagGlobalOptions& global) {
                 tagCell::Text(Text(records[i].pDescription)),
                 {joined, names}});
   }
-  global.json ? output.PrintJson() : output.PrintTable();
+  global.json ? output.SetAsJson("ports") : output.PrintTable();
   if (output.IsEmpty() && !global.quiet) {
     WriteError("the print spooler has no ports\n");
   }

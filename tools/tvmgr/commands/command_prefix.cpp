@@ -75,10 +75,10 @@ tagCell CharacterCell(const CManagerSession& session, std::int32_t id) {
 }
 
 void Print(const tagGlobalOptions& global, bool is_default, const std::vector<tagCell>& characters) {
-  CRecordOutput output({{"default", ""}, {"control", ""}, {"format", ""}, {"delimiter", ""}});
-  output.Add({{"", is_default}, characters[0], characters[1], characters[2]});
   if (global.json) {
-    output.PrintJsonObject();
+    CRecordOutput output({{"default", ""}, {"control", ""}, {"format", ""}, {"delimiter", ""}});
+    output.Add({{"", is_default}, characters[0], characters[1], characters[2]});
+    output.SetAsJson();
     return;
   }
   WriteOutput(std::string(is_default ? "default prefix characters" : "changed prefix characters") +
@@ -145,7 +145,7 @@ int RunPrefix(const tagGlobalOptions& global, const tagPrefixOptions& options) {
   const CManagerSession session(global);
   if (change) {
     Change(session, wanted);
-    if (global.quiet) {
+    if (global.quiet && !global.json) {
       return kExitDone;
     }
   }

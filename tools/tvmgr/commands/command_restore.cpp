@@ -143,12 +143,12 @@ void Print(const tagGlobalOptions& global, const tagComparison& result) {
                       {"printer", text(finding.printer)},
                       {"verdict", finding.verdict}});
     }
-    PrintJson({{"equal", result.IsEqual()},
-               {"setting_count", result.settings},
-               {"file_count", result.files},
-               {"listed_file_count", result.listed},
-               {"settings_without_value", result.without_value},
-               {"differences", rows}});
+    SetJsonResult({{"equal", result.IsEqual()},
+                   {"setting_count", result.settings},
+                   {"file_count", result.files},
+                   {"listed_file_count", result.listed},
+                   {"settings_without_value", result.without_value},
+                   {"differences", rows}});
     return;
   }
   CRecordOutput output({{"", "WHAT"}, {"", "BACKUP"}, {"", "PRINTER"}, {"", "VERDICT"}});

@@ -45,7 +45,7 @@ tagFound ReadFound(std::int32_t kind, std::uint32_t index) {
   const std::int32_t result =
       TVMGR_GetSearchedPrinterInfo(kind, static_cast<std::int32_t>(index), &record, nullptr);
   if (result != TVMGR_OK) {
-    throw CFailure("reading what was found failed: " + ExplainResult(result));
+    throw CallFailure("reading what was found failed", "reading what was found", result);
   }
   tagFound found{kind,          TextOf(record.text1), TextOf(record.text2), TextOf(record.text3),
                  record.value1, record.value2,        TextOf(record.text4), TextOf(record.text5)};
@@ -100,24 +100,17 @@ void PrintFoundJson(const std::vector<tagFound>& all) {
   Json array = Json::array();
   for (std::size_t i = 0; i < all.size(); ++i) {
     const tagFound& found = all[i];
-    if (found.IsNetwork()) {
-      array.push_back({{"number", i + 1},
-                       {"kind", "network"},
-                       {"address", found.address},
-                       {"name1", found.name1},
-                       {"name2", found.name2}});
-    } else {
-      array.push_back({{"number", i + 1},
-                       {"kind", "usb"},
-                       {"model", found.name1},
-                       {"device_id", found.name2},
-                       {"device_path", found.device_path},
-                       {"vendor", found.vendor},
-                       {"product", found.product},
-                       {"product_name", found.product_name}});
-    }
+    const bool is_network = found.IsNetwork();
+    Json printer = PrinterJson(is_network ? "address" : "device", found.Where(), found.name1);
+    printer["number"] = i + 1;
+    printer["second_name"] = is_network ? TextOrNull(found.name2) : Json();
+    printer["device_id"] = is_network ? Json() : TextOrNull(found.name2);
+    printer["vendor"] = is_network ? Json() : Json(found.vendor);
+    printer["product"] = is_network ? Json() : Json(found.product);
+    printer["product_name"] = TextOrNull(found.product_name);
+    array.push_back(printer);
   }
-  PrintJson(array);
+  SetJsonResult({{"printers", array}});
 }
 
 void Remember(const CManagerSession& session, const std::vector<tagFound>& all) {

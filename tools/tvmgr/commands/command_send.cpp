@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 #include "files/host_data.h"
 #include "output/command_error.h"
+#include "output/json_output.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -19,6 +20,9 @@ int RunSend(const tagGlobalOptions& global, const tagSendOptions& options) {
                                                    static_cast<std::int32_t>(data.size()),
                                                    options.allow_resolution_change);
                   });
+  if (global.json) {
+    SetJsonResult({{"bytes", data.size()}});
+  }
   session.Remark("sent " + std::to_string(data.size()) + " bytes; a printer's silence does not show here");
   return kExitDone;
 }

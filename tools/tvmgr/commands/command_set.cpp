@@ -138,8 +138,8 @@ int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
   // With the two results below the module has just read everything back, so each setting has a verdict of its
   // own. After any other the stored values tell nothing.
   if (result != TVMGR_OK && result != TVMGR_NOT_CONFIRMED) {
-    throw CFailure("writing the settings failed, what was written is not known: " + ExplainResult(result),
-                   ExitCodeOf(result));
+    throw CallFailure("writing the settings failed, what was written is not known", "writing the settings",
+                      result);
   }
 
   CRecordOutput output({{"id", "ID"},
@@ -155,12 +155,13 @@ int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
     worst = std::max(worst, verdict.kind);
     output.Add({tagCell::Number(assignment.setting.id), tagCell::Text(std::string(assignment.setting.key)),
                 ValueCell(assignment.value), got ? ValueCell(got) : tagCell::Null("-"),
-                tagCell::Text(verdict.word), tagCell::Text(verdict.reason)});
+                tagCell::Text(verdict.word), tagCell::TextOrNull(verdict.reason)});
   }
-  global.json ? output.PrintJson() : output.PrintTable();
+  global.json ? output.SetAsJson("settings") : output.PrintTable();
   if (worst == EVerdict::kFailed) {
     RequireStillAnswering(session, "the settings were written");
-    throw CFailure("not every setting is confirmed: " + ExplainResult(TVMGR_NOT_CONFIRMED));
+    throw CallFailure("not every setting is confirmed", "writing and verifying the settings",
+                      TVMGR_NOT_CONFIRMED);
   }
   if (worst == EVerdict::kOpen) {
     throw CUnproved("not every setting can be proved: see the reasons");

@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/json_output.h"
 #include "output/record_output.h"
 #include "output/status_words.h"
 #include "printer/manager_session.h"
@@ -18,10 +19,13 @@ void Print(const tagGlobalOptions& global, std::uint32_t status, bool with_time)
   const tagStatusWords words = StatusWords(status);
   const std::string time = with_time ? TimeStamp() : std::string();
   if (global.json) {
-    CRecordOutput output({{"time", ""}, {"status", ""}, {"name", ""}, {"meaning", ""}});
-    output.Add({with_time ? tagCell::Text(time) : tagCell::Absent(), tagCell::Number(status),
-                tagCell::Text(words.name), tagCell::Text(words.meaning)});
-    output.PrintJsonObject(with_time);
+    SetJsonResult({{"time", with_time ? Json(time) : Json()},
+                   {"status", status},
+                   {"status_name", words.name},
+                   {"meaning", words.meaning}});
+    if (with_time) {
+      WriteJsonLine();
+    }
     return;
   }
   WriteOutput((with_time ? time + "  " : "") + words.name + " (" + words.meaning + ")\n");

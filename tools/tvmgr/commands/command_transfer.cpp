@@ -7,6 +7,8 @@
 #include "files/host_data.h"
 #include "files/stored_files.h"
 #include "output/command_error.h"
+#include "output/console.h"
+#include "output/json_output.h"
 #include "output/record_output.h"
 #include "output/result_words.h"
 #include "output/text_encoding.h"
@@ -23,9 +25,7 @@ constexpr std::string_view kBackgroundName = "KORVDEF.BGD";
 void PrintSummary(const tagGlobalOptions& global, const CManagerSession& session, const std::string& name,
                   std::size_t size, const std::string& file, const std::string& text) {
   if (global.json) {
-    CRecordOutput output({{"name", ""}, {"bytes", ""}, {"file", ""}});
-    output.Add({tagCell::Text(name), tagCell::Number(static_cast<std::int64_t>(size)), tagCell::Text(file)});
-    output.PrintJsonObject();
+    SetJsonResult({{"name", name}, {"bytes", size}, {"file", file}});
   } else {
     session.Remark(text);
   }
@@ -132,6 +132,11 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
   RequireFileName(options.name);
   RequireAnsi(options.name);
   const tagFileKind* const kind = KindOfFile(options.name);
+  if (options.output.empty() && (global.json || IsTerminal(EStream::kOutput))) {
+    throw CUsageError(std::string(global.json ? "with --json the bytes of a file cannot go to stdout"
+                                              : "the bytes of a file do not go to a terminal") +
+                      ": name a file with -o" + (global.json ? "" : ", or redirect the output"));
+  }
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();
   if (kind != nullptr && !options.unlisted) {
@@ -195,10 +200,11 @@ int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
                    [] { return TVMGR_RegistData(); });
   if (result == TVMGR_NOT_CONFIRMED) {
     RequireStillAnswering(session, download.name + " was sent");
-    throw CFailure(download.name + " was sent, but the printer does not list it: " + ExplainResult(result));
+    throw CallFailure(download.name + " was sent, but the printer does not list it",
+                      "storing " + download.name, result);
   }
   if (result != TVMGR_OK) {
-    throw CFailure("storing " + download.name + " failed: " + ExplainResult(result), ExitCodeOf(result));
+    throw CallFailure("storing " + download.name + " failed", "storing " + download.name, result);
   }
   // For stored formats the result says only that they were sent, for all others that the name is listed.
   RequireStored(session, download);

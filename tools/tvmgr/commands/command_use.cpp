@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/json_output.h"
 #include "output/record_output.h"
 #include "output/text_encoding.h"
 #include "printer/choice_file.h"
@@ -53,13 +54,8 @@ tagRememberedPrinter Resolve(const tagChoiceFile& choice, const tagUseOptions& o
 
 int Show(const tagGlobalOptions& global, const std::optional<tagRememberedPrinter>& chosen) {
   if (global.json) {
-    CRecordOutput output({{"kind", ""}, {"value", ""}, {"name", ""}});
-    const auto cell = [&](const std::string tagRememberedPrinter::*member) {
-      return chosen ? tagCell::Text((*chosen).*member) : tagCell::Null("");
-    };
-    output.Add({cell(&tagRememberedPrinter::kind), cell(&tagRememberedPrinter::value),
-                cell(&tagRememberedPrinter::name)});
-    output.PrintJsonObject();
+    SetJsonResult(
+        {{"printer", chosen ? PrinterJson(chosen->kind, chosen->value, chosen->name) : PrinterJson()}});
   } else if (chosen) {
     WriteOutput(chosen->kind + " " + chosen->value +
                 (chosen->name.empty() ? "" : "  (" + chosen->name + ")") + "\n");

@@ -73,15 +73,15 @@ Json SummaryJson(const tagBackupOnHost& backup) {
   Json problems = Json::array();
   for (const tagBackupProblem& problem : contents.problems) {
     problems.push_back({{"offset", problem.offset},
-                        {"subject", JsonText(problem.subject)},
+                        {"subject", TextOrNull(JsonText(problem.subject))},
                         {"text", problem.text},
                         {"damage", !problem.is_gap}});
   }
   return {{"file", backup.path},
           {"is_backup", contents.is_backup},
           {"complete", contents.IsComplete()},
-          {"time", ReadableTime(contents.time_stamp)},
-          {"sections", contents.sections},
+          {"time", TextOrNull(ReadableTime(contents.time_stamp))},
+          {"sections", TextOrNull(contents.sections)},
           {"setting_count", SettingCount(contents)},
           {"settings_of_printer", kReadableSettings},
           {"file_count", contents.files.size()},

@@ -1,11 +1,13 @@
 #include "options/command_line.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 
 #include "options/command_parsers.h"
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/json_output.h"
 #include "output/text_layout.h"
 #include "printer/printer_environment.h"
 
@@ -13,14 +15,12 @@ namespace tvmgr {
 namespace {
 
 void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
-  CLI::Option* const device =
-      program.add_option("--device", global.device, "the printer by its USB device path")
-          ->envname(kDeviceVariable);
+  program.add_option("--device", global.device, "the printer by its USB device path")
+      ->envname(kDeviceVariable);
   program.add_option("--port", global.port, "the printer by its port of the print spooler")
       ->envname(kPortVariable);
   program.add_option("--address", global.address, "the printer by host name or address")
-      ->envname(kAddressVariable)
-      ->excludes(device);
+      ->envname(kAddressVariable);
   program.add_flag("--json", global.json, "results as JSON");
   program.add_flag("--quiet", global.quiet, "no progress and no remarks, only results and errors");
   program.add_flag("--verbose", global.verbose, "show every call of the module with its result and duration");
@@ -49,7 +49,45 @@ class CNarrowHelp : public CLI::Formatter {
   }
 };
 
-int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments) {
+// The variables count only when no option names a printer, and may come from somebody else.
+void RefuseTwoPrinters(const tagGlobalOptions& global) {
+  if (global.device.empty() || global.address.empty()) {
+    return;
+  }
+  const char* const variable = std::getenv(kAddressVariable);
+  const bool is_environment = variable != nullptr && *variable != 0;
+  throw CUsageError(is_environment ? "the environment variables " + std::string(kDeviceVariable) + "=" +
+                                         global.device + " and " + kAddressVariable + "=" + global.address +
+                                         " name two printers: unset one, or give --device or --address"
+                                   : "--device " + global.device + " and --address " + global.address +
+                                         " name two printers: give one of them");
+}
+
+/** "backup check": the command that was recognised, with those around it. */
+std::string CommandName(const CLI::App& program) {
+  std::string name;
+  for (std::vector<CLI::App*> inner = program.get_subcommands(); !inner.empty();
+       inner = inner.front()->get_subcommands()) {
+    name += (name.empty() ? "" : " ") + inner.front()->get_name();
+  }
+  return name;
+}
+
+[[noreturn]] void RefuseUsage(const CLI::App& program, const CLI::ParseError& error) {
+  const std::string name = CommandName(program);
+  const std::vector<std::string> unknown = program.remaining(true);
+  if (!name.empty()) {
+    throw CUsageError(std::string(error.what()) + "; \"tvmgr " + name + " --help\" explains the command");
+  }
+  if (unknown.empty()) {
+    throw CUsageError("name a command; \"tvmgr --help\" lists them");
+  }
+  throw CUsageError(std::string("there is no ") + (unknown.front().front() == '-' ? "option" : "command") +
+                    " \"" + unknown.front() + "\"; \"tvmgr --help\" lists them");
+}
+
+int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments,
+        const tagGlobalOptions& global) {
   // "help COMMAND" is what people type; the parser knows "COMMAND --help".
   if (!arguments.empty() && arguments.front() == "help") {
     arguments.erase(arguments.begin());
@@ -60,19 +98,37 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
   try {
     program.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
-    const std::vector<std::string> unknown = program.remaining();
-    if (program.get_subcommands().empty() && !unknown.empty() && unknown.front().front() != '-') {
-      throw CUsageError("there is no command \"" + unknown.front() + "\"; \"tvmgr --help\" lists them");
-    }
     // A request for help or the version ends the parsing, too.
-    return program.exit(error, std::cout, std::cerr) == 0 ? kExitDone : kExitUsage;
+    if (error.get_exit_code() == 0) {
+      return program.exit(error, std::cout, std::cerr);
+    }
+    NoteJsonCommand(CommandName(program));
+    RefuseUsage(program, error);
   }
+  NoteJsonCommand(CommandName(program));
+  RefuseTwoPrinters(global);
   for (const tagCommand& command : commands) {
     if (command.parser->parsed()) {
-      return command.run();
+      const int exit_code = command.run();
+      if (global.json) {
+        WriteJsonDocument(exit_code, nullptr);
+      }
+      return exit_code;
     }
   }
   return kExitUsage;
+}
+
+int Report(const CCommandError& error, bool json) {
+  WriteError(std::string("tvmgr: ") + error.what() + "\n");
+  if (json) {
+    try {
+      WriteJsonDocument(error.ExitCode(), &error);
+    } catch (const CFailure& failure) {
+      WriteError(std::string("tvmgr: ") + failure.what() + "\n");
+    }
+  }
+  return error.ExitCode();
 }
 
 }  // namespace
@@ -101,17 +157,17 @@ int RunCommandLine(std::vector<std::string> arguments) {
   AddSettingCommands(program, global, commands);
   AddDataCommands(program, global, commands);
   AddBackupCommands(program, global, commands);
+  // Also errors of the parsing itself are told as asked for.
+  const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {
-    return Run(program, commands, std::move(arguments));
+    return Run(program, commands, std::move(arguments), global);
   } catch (const CCommandError& error) {
-    WriteError(std::string("tvmgr: ") + error.what() + "\n");
-    return error.ExitCode();
+    return Report(error, json);
   } catch (const std::bad_alloc&) {
-    WriteError("tvmgr: memory ran out\n");
+    return Report(CFailure("memory ran out"), json);
   } catch (const std::exception& error) {
-    WriteError(std::string("tvmgr: unexpected: ") + error.what() + "\n");
+    return Report(CFailure(std::string("unexpected: ") + error.what()), json);
   }
-  return kExitFailed;
 }
 
 }  // namespace tvmgr

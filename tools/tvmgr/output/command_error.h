@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -13,14 +15,24 @@ constexpr int kExitUnproved = 3;    /**< done in part, or done and not to be pro
 constexpr int kExitUnreachable = 4; /**< the printer cannot be reached, or does not answer */
 constexpr int kExitInputFile = 5;   /**< an input file cannot be read, or is of another kind */
 
+/** What a program wants to know of an error apart from its text. */
+struct tagErrorDetails {
+  std::optional<std::int32_t> code; /**< of the module or the port library; none: no call failed */
+  std::string step;                 /**< the call that failed, in words; empty: none did */
+  std::string advice;               /**< what to do about it; empty: the text has it, or there is none */
+};
+
 /** Ends a command: the text (UTF-8, one sentence) goes to stderr, the code to the caller of the program. */
 class CCommandError : public std::runtime_error {
  public:
-  CCommandError(int exit_code, const std::string& text) : std::runtime_error(text), exit_code_(exit_code) {}
+  CCommandError(int exit_code, const std::string& text, tagErrorDetails details = {})
+      : std::runtime_error(text), exit_code_(exit_code), details_(std::move(details)) {}
   int ExitCode() const { return exit_code_; }
+  const tagErrorDetails& Details() const { return details_; }
 
  private:
   int exit_code_;
+  tagErrorDetails details_;
 };
 
 /** The user asked for something that cannot be asked for. */
@@ -32,7 +44,8 @@ class CUsageError : public CCommandError {
 /** The command was understood but did not succeed. */
 class CFailure : public CCommandError {
  public:
-  explicit CFailure(const std::string& text, int exit_code = kExitFailed) : CCommandError(exit_code, text) {}
+  explicit CFailure(const std::string& text, int exit_code = kExitFailed, tagErrorDetails details = {})
+      : CCommandError(exit_code, text, std::move(details)) {}
 };
 
 /** The work was done in part only, or there is no proof that it was done. */
@@ -44,7 +57,8 @@ class CUnproved : public CFailure {
 /** The printer cannot be reached, or does not answer. */
 class CUnreachable : public CFailure {
  public:
-  explicit CUnreachable(const std::string& text) : CFailure(text, kExitUnreachable) {}
+  explicit CUnreachable(const std::string& text, const std::string& advice = {})
+      : CFailure(advice.empty() ? text : text + ": " + advice, kExitUnreachable, {{}, {}, advice}) {}
 };
 
 /** A file of this computer cannot be read, or is not of the kind that the command wants. */

@@ -14,13 +14,7 @@ namespace {
 Json ToJson(const std::vector<CRecordOutput::tagColumn>& columns, const std::vector<tagCell>& cells) {
   Json object = Json::object();
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    std::visit(
-        [&](const auto& value) {
-          if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, tagAbsent>) {
-            object[columns[i].key] = value;
-          }
-        },
-        cells[i].value);
+    std::visit([&](const auto& value) { object[columns[i].key] = value; }, cells[i].value);
   }
   return object;
 }
@@ -51,6 +45,10 @@ void FitWidths(std::vector<std::size_t>& widths, std::optional<std::size_t> colu
 
 tagCell tagCell::Text(std::string text) {
   return {text, text};
+}
+
+tagCell tagCell::TextOrNull(std::string text) {
+  return text.empty() ? Null({}) : Text(std::move(text));
 }
 
 tagCell tagCell::Number(std::int64_t number) {
@@ -98,16 +96,16 @@ void CRecordOutput::PrintTable() const {
   WriteOutput(text);
 }
 
-void CRecordOutput::PrintJson() const {
+void CRecordOutput::SetAsJson(const char* member) const {
   Json array = Json::array();
   for (const std::vector<tagCell>& row : rows_) {
     array.push_back(ToJson(columns_, row));
   }
-  tvmgr::PrintJson(array);
+  SetJsonResult({{member, array}});
 }
 
-void CRecordOutput::PrintJsonObject(bool compact) const {
-  tvmgr::PrintJson(rows_.empty() ? Json::object() : ToJson(columns_, rows_.front()), compact);
+void CRecordOutput::SetAsJson() const {
+  SetJsonResult(ToJson(columns_, rows_.at(0)));
 }
 
 void WriteOutput(std::string_view bytes) {

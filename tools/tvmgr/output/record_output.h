@@ -9,24 +9,21 @@
 
 namespace tvmgr {
 
-/** No such member in the JSON object. */
-struct tagAbsent {};
-
 /** One cell: what a table shows and what JSON holds (null: nullptr). All text is UTF-8. */
 struct tagCell {
-  using Value =
-      std::variant<tagAbsent, std::nullptr_t, bool, std::int64_t, std::string, std::vector<std::string>>;
+  using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::string, std::vector<std::string>>;
 
   std::string shown;
   Value value;
 
   static tagCell Text(std::string text);
+  /** As Text; in JSON an empty text is null. */
+  static tagCell TextOrNull(std::string text);
   static tagCell Number(std::int64_t number);
   static tagCell Null(std::string shown) { return {std::move(shown), nullptr}; }
-  static tagCell Absent(std::string shown = {}) { return {std::move(shown), tagAbsent{}}; }
 };
 
-/** Records with named members, printed on stdout as an aligned table or as JSON. */
+/** Records with named members, for stdout as an aligned table or for the JSON document. */
 class CRecordOutput {
  public:
   struct tagColumn {
@@ -45,10 +42,10 @@ class CRecordOutput {
    * are cut so that lines fit the terminal.
    */
   void PrintTable() const;
-  /** All records as one JSON array. */
-  void PrintJson() const;
-  /** The first record alone as a JSON object; on one line when compact. */
-  void PrintJsonObject(bool compact = false) const;
+  /** Makes an array of all records the named member of the JSON result. */
+  void SetAsJson(const char* member) const;
+  /** Makes the members of the first record those of the JSON result. */
+  void SetAsJson() const;
 
  private:
   std::vector<tagColumn> columns_;

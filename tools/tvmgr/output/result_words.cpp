@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "output/command_error.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
@@ -43,6 +42,13 @@ constexpr tagResultWords kPortLibrary = {0, "", "a code of the port library Ferr
                                          "--port, --device or --address names it; the port "
                                          "library's documentation explains the code"};
 
+const tagResultWords& WordsOf(std::int32_t code) {
+  const auto* const found =
+      std::find_if(std::begin(kResults), std::end(kResults),
+                   [code](const tagResultWords& result) { return result.code == code; });
+  return found == std::end(kResults) ? kPortLibrary : *found;
+}
+
 }  // namespace
 
 std::span<const tagResultWords> AllResults() {
@@ -63,17 +69,17 @@ int ExitCodeOf(std::int32_t code) {
 }
 
 std::string ExplainResult(std::int32_t code) {
-  const tagResultWords* words = &kPortLibrary;
-  for (const tagResultWords& result : kResults) {
-    if (result.code == code) {
-      words = &result;
-    }
-  }
-  std::string text = std::to_string(code) + ": " + std::string(words->meaning);
-  if (!words->advice.empty()) {
-    text += ": " + std::string(words->advice);
+  const tagResultWords& words = WordsOf(code);
+  std::string text = std::to_string(code) + ": " + std::string(words.meaning);
+  if (!words.advice.empty()) {
+    text += ": " + std::string(words.advice);
   }
   return text;
+}
+
+CFailure CallFailure(const std::string& text, const std::string& step, std::int32_t code) {
+  return CFailure(text + ": " + ExplainResult(code), ExitCodeOf(code),
+                  {code, step, std::string(WordsOf(code).advice)});
 }
 
 }  // namespace tvmgr

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "output/command_error.h"
+
 namespace tvmgr {
 
 /** A result code in words. */
@@ -26,5 +28,8 @@ int ExitCodeOf(std::int32_t code);
 
 /** "code: meaning: advice", for codes of the module and of the port library. */
 std::string ExplainResult(std::int32_t code);
+
+/** The error for a call that ended with this code: "TEXT: code: meaning: advice". `step` is what it did, in words. */
+CFailure CallFailure(const std::string& text, const std::string& step, std::int32_t code);
 
 }  // namespace tvmgr

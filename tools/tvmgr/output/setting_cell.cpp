@@ -13,7 +13,7 @@ tagCell ValueCell(const std::optional<std::string>& bytes) {
 
 tagCell HexCell(const std::optional<std::string>& bytes) {
   if (!bytes || IsPlainAscii(*bytes)) {
-    return tagCell::Absent();
+    return tagCell::Null("");
   }
   return tagCell::Text(ToHex(*bytes));
 }

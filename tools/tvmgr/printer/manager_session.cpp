@@ -4,6 +4,7 @@
 
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/json_output.h"
 #include "output/progress.h"
 #include "output/result_words.h"
 #include "output/settings_names.h"
@@ -13,11 +14,12 @@ namespace tvmgr {
 namespace {
 
 [[noreturn]] void Fail(const std::string& what, std::int32_t result) {
-  throw CFailure(what + " failed: " + ExplainResult(result), ExitCodeOf(result));
+  throw CallFailure(what + " failed", what, result);
 }
 
-constexpr char kSilent[] =
-    "the printer did not answer: check that it is switched on and connected, that --port, --device or "
+constexpr char kSilent[] = "the printer did not answer";
+constexpr char kSilentAdvice[] =
+    "check that it is switched on and connected, that --port, --device or "
     "--address "
     "names it, and that its prefix characters are the default ones (tvmgr prefix)";
 
@@ -34,8 +36,9 @@ CManagerSession::CManagerSession(const tagGlobalOptions& options, bool choose) :
     // Also a failed start may have left a manager in place.
     TVMGR_Terminate();
     if (result == TVMGR_PORT_LIBRARY_MISSING) {
-      throw CFailure(ExplainPortLibrary() + " (" + std::to_string(result) +
-                     "). Put the port library for 64 bits beside tvmgr.exe");
+      const std::string advice = "Put the port library for 64 bits beside tvmgr.exe";
+      throw CFailure(ExplainPortLibrary() + " (" + std::to_string(result) + "). " + advice, kExitFailed,
+                     {result, "starting the module", advice});
     }
     Fail("starting the module", result);
   }
@@ -55,6 +58,7 @@ CManagerSession::~CManagerSession() {
 
 void CManagerSession::ChoosePrinter() const {
   const tagPrinterChoice choice = ChoiceInForce(options_);
+  NoteJsonPrinter(PrinterJson(choice));
   const std::wstring port = ToWide(choice.port);
   const std::wstring device = ToWide(choice.device);
   const std::wstring address = ToWide(choice.address);
@@ -106,6 +110,7 @@ std::int32_t CManagerSession::Call(const char* function, const std::string& what
                                    const std::function<std::int32_t()>& call) const {
   std::int32_t result = 0;
   std::uint64_t elapsed_ms = 0;
+  NoteJsonStep(what);
   {
     const CProgress progress(what, longest_ms, !options_.quiet);
     CInterruptWait::SetRunning(what);
@@ -145,7 +150,7 @@ std::uint32_t CManagerSession::Status() const {
 
 void CManagerSession::RequireAnsweringPrinter() const {
   if (!options_.no_check && Status() == TVMGR_STATUS_UNKNOWN) {
-    throw CUnreachable(std::string(kSilent) + "; --no-check tries the command all the same");
+    throw CUnreachable(kSilent, std::string(kSilentAdvice) + "; --no-check tries the command all the same");
   }
 }
 
@@ -159,7 +164,7 @@ void CManagerSession::LoadAll() const {
     return setting.id != TVMGR_SETTING_BACKGROUND && Value(setting.id).has_value();
   });
   if (!answered) {
-    throw CUnreachable(kSilent);
+    throw CUnreachable(kSilent, kSilentAdvice);
   }
 }
 

@@ -5,7 +5,7 @@
 namespace tvmgr {
 
 tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options) {
-  tagPrinterChoice choice{options.port, options.device, options.address, false};
+  tagPrinterChoice choice{options.port, options.device, options.address};
   if (!choice.port.empty() || !choice.device.empty() || !choice.address.empty()) {
     return choice;
   }
@@ -15,8 +15,19 @@ tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options) {
                                                    : choice.address;
     text = chosen->value;
     choice.is_remembered = true;
+    choice.name = chosen->name;
   }
   return choice;
+}
+
+Json PrinterJson(const tagPrinterChoice& choice) {
+  for (const auto& [kind, value] :
+       {std::pair("address", &choice.address), {"device", &choice.device}, {"port", &choice.port}}) {
+    if (!value->empty()) {
+      return PrinterJson(kind, *value, choice.name);
+    }
+  }
+  return PrinterJson();
 }
 
 std::string Describe(const tagPrinterChoice& choice) {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "options/options.h"
+#include "output/json_output.h"
 
 namespace tvmgr {
 
@@ -12,10 +13,14 @@ struct tagPrinterChoice {
   std::string device;
   std::string address;
   bool is_remembered = false; /**< chosen by "use", not by an option or an environment variable */
+  std::string name = {};      /**< as the search found it; empty: not known */
 };
 
 /** The printer of the options and environment variables; without those, the one that "use" remembers. */
 tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options);
+
+/** The choice in the shape that printers have in JSON: the address goes before the device, that before the port. */
+Json PrinterJson(const tagPrinterChoice& choice);
 
 /** "the printer at 192.0.2.7 (tvmgr use)", for questions and messages. */
 std::string Describe(const tagPrinterChoice& choice);

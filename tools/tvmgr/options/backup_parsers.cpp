@@ -38,7 +38,7 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
       "or\n"
       "coverage is written as ./check.\n"
       "Exit codes: 0 complete, 1 damaged or not written, 3 something is missing, 4 the printer is silent.\n\n"
-      "Examples:\n  tvmgr backup shop7.bak\n  tvmgr backup looks.bak --sections graphics,fonts\n"
+      "Examples:\n  tvmgr backup shop7.bak\n  tvmgr backup looks.bak --sections \"graphics,fonts\"\n"
       "  tvmgr backup check shop7.bak\n  tvmgr backup diff monday.bak tuesday.bak");
 
   CLI::App* const check_parser =

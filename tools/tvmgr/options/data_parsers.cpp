@@ -37,7 +37,7 @@ tagCommand AddSend(CLI::App& program, const tagGlobalOptions& global) {
                    "the guard puts the resolutions to 600 meanwhile");
   parser->footer(
       "Nothing is saved and nothing is read back.\n\n"
-      "Examples:\n  tvmgr send --text ^XA^FO50,50^A0,40^FDHello^FS^XZ\n  tvmgr send --file label.prn\n"
+      "Examples:\n  tvmgr send --text \"^XA^FO50,50^A0,40^FDHello^FS^XZ\"\n  tvmgr send --file label.prn\n"
       "  type label.prn | tvmgr send -");
   return {parser, [&global, options] { return RunSend(global, *options); }};
 }

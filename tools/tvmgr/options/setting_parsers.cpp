@@ -28,7 +28,7 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
       "A D of CMP,U may be the resolution guard's (JSON: \"guard\": true). Exit code 3 when the printer "
       "gives\n"
       "no value for some of the settings, 1 when for none.\n\n"
-      "Examples:\n  tvmgr get CLR,Z CMP,U\n  tvmgr --address 192.0.2.7 get --all --json");
+      "Examples:\n  tvmgr get CLR_Z CMP_U\n  tvmgr --address 192.0.2.7 get --all --json");
   return {parser, [&global, options] { return RunGet(global, *options); }};
 }
 
@@ -44,7 +44,7 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
       "600\n"
       "or whose mode is not D the guard puts settings 3, 4, 5 and 84 back to what they were, new values for\n"
       "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n\n"
-      "Examples:\n  tvmgr set CLM,P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR,Z=300");
+      "Examples:\n  tvmgr set CLM_P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR_Z=300");
   return {parser, [&global, options] { return RunSet(global, *options); }};
 }
 
@@ -56,7 +56,8 @@ tagCommand AddPrefix(CLI::App& program, const tagGlobalOptions& global) {
       ->expected(3)
       ->type_name("C F D");
   parser->add_flag("--default", options->to_default, "put ~ ^ and , back");
-  parser->footer("Examples:\n  tvmgr prefix\n  tvmgr prefix --set ! @ ;\n  tvmgr prefix --default");
+  parser->footer(
+      "Examples:\n  tvmgr prefix\n  tvmgr prefix --set \"!\" \"@\" \";\"\n  tvmgr prefix --default");
   return {parser, [&global, options] { return RunPrefix(global, *options); }};
 }
 

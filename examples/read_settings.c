@@ -33,6 +33,13 @@ static bool ReadSettings(const wchar_t* port) {
     fprintf(stderr, "choosing the printer: %d\n", (int)result);
     return false;
   }
+  /* Is it there? A silent printer shows after 3 s here; every later wait for it would last a minute. */
+  uint32_t status = TVMGR_STATUS_UNKNOWN;
+  result = TVMGR_GetPrinterStatus(&status);
+  if (result != TVMGR_OK || status == TVMGR_STATUS_UNKNOWN) {
+    fprintf(stderr, "the printer does not answer (%d)\n", (int)result);
+    return false;
+  }
   /* Everything at once: a load of a single setting only refreshes what such a load has stored before. */
   result = TVMGR_LoadSetting(true, 0);
   if (result != TVMGR_OK) {

@@ -32,11 +32,14 @@ std::string StoredValue(std::int32_t id) {
   return value;
 }
 
-std::int32_t Write(std::int32_t id, const std::string& value, const wchar_t* port) {
-  std::int32_t result = TVMGR_UpdatePortComInfo(nullptr, port);
-  if (result == TVMGR_OK) {
-    result = TVMGR_ClearUpdateList();
-  }
+// Found out in 3 s; every later wait for a silent printer would last a minute.
+bool PrinterAnswers() {
+  std::uint32_t status = TVMGR_STATUS_UNKNOWN;
+  return TVMGR_GetPrinterStatus(&status) == TVMGR_OK && status != TVMGR_STATUS_UNKNOWN;
+}
+
+std::int32_t Write(std::int32_t id, const std::string& value) {
+  std::int32_t result = TVMGR_ClearUpdateList();
   if (result == TVMGR_OK) {
     result = TVMGR_SetUpdateList(static_cast<std::uint32_t>(id),
                                  reinterpret_cast<const std::uint8_t*>(value.data()),
@@ -64,7 +67,12 @@ int main(int count, char** arguments) {
                  static_cast<int>(module.Result()));
     return 1;
   }
-  const std::int32_t result = Write(id, value, port.empty() ? nullptr : wide_port.c_str());
+  if (TVMGR_UpdatePortComInfo(nullptr, port.empty() ? nullptr : wide_port.c_str()) != TVMGR_OK ||
+      !PrinterAnswers()) {
+    std::fputs("the printer does not answer\n", stderr);
+    return 1;
+  }
+  const std::int32_t result = Write(id, value);
   switch (result) {
     case TVMGR_OK:
       std::printf("setting %d is %s\n", static_cast<int>(id), value.c_str());

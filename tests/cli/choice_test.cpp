@@ -8,7 +8,13 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 
-class CChoiceTest : public CCliTest {};
+class CChoiceTest : public CCliTest {
+ protected:
+  void SetUp() override {
+    CCliTest::SetUp();
+    SetEnvironmentVariableW(L"TVMGR_PORT", nullptr);
+  }
+};
 
 TEST_F(CChoiceTest, UseTellsPortsAddressesAndDevicesApart) {
   const std::pair<std::vector<std::string>, std::string> cases[] = {

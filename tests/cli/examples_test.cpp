@@ -23,6 +23,16 @@ TEST_F(CExamplesTest, WriteASettingAndReadSettings) {
   const tagRun layer = RunProgram(ProgramFolder() / "printer_sample.exe", {"read", "USB001"});
   EXPECT_EQ(layer.exit_code, 0U) << layer.err;
   EXPECT_EQ(layer.out, "resolutions: 600, (not answered), 600\r\n");
+
+  // A silent printer costs seconds, not the quarter of an hour of all waits.
+  WriteIni("[faults]\nsilent=1\n");
+  for (const auto& [program, arguments] :
+       {std::pair<const char*, std::vector<std::string>>{"read_settings.exe", {}},
+        {"write_setting.exe", {"6", "12"}}}) {
+    const tagRun silent = RunProgram(ProgramFolder() / program, arguments);
+    EXPECT_EQ(silent.exit_code, 1U);
+    EXPECT_THAT(silent.err, HasSubstr("the printer does not answer"));
+  }
 }
 
 }  // namespace

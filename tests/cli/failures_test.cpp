@@ -89,11 +89,36 @@ TEST_F(CFailuresTest, FullLoadWithoutAnyValueIsSilenceToo) {
   }
 }
 
-TEST_F(CFailuresTest, CodeOfThePortLibraryIsPassedOnWithAdvice) {
-  WriteIni("[faults]\nfail=SendData:1:-77\n");
-  const tagRun run = Tvmgr({"status"});
-  EXPECT_EQ(run.exit_code, 4U);
-  EXPECT_THAT(run.err, HasSubstr("-77: a code of the port library"));
+TEST_F(CFailuresTest, EveryFailureNamesThePrinterWhatFailedWhyAndWhatToDo) {
+  const std::string printer = "tvmgr: the printer on TEST" + std::to_string(GetCurrentProcessId()) + ": ";
+  const std::string asking = "asking for the printer's status failed: ";
+  const struct {
+    std::string ini;
+    std::vector<std::string> arguments;
+    std::vector<std::string> words;
+  } cases[] = {
+      {"[faults]\nfail=SendData:1:-77\n",
+       {"status"},
+       {asking + "-77: a code of the port library", "check that"}},
+      {"[faults]\nfail=Initialize:1:-1011\n",
+       {"get", "CLR,Z"},
+       {asking + "-1011: ", "connection refused: no printer"}},
+      {"[faults]\nsilent=1\n", {"send", "--text", "x"}, {"the printer did not answer", "--no-check tries"}},
+      {"", {"fetch", "NONE.PNG"}, {"the printer has no file NONE.PNG", "--unlisted"}},
+  };
+  for (const auto& failing : cases) {
+    WriteIni(failing.ini);
+    const tagRun run = Tvmgr(failing.arguments);
+    EXPECT_NE(run.exit_code, 0U);
+    EXPECT_THAT(run.err, testing::StartsWith(printer));
+    for (const std::string& words : failing.words) {
+      EXPECT_THAT(run.err, HasSubstr(words));
+    }
+  }
+  EXPECT_THAT(Log(), Not(HasSubstr("x^XA^H(E")));  // nothing is sent to a printer that does not answer
+  EXPECT_THAT(Tvmgr({"codes", "-82"}).out,
+              HasSubstr("TVMGR_NOT_CONFIRMED\n    the printer took the command"));
+  EXPECT_THAT(Tvmgr({"codes", "-1013"}).out, HasSubstr("the emulated one means: the connection broke"));
 }
 
 TEST_F(CFailuresTest, ChosenPrinterReachesThePortLibrary) {

@@ -88,7 +88,7 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
   };
   const std::vector<tagFailing> cases = {
       {{"fetch", "NONE.PNG"}, 1, "no file NONE.PNG"},
-      {{"fetch", "NONE.PNG", "--unlisted", "--timeout", "0.3"}, 1, "sent nothing"},
+      {{"fetch", "NONE.PNG", "--unlisted", "--wait", "0.3"}, 1, "sent nothing"},
       {{"put", "C:\\no\\such\\file.png"}, 5, "cannot be opened"},
       {{"put", two}, 1, "more than one format"},
       {{"put", HostFile("text.png", "text")}, 5, "is no PNG picture"},

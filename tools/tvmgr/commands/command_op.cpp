@@ -150,6 +150,7 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
     return TVMGR_SetExecuteList(operation.code, reinterpret_cast<const std::uint8_t*>(data.data()),
                                 static_cast<std::int32_t>(data.size()));
   });
+  ReportTransfer(data.size());
   session.Require("TVMGR_ExecutePrinterOperation", "running " + options.name, LongestMs(operation.code),
                   [] { return TVMGR_ExecutePrinterOperation(); });
   if (operation.code == TVMGR_OP_NONE) {

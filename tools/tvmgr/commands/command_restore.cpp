@@ -179,6 +179,7 @@ int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options)
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();
   const std::wstring path = ToWide(options.file);
+  ReportTransfer(size);
   session.Require("TVMGR_Restore", "restoring", LongestMs(session, size),
                   [&] { return TVMGR_Restore(path.c_str()); });
   // Silence, and a printer that takes nothing of the file, are no errors of the module. It has loaded

@@ -129,7 +129,7 @@ void Remember(const CManagerSession& session, const std::vector<tagFound>& all) 
 }  // namespace
 
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options) {
-  const CManagerSession session(global, false);
+  const CManagerSession session(global, EPrinterUse::kNone);
   std::vector<tagFound> all;
   for (const std::int32_t kind : {TVMGR_SEARCH_USB, TVMGR_SEARCH_NETWORK}) {
     if (options.kind == "all" || (options.kind == "usb") == (kind == TVMGR_SEARCH_USB)) {

@@ -13,7 +13,8 @@ int RunSend(const tagGlobalOptions& global, const tagSendOptions& options) {
   }
   const std::string data = ReadData(options.data);
   const CManagerSession session(global);
-  // No question for the printer's state here: bytes may be sent to a printer that answers nothing.
+  session.RequireAnsweringPrinter();
+  ReportTransfer(data.size());
   session.Require("TVMGR_DirectSendCommand", "sending " + std::to_string(data.size()) + " bytes",
                   limit::kDirectSend, [&] {
                     return TVMGR_DirectSendCommand(reinterpret_cast<const std::uint8_t*>(data.data()),

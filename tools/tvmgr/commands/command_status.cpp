@@ -66,7 +66,7 @@ int RunStatus(const tagGlobalOptions& global, const tagStatusOptions& options) {
   if (!options.watch && (options.count || options.duration_s || options.every_poll)) {
     throw CUsageError("--count, --for and --every-poll belong to --watch");
   }
-  const CManagerSession session(global);
+  const CManagerSession session(global, EPrinterUse::kStatus);
   if (options.watch) {
     return Watch(global, options, session);
   }

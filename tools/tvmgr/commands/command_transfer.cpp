@@ -152,7 +152,7 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
   }
   const std::wstring name = ToWide(options.name);
   const std::uint8_t mode = kind != nullptr && IsFormat(*kind) ? 1 : 0;
-  const auto timeout_ms = static_cast<std::uint32_t>(options.timeout_s * 1000);
+  const auto timeout_ms = static_cast<std::uint32_t>(options.wait_s * 1000);
   session.Require("TVMGR_LoadStoredData", "fetching " + options.name, timeout_ms + 100,
                   [&] { return TVMGR_LoadStoredData(name.c_str(), mode, timeout_ms); });
   const std::string bytes = FetchedData(session);
@@ -160,7 +160,7 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
     RequireStillAnswering(session, options.name + " was asked for");
     throw CFailure("the printer sent nothing for " + options.name +
                    ": no such file, an empty file, or no answer within " + std::to_string(timeout_ms / 1000) +
-                   " s (--timeout)");
+                   " s (--wait)");
   }
   if (mode == 0 && IsCompressed(bytes)) {
     session.Remark("remark: the printer sent " + options.name +
@@ -193,6 +193,7 @@ int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
                                   reinterpret_cast<const std::uint8_t*>(download.command.data()),
                                   static_cast<std::uint32_t>(download.command.size()), nullptr, 0);
   });
+  ReportTransfer(download.command.size());
   constexpr std::uint64_t kLongestTransfer = 50ULL * 60 * 1000;
   const std::uint64_t transfer = session.IsNetwork() ? kLongestTransfer : limit::kTransaction;
   const std::int32_t result =

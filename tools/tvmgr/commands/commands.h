@@ -26,6 +26,6 @@ int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options)
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options);
 int RunUse(const tagGlobalOptions& global, const tagUseOptions& options);
 int RunInfo(const tagGlobalOptions& global);
-int RunCodes(const tagGlobalOptions& global);
+int RunCodes(const tagGlobalOptions& global, const tagCodesOptions& options);
 
 }  // namespace tvmgr

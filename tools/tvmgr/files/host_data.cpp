@@ -61,14 +61,14 @@ void WriteHostFile(const std::string& path, std::string_view bytes) {
   const fs::path file(ToWide(path));
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
   if (!stream) {
-    throw CFailure("the file \"" + path + "\" cannot be created");
+    throw COutputFileError("the file \"" + path + "\" cannot be created");
   }
   stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   stream.close();
   if (!stream) {
     std::error_code ignored;
     fs::remove(file, ignored);
-    throw CFailure("the file \"" + path + "\" cannot be written (disk full?)");
+    throw COutputFileError("the file \"" + path + "\" cannot be written (disk full?)");
   }
 }
 

@@ -78,7 +78,8 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
                         RefuseOuterOptions(*options);
                         return RunBackupDiff(global, *diff);
                       }});
-  commands.push_back({parser, [&global, options] { return RunBackup(global, *options); }});
+  commands.push_back({parser, [&global, options] { return RunBackup(global, *options); },
+                      tagWatch{90, std::string("The backup is not whole. ") + kLeftByReading}});
 }
 
 tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
@@ -95,7 +96,7 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
       "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
       "Exit codes: 0 equal, 1 different or refused, 3 not everything could be compared, 4 printer silent.\n\n"
       "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json");
-  return {parser, [&global, options] { return RunRestore(global, *options); }};
+  return {parser, [&global, options] { return RunRestore(global, *options); }, tagWatch{90, kLeftByWriting}};
 }
 
 }  // namespace

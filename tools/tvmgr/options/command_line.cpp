@@ -9,7 +9,9 @@
 #include "output/console.h"
 #include "output/json_output.h"
 #include "output/text_layout.h"
+#include "printer/manager_session.h"
 #include "printer/printer_environment.h"
+#include "printer/worker.h"
 
 namespace tvmgr {
 namespace {
@@ -25,6 +27,10 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
   program.add_flag("--quiet", global.quiet, "no progress and no remarks, only results and errors");
   program.add_flag("--verbose", global.verbose, "show every call of the module with its result and duration");
   program.add_flag("--no-check", global.no_check, "do not ask for the printer's status before long work");
+  program
+      .add_option("--timeout", global.timeout_s,
+                  "seconds until the printer is asked whether it is still there; 0: never")
+      ->check(CLI::Range(0.0, 1e6));
   program.set_version_flag("-V,--version", "tvmgr " TVMGR_VERSION);
 }
 
@@ -86,8 +92,33 @@ std::string CommandName(const CLI::App& program) {
                     " \"" + unknown.front() + "\"; \"tvmgr --help\" lists them");
 }
 
+// Whose failure it is: the printer that was asked, unless it is about the command line or a file of the host.
+std::string Subject(const CCommandError& error) {
+  const bool is_elsewhere = error.ExitCode() == kExitUsage || error.ExitCode() == kExitInputFile ||
+                            dynamic_cast<const COutputFileError*>(&error) != nullptr;
+  return is_elsewhere || AskedPrinter().empty() ? std::string() : AskedPrinter() + ": ";
+}
+
+int RunCommand(const tagCommand& command, const tagGlobalOptions& global, ERole role) {
+  const auto run = [&] {
+    const int exit_code = command.run();
+    if (global.json) {
+      WriteJsonDocument(exit_code, nullptr);
+    }
+    return exit_code;
+  };
+  if (!command.watch || role == ERole::kWorker) {
+    return run();
+  }
+  if (role == ERole::kProbe) {
+    return RunProbe(global);
+  }
+  const std::optional<int> exit_code = RunInWorker(global, *command.watch);
+  return exit_code ? *exit_code : run();
+}
+
 int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments,
-        const tagGlobalOptions& global) {
+        const tagGlobalOptions& global, ERole role) {
   // "help COMMAND" is what people type; the parser knows "COMMAND --help".
   if (!arguments.empty() && arguments.front() == "help") {
     arguments.erase(arguments.begin());
@@ -109,18 +140,14 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
   RefuseTwoPrinters(global);
   for (const tagCommand& command : commands) {
     if (command.parser->parsed()) {
-      const int exit_code = command.run();
-      if (global.json) {
-        WriteJsonDocument(exit_code, nullptr);
-      }
-      return exit_code;
+      return RunCommand(command, global, role);
     }
   }
   return kExitUsage;
 }
 
 int Report(const CCommandError& error, bool json) {
-  WriteError(std::string("tvmgr: ") + error.what() + "\n");
+  WriteError("tvmgr: " + Subject(error) + error.what() + "\n");
   if (json) {
     try {
       WriteJsonDocument(error.ExitCode(), &error);
@@ -134,6 +161,7 @@ int Report(const CCommandError& error, bool json) {
 }  // namespace
 
 int RunCommandLine(std::vector<std::string> arguments) {
+  const ERole role = TakeRole(arguments);
   PreparePrinterEnvironment(arguments);
   tagGlobalOptions global;
   CLI::App program("Reads and changes the settings and the stored files of LX-R4100 label printers.",
@@ -160,7 +188,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   // Also errors of the parsing itself are told as asked for.
   const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {
-    return Run(program, commands, std::move(arguments), global);
+    return Run(program, commands, std::move(arguments), global, role);
   } catch (const CCommandError& error) {
     return Report(error, json);
   } catch (const std::bad_alloc&) {

@@ -2,9 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "options/options.h"
+#include "printer/worker.h"
 
 namespace tvmgr {
 
@@ -12,7 +14,16 @@ namespace tvmgr {
 struct tagCommand {
   CLI::App* parser;
   std::function<int()> run;
+  std::optional<tagWatch> watch = {}; /**< of a command that works with a printer */
 };
+
+// Words for the case that the work has to be ended: what the printer may be left with.
+constexpr char kLeftByReading[] =
+    "Its resolutions and its mode (settings 3, 4, 5, 84) may stand at 600 and D, as they do while it is "
+    "read: look at them with \"tvmgr get\" when it answers again";
+constexpr char kLeftByWriting[] =
+    "What of it the printer has taken is not known; also its resolutions and its mode (settings 3, 4, 5, 84) "
+    "may stand at 600 and D: look at it when it answers again, and repeat the command";
 
 // Each adds its commands to the program's parser; of commands within one another the inner ones come first.
 // `global` has to outlive the commands.

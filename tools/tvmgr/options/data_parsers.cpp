@@ -24,7 +24,8 @@ tagCommand AddOperation(CLI::App& program, const tagGlobalOptions& global) {
       "Exit code 3 when the printer is still busy at the end.\n\n"
       "Examples:\n  tvmgr op --list\n  tvmgr op print-configuration\n  tvmgr op wipe-graphics --yes\n"
       "  tvmgr op send-data --file label.prn");
-  return {parser, [&global, options] { return RunOperation(global, *options); }};
+  return {parser, [&global, options] { return RunOperation(global, *options); },
+          tagWatch{60, kLeftByWriting}};
 }
 
 tagCommand AddSend(CLI::App& program, const tagGlobalOptions& global) {
@@ -36,10 +37,14 @@ tagCommand AddSend(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_flag("--allow-resolution-change", options->allow_resolution_change,
                    "the guard puts the resolutions to 600 meanwhile");
   parser->footer(
-      "Nothing is saved and nothing is read back.\n\n"
+      "The printer is asked for its state first; nothing is read back, so its answer to the bytes is not "
+      "seen.\n"
+      "On a printer whose mode (84) is not D, or whose resolutions are to be changed, the guard writes "
+      "these\n"
+      "settings and saves them, before and after the bytes.\n\n"
       "Examples:\n  tvmgr send --text \"^XA^FO50,50^A0,40^FDHello^FS^XZ\"\n  tvmgr send --file label.prn\n"
       "  type label.prn | tvmgr send -");
-  return {parser, [&global, options] { return RunSend(global, *options); }};
+  return {parser, [&global, options] { return RunSend(global, *options); }, tagWatch{30, kLeftByWriting}};
 }
 
 tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
@@ -50,7 +55,7 @@ tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
   parser->footer(
       "Exit code 3 when the printer's answers were cut off, so that there may be more files.\n\n"
       "Examples:\n  tvmgr files\n  tvmgr files --list font --json");
-  return {parser, [&global, options] { return RunFiles(global, *options); }};
+  return {parser, [&global, options] { return RunFiles(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
 tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
@@ -58,7 +63,7 @@ tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
   CLI::App* const parser = program.add_subcommand("fetch", "fetch a stored file");
   parser->add_option("name", options->name, "the file's name with extension")->required();
   parser->add_option("-o,--output", options->output, "write to this file, not to stdout");
-  parser->add_option("--timeout", options->timeout_s, "seconds to wait for the first byte")
+  parser->add_option("--wait", options->wait_s, "seconds to wait for the first byte")
       ->check(CLI::Range(0.1, kMaxTimeoutSeconds))
       ->capture_default_str();
   parser->add_flag("--unlisted", options->unlisted, "do not look the name up in the printer's lists first");
@@ -66,7 +71,7 @@ tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
       "Graphics, fonts and the background file come as the bytes of the file, stored formats (FMT, ZPL) as\n"
       "the command that stores them.\n\n"
       "Examples:\n  tvmgr fetch LOGO.PNG -o logo.png\n  tvmgr fetch LABEL.ZPL > label.zpl");
-  return {parser, [&global, options] { return RunFetch(global, *options); }};
+  return {parser, [&global, options] { return RunFetch(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
 tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
@@ -83,7 +88,7 @@ tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
       "exit\n"
       "code 3 when the printer lists it but does not send it back.\n\n"
       "Examples:\n  tvmgr put logo.png\n  tvmgr put arial.ttf --name ARIAL.TTF\n  tvmgr put label.zpl");
-  return {parser, [&global, options] { return RunPut(global, *options); }};
+  return {parser, [&global, options] { return RunPut(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 
 tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
@@ -94,7 +99,7 @@ tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
   parser->footer(
       "Afterwards the lists are read again. Exit code 1 when a file is still there, or never was.\n\n"
       "Examples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes");
-  return {parser, [&global, options] { return RunRemove(global, *options); }};
+  return {parser, [&global, options] { return RunRemove(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 
 }  // namespace

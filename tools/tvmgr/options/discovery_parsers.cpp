@@ -42,7 +42,7 @@ tagCommand AddInfo(CLI::App& program, const tagGlobalOptions& global) {
   parser->footer(
       "Exit code 4 when the printer did not answer.\n\n"
       "Examples:\n  tvmgr info\n  tvmgr --address 192.0.2.7 info --json");
-  return {parser, [&global] { return RunInfo(global); }};
+  return {parser, [&global] { return RunInfo(global); }, tagWatch{30, kLeftByReading}};
 }
 
 }  // namespace

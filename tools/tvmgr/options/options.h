@@ -12,13 +12,14 @@ namespace tvmgr {
 
 /** Options that every command takes. */
 struct tagGlobalOptions {
-  std::string port;      /**< port of the print spooler; empty: none */
-  std::string device;    /**< USB device path; empty: none */
-  std::string address;   /**< host name or address; empty: none */
-  bool json = false;     /**< results on stdout as JSON */
-  bool quiet = false;    /**< no progress and no remarks on stderr, errors only */
-  bool verbose = false;  /**< every call of the module with result and duration, on stderr */
-  bool no_check = false; /**< do not ask for the printer's status before long work */
+  std::string port;                /**< port of the print spooler; empty: none */
+  std::string device;              /**< USB device path; empty: none */
+  std::string address;             /**< host name or address; empty: none */
+  bool json = false;               /**< results on stdout as JSON */
+  bool quiet = false;              /**< no progress and no remarks on stderr, errors only */
+  bool verbose = false;            /**< every call of the module with result and duration, on stderr */
+  bool no_check = false;           /**< do not ask for the printer's status before long work */
+  std::optional<double> timeout_s; /**< seconds until the printer is asked whether it is there; 0: never */
 };
 
 struct tagGetOptions {
@@ -70,7 +71,7 @@ struct tagFilesOptions {
 struct tagFetchOptions {
   std::string name;
   std::string output; /**< file of the host; empty: stdout */
-  double timeout_s = 60.0;
+  double wait_s = 60.0;
   bool unlisted = false; /**< do not look the name up in the printer's lists first */
 };
 
@@ -110,6 +111,10 @@ struct tagUseOptions {
   std::string printer; /**< number of the last search, address, port or device path; empty: show */
   std::string as;      /**< "port", "address" or "device"; empty: by the look of it */
   bool clear = false;
+};
+
+struct tagCodesOptions {
+  std::optional<std::int32_t> code; /**< none: all of them */
 };
 
 struct tagRemoveOptions {

@@ -29,7 +29,7 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
       "gives\n"
       "no value for some of the settings, 1 when for none.\n\n"
       "Examples:\n  tvmgr get CLR_Z CMP_U\n  tvmgr --address 192.0.2.7 get --all --json");
-  return {parser, [&global, options] { return RunGet(global, *options); }};
+  return {parser, [&global, options] { return RunGet(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
 tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
@@ -45,7 +45,7 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
       "or whose mode is not D the guard puts settings 3, 4, 5 and 84 back to what they were, new values for\n"
       "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n\n"
       "Examples:\n  tvmgr set CLM_P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR_Z=300");
-  return {parser, [&global, options] { return RunSet(global, *options); }};
+  return {parser, [&global, options] { return RunSet(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 
 tagCommand AddPrefix(CLI::App& program, const tagGlobalOptions& global) {
@@ -58,7 +58,7 @@ tagCommand AddPrefix(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_flag("--default", options->to_default, "put ~ ^ and , back");
   parser->footer(
       "Examples:\n  tvmgr prefix\n  tvmgr prefix --set \"!\" \"@\" \";\"\n  tvmgr prefix --default");
-  return {parser, [&global, options] { return RunPrefix(global, *options); }};
+  return {parser, [&global, options] { return RunPrefix(global, *options); }, tagWatch{30, kLeftByWriting}};
 }
 
 tagCommand AddStatus(CLI::App& program, const tagGlobalOptions& global) {
@@ -78,13 +78,17 @@ tagCommand AddStatus(CLI::App& program, const tagGlobalOptions& global) {
       "Exit code 4 when the printer did not answer (under --watch: not once).\n\n"
       "Examples:\n  tvmgr status\n  tvmgr status --watch --interval 5\n  tvmgr status --watch --every-poll "
       "--count 10");
-  return {parser, [&global, options] { return RunStatus(global, *options); }};
+  // A watch is there for printers that come and go.
+  return {parser, [&global, options] { return RunStatus(global, *options); },
+          tagWatch{0, "The printer was asked for its state, nothing else: it is as it was"}};
 }
 
 tagCommand AddCodes(CLI::App& program, const tagGlobalOptions& global) {
+  const auto options = std::make_shared<tagCodesOptions>();
   CLI::App* const parser = program.add_subcommand("codes", "explain the result codes");
-  parser->footer("Example:\n  tvmgr codes");
-  return {parser, [&global] { return RunCodes(global); }};
+  parser->add_option("code", options->code, "one code, for example -82; without it: all of them");
+  parser->footer("Examples:\n  tvmgr codes\n  tvmgr codes -82");
+  return {parser, [&global, options] { return RunCodes(global, *options); }};
 }
 
 }  // namespace

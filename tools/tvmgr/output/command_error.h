@@ -67,4 +67,10 @@ class CInputFileError : public CFailure {
   explicit CInputFileError(const std::string& text) : CFailure(text, kExitInputFile) {}
 };
 
+/** A file of this computer cannot be written: not the printer's fault. */
+class COutputFileError : public CFailure {
+ public:
+  explicit COutputFileError(const std::string& text) : CFailure(text) {}
+};
+
 }  // namespace tvmgr

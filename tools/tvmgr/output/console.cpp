@@ -12,6 +12,7 @@
 #include <mutex>
 
 #include "output/command_error.h"
+#include "output/work_report.h"
 
 namespace tvmgr {
 namespace {
@@ -114,6 +115,7 @@ void Confirm(const std::string& what, bool agreed) {
   if (!IsTerminal(EStream::kInput)) {
     throw CUsageError("--yes is missing, and there is no terminal on which to ask: this will " + what);
   }
+  const CWorkScope asking(EWork::kNone);
   WriteError("This will " + what + ". Type yes to go on: ");
   std::string answer;
   std::getline(std::cin, answer);

@@ -18,7 +18,9 @@ constexpr tagResultWords kResults[] = {
     {TVMGR_OUT_OF_MEMORY, "TVMGR_OUT_OF_MEMORY", "memory ran out",
      "close other programs or use a smaller file"},
     {TVMGR_PORT_LIBRARY_MISSING, "TVMGR_PORT_LIBRARY_MISSING", "Ferrolink.dll is missing or incomplete",
-     "put the port library beside TaviraManager.dll"},
+     "put the port library for 64 bits beside TaviraManager.dll; \"tvmgr status\" says what is wrong with "
+     "the one "
+     "that is there"},
     {TVMGR_BAD_ARGUMENT, "TVMGR_BAD_ARGUMENT",
      "bad argument, nothing to send, or an operation that does not exist",
      "check the names and the data that were given"},
@@ -42,12 +44,24 @@ constexpr tagResultWords kPortLibrary = {0, "", "a code of the port library Ferr
                                          "--port, --device or --address names it; the port "
                                          "library's documentation explains the code"};
 
-const tagResultWords& WordsOf(std::int32_t code) {
-  const auto* const found =
-      std::find_if(std::begin(kResults), std::end(kResults),
-                   [code](const tagResultWords& result) { return result.code == code; });
-  return found == std::end(kResults) ? kPortLibrary : *found;
-}
+// What the emulated printer's Ferrolink.dll means by its codes; another port library may use them otherwise.
+struct tagEmulatorCode {
+  std::int32_t code;
+  std::string_view meaning;
+};
+
+constexpr tagEmulatorCode kEmulatorCodes[] = {
+    {-1001, "the port is open already"},
+    {-1002, "the port is not open"},
+    {-1003, "a null pointer"},
+    {-1009, "the emulator itself failed (memory)"},
+    {-1010, "the address is not HOST or HOST:PORT, or the host name is unknown"},
+    {-1011, "connection refused: no printer on that port"},
+    {-1012, "nobody answered within 3 s, or there is no way to that address"},
+    {-1013, "the connection broke"},
+    {-1014, "connected, but nothing moved for 30 s"},
+    {-1015, "what answers there is no emulated printer"},
+};
 
 }  // namespace
 
@@ -68,13 +82,28 @@ int ExitCodeOf(std::int32_t code) {
   return is_own ? kExitFailed : kExitUnreachable;
 }
 
-std::string ExplainResult(std::int32_t code) {
-  const tagResultWords& words = WordsOf(code);
-  std::string text = std::to_string(code) + ": " + std::string(words.meaning);
-  if (!words.advice.empty()) {
-    text += ": " + std::string(words.advice);
+const tagResultWords& WordsOf(std::int32_t code) {
+  for (const tagResultWords& result : kResults) {
+    if (result.code == code) {
+      return result;
+    }
   }
-  return text;
+  return kPortLibrary;
+}
+
+std::string MeaningOf(std::int32_t code) {
+  std::string meaning(WordsOf(code).meaning);
+  for (const tagEmulatorCode& emulated : kEmulatorCodes) {
+    if (emulated.code == code) {
+      meaning += "; the emulated one means: " + std::string(emulated.meaning);
+    }
+  }
+  return meaning;
+}
+
+std::string ExplainResult(std::int32_t code) {
+  const std::string_view advice = WordsOf(code).advice;
+  return std::to_string(code) + ": " + MeaningOf(code) + (advice.empty() ? "" : ": " + std::string(advice));
 }
 
 CFailure CallFailure(const std::string& text, const std::string& step, std::int32_t code) {

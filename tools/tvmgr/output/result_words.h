@@ -26,6 +26,12 @@ const tagResultWords& PortLibraryResult();
 /** The program's exit code for a call that ended with this code: a code of the port library means no printer. */
 int ExitCodeOf(std::int32_t code);
 
+/** The words of a code: the module's, or those for every code of the port library. */
+const tagResultWords& WordsOf(std::int32_t code);
+
+/** What a code means; for a code of the port library also what the emulated printer's one means by it. */
+std::string MeaningOf(std::int32_t code);
+
 /** "code: meaning: advice", for codes of the module and of the port library. */
 std::string ExplainResult(std::int32_t code);
 

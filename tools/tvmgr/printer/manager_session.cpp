@@ -17,6 +17,9 @@ namespace {
   throw CallFailure(what + " failed", what, result);
 }
 
+// Failures name it, also when they are told after the session.
+std::string asked_printer;
+
 constexpr char kSilent[] = "the printer did not answer";
 constexpr char kSilentAdvice[] =
     "check that it is switched on and connected, that --port, --device or "
@@ -25,12 +28,26 @@ constexpr char kSilentAdvice[] =
 
 }  // namespace
 
+const std::string& AskedPrinter() {
+  return asked_printer;
+}
+
 std::string TextOf(const wchar_t* text) {
   return text == nullptr ? std::string() : ToUtf8(text);
 }
 
-CManagerSession::CManagerSession(const tagGlobalOptions& options, bool choose) : options_(options) {
+CManagerSession::CManagerSession(const tagGlobalOptions& options, EPrinterUse use) : options_(options) {
   LoadManagerLibrary();
+  tagPrinterChoice choice;
+  if (use != EPrinterUse::kNone) {
+    choice = ChoiceInForce(options);
+    asked_printer = Describe(choice);
+    ReportPrinter(asked_printer);
+  }
+  if (use == EPrinterUse::kWork) {
+    lock_.emplace(options, choice, interrupt_);
+  }
+  work_.emplace(EWork::kPrinter);
   const std::int32_t result = TVMGR_Initialize();
   if (result != TVMGR_OK) {
     // Also a failed start may have left a manager in place.
@@ -43,8 +60,8 @@ CManagerSession::CManagerSession(const tagGlobalOptions& options, bool choose) :
     Fail("starting the module", result);
   }
   try {
-    if (choose) {
-      ChoosePrinter();
+    if (use != EPrinterUse::kNone) {
+      ChoosePrinter(choice);
     }
   } catch (...) {
     TVMGR_Terminate();
@@ -56,8 +73,7 @@ CManagerSession::~CManagerSession() {
   TVMGR_Terminate();
 }
 
-void CManagerSession::ChoosePrinter() const {
-  const tagPrinterChoice choice = ChoiceInForce(options_);
+void CManagerSession::ChoosePrinter(const tagPrinterChoice& choice) const {
   NoteJsonPrinter(PrinterJson(choice));
   const std::wstring port = ToWide(choice.port);
   const std::wstring device = ToWide(choice.device);
@@ -114,7 +130,9 @@ std::int32_t CManagerSession::Call(const char* function, const std::string& what
   {
     const CProgress progress(what, longest_ms, !options_.quiet);
     CInterruptWait::SetRunning(what);
+    ReportStep(what, longest_ms);
     result = call();
+    ReportStep({}, 0);
     CInterruptWait::SetRunning({});
     elapsed_ms = progress.ElapsedMs();
   }

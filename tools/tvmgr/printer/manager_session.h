@@ -8,8 +8,10 @@
 
 #include "options/options.h"
 #include "output/console.h"
+#include "output/work_report.h"
 #include "printer/manager_library.h"
 #include "printer/printer_choice.h"
+#include "printer/printer_lock.h"
 
 namespace tvmgr {
 
@@ -25,8 +27,18 @@ constexpr std::uint64_t kDirectSend = 4 * kTransaction;
 constexpr std::uint64_t kConfirmFiles = 10 * (500 + 2 * kTransaction);
 }  // namespace limit
 
+/** The printer that this process has talked to, "the printer at 192.0.2.7"; empty: none. */
+const std::string& AskedPrinter();
+
 /** A text of a record (TvmgrText); empty for null. */
 std::string TextOf(const wchar_t* text);
+
+/** What a session does with the printer. */
+enum class EPrinterUse {
+  kNone,   /**< looks for printers: none is chosen */
+  kStatus, /**< asks for its state, also while another tvmgr is at work */
+  kWork    /**< anything else: one tvmgr at a time */
+};
 
 /**
  * The module, initialised and with the printer chosen; terminated at the end. Every call shows its progress.
@@ -34,8 +46,7 @@ std::string TextOf(const wchar_t* text);
  */
 class CManagerSession {
  public:
-  /** @param choose  false: no printer is chosen, for commands that look for one */
-  explicit CManagerSession(const tagGlobalOptions& options, bool choose = true);
+  explicit CManagerSession(const tagGlobalOptions& options, EPrinterUse use = EPrinterUse::kWork);
   ~CManagerSession();
   CManagerSession(const CManagerSession&) = delete;
   CManagerSession& operator=(const CManagerSession&) = delete;
@@ -83,12 +94,14 @@ class CManagerSession {
   void Remark(const std::string& text) const;
 
  private:
-  void ChoosePrinter() const;
   void RemarkOnEmptyPort(const std::string& port) const;
+  void ChoosePrinter(const tagPrinterChoice& choice) const;
   void LogChoice() const;
 
   const tagGlobalOptions& options_;
   CInterruptWait interrupt_;
+  std::optional<CPrinterLock> lock_;
+  std::optional<CWorkScope> work_;
 };
 
 }  // namespace tvmgr

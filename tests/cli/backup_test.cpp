@@ -291,4 +291,17 @@ TEST_F(CBackupTest, CheckAndDiffNeedNoPortLibrary) {
   EXPECT_EQ(RunProgram(alone / "tvmgr.exe", {"backup", "diff", path, path}).exit_code, 0U);
 }
 
+TEST_F(CBackupTest, ProgressNamesTheFileAndTheBytes) {
+  // Each file takes longer than the first line of progress lets wait.
+  WriteIni("[faults]\nlatency_ms=1300\n");
+  for (const char* const name : {"ONE.PNG", "TWO.PNG"}) {
+    StoreOnE(name, "bytes");
+  }
+  const tagRun run = Tvmgr({"backup", Utf8Path("long.bak"), "--sections", "graphics"});
+  EXPECT_EQ(run.exit_code, 0U) << run.err;
+  EXPECT_THAT(run.err,
+              testing::ContainsRegex(
+                  "writing the backup \\.\\.\\. \\d+ s, file \\d of 2, \\d+ bytes written .usually "));
+}
+
 }  // namespace

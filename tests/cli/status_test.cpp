@@ -52,6 +52,15 @@ TEST_F(CStatusTest, WatchPrintsALineForEachPollOrForEachChange) {
     EXPECT_THAT(line, testing::ContainsRegex("^\\d+-\\d+-\\d+ \\d+:\\d+:\\d+\\.\\d+  idle"));
   }
 
+  // A refused connection is a state like others.
+  WriteIni("[faults]\nfail=Initialize:2:-1011\n");
+  const tagRun refused = Tvmgr({"status", "--watch", "--count", "3", "--interval", "0.05"});
+  EXPECT_EQ(refused.exit_code, 0U) << refused.err;
+  const std::vector<std::string> states = Lines(refused.out);
+  ASSERT_EQ(states.size(), 3U) << refused.out;
+  EXPECT_THAT(states[1], testing::AllOf(HasSubstr("unknown"), HasSubstr("connection refused")));
+  EXPECT_THAT(states[2], HasSubstr("idle"));
+
   WriteIni("[printer]\nbusy_ms=700\n");
   const tagRun changes = Tvmgr({"status", "--watch", "--for", "1.5", "--interval", "0.1", "--json"});
   EXPECT_EQ(changes.exit_code, 0U);

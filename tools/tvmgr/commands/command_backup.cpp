@@ -4,6 +4,7 @@
 
 #include "backup_file/backup_settings.h"
 #include "commands/commands.h"
+#include "files/backup_progress.h"
 #include "files/backup_report.h"
 #include "files/backup_target.h"
 #include "files/file_kinds.h"
@@ -84,12 +85,12 @@ void ConfirmOverwriting(const std::string& file, bool agreed) {
   }
 }
 
-std::uint64_t LongestMs(const CManagerSession& session) {
-  std::uint64_t files = 0;
+std::size_t ListedFiles(const CManagerSession& session) {
+  std::size_t files = 0;
   for (const tagFileKind& kind : AllFileKinds()) {
     files += session.FileNames(kind.list).size();
   }
-  return (files + 1) * limit::kTransaction;
+  return files;
 }
 
 /** What the printer did not deliver, and what does not stand in the file as it was loaded. */
@@ -155,8 +156,11 @@ void WriteBackup(const CManagerSession& session, const CBackupTarget& target, Tv
   session.Require("TVMGR_UpdateBackupInfo", "preparing the backup", 0,
                   [&] { return TVMGR_UpdateBackupInfo(&info); });
   // Everything has been loaded just now.
-  const std::int32_t result =
-      session.Call("TVMGR_Backup", "writing the backup", LongestMs(session), [] { return TVMGR_Backup(0); });
+  const std::size_t files = ListedFiles(session);
+  CBackupProgress progress(target.Partial(), files);
+  const std::int32_t result = session.Call(
+      "TVMGR_Backup", "writing the backup", (files + 1) * limit::kTransaction, [] { return TVMGR_Backup(0); },
+      [&](std::uint64_t) { return progress.Now(); });
   if (result != TVMGR_OK) {
     throw CallFailure(
         "the backup is not complete; \"" + target.Partial() + "\" holds what was written before the failure",

@@ -1,9 +1,13 @@
 #include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
 #include <iterator>
+#include <thread>
 
 #include "commands/commands.h"
 #include "output/command_error.h"
-#include "output/console.h"
 #include "output/json_output.h"
 #include "output/progress.h"
 #include "output/record_output.h"
@@ -17,8 +21,10 @@ namespace tvmgr {
 namespace {
 
 constexpr std::uint64_t kSearchMs = 3'000;
-// Printers of the network that have announced themselves and then fall silent cost so much more, all of them together.
+// Printers of the network are asked at the same time; one that has fallen silent costs up to so much more.
 constexpr std::uint64_t kNamesMs = 36'000;
+// After Ctrl-C: printers that answer have done so by then.
+constexpr std::chrono::milliseconds kNamesAfterInterrupt{1'500};
 constexpr std::uint32_t kPollMs = 100;
 
 struct tagFound {
@@ -53,27 +59,39 @@ tagFound ReadFound(std::int32_t kind, std::uint32_t index) {
   return found;
 }
 
-void Search(const CManagerSession& session, const tagGlobalOptions& global, std::int32_t kind,
+// False: some printer has fallen silent, and the module still waits for it.
+bool StopAtOnce(std::int32_t kind) {
+  std::promise<void> stopped;
+  std::future<void> done = stopped.get_future();
+  std::thread([kind, stopped = std::move(stopped)]() mutable {
+    TVMGR_StopSearchPrinter(static_cast<std::uint32_t>(kind));
+    stopped.set_value();
+  }).detach();
+  return done.wait_for(kNamesAfterInterrupt) == std::future_status::ready;
+}
+
+// False: ended by Ctrl-C before there was a result.
+bool Search(const CManagerSession& session, const tagGlobalOptions& global, std::int32_t kind,
             std::vector<tagFound>& all) {
   const char* const what = kind == TVMGR_SEARCH_USB ? "searching USB printers" : "searching network printers";
   session.Require("TVMGR_StartSearchPrinter", what, kSearchMs,
                   [&] { return TVMGR_StartSearchPrinter(static_cast<std::uint32_t>(kind), 0); });
-  const CProgress progress(what, kSearchMs + (kind == TVMGR_SEARCH_USB ? 0 : kNamesMs), !global.quiet);
-  std::uint32_t shown = 0;
-  for (bool running = true; running;) {
-    running = TVMGR_GetSearchPrinterStatus() == 1;
-    const std::uint32_t count = CountFound(kind);
-    for (; shown < count; ++shown) {
-      all.push_back(ReadFound(kind, shown));
-      // To a person at once; everybody else waits for the whole table.
-      if (!global.quiet && IsTerminal(EStream::kError)) {
-        WriteError("\r" + all.back().Where() + "  " + all.back().name1 + "\n");
+  const CProgress progress(what, kSearchMs + (kind == TVMGR_SEARCH_USB ? 0 : kNamesMs), !global.quiet,
+                           {"usually 3 s", {}});
+  while (TVMGR_GetSearchPrinterStatus() == 1) {
+    if (session.WaitOrInterrupted(kPollMs)) {
+      if (!StopAtOnce(kind)) {
+        return false;
       }
-    }
-    if (running && session.WaitOrInterrupted(kPollMs)) {
-      TVMGR_StopSearchPrinter(static_cast<std::uint32_t>(kind));
+      break;
     }
   }
+  // Only now: while results are being made, a question for them would wait.
+  const std::uint32_t count = CountFound(kind);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    all.push_back(ReadFound(kind, i));
+  }
+  return true;
 }
 
 std::string HexNumber(std::int32_t number) {
@@ -131,16 +149,35 @@ void Remember(const CManagerSession& session, const std::vector<tagFound>& all) 
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options) {
   const CManagerSession session(global, EPrinterUse::kNone);
   std::vector<tagFound> all;
+  std::string problems;
+  bool hangs = false;
   for (const std::int32_t kind : {TVMGR_SEARCH_USB, TVMGR_SEARCH_NETWORK}) {
-    if (options.kind == "all" || (options.kind == "usb") == (kind == TVMGR_SEARCH_USB)) {
-      Search(session, global, kind, all);
+    if (options.kind != "all" && (options.kind == "usb") != (kind == TVMGR_SEARCH_USB)) {
+      continue;
+    }
+    try {
+      hangs = !Search(session, global, kind, all);
+    } catch (const CFailure& error) {
+      // What the other half finds is worth as much as before.
+      problems += (problems.empty() ? "" : "; ") + std::string(error.what());
     }
     if (session.WaitOrInterrupted(0)) {
       break;
     }
   }
+  if (!problems.empty() && (all.empty() || options.kind != "all")) {
+    throw CFailure(problems);
+  }
   global.json ? PrintFoundJson(all) : PrintFound(all);
   Remember(session, all);
+  if (hangs) {
+    session.Remark("ended by Ctrl-C while printers were still asked for their names: those are not listed");
+    std::fflush(nullptr);
+    std::_Exit(kExitUnproved);  // the module would first wait for the silent ones
+  }
+  if (!problems.empty()) {
+    throw CUnproved("one half of the search failed: " + problems);
+  }
   if (all.empty()) {
     session.Remark("no printers found");
   }

@@ -1,5 +1,8 @@
 #include <algorithm>
 #include <chrono>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "commands/commands.h"
 #include "output/command_error.h"
@@ -15,20 +18,22 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-void Print(const tagGlobalOptions& global, std::uint32_t status, bool with_time) {
+void Print(const tagGlobalOptions& global, std::uint32_t status, bool with_time,
+           const std::string& problem = {}) {
   const tagStatusWords words = StatusWords(status);
+  const std::string meaning = problem.empty() ? words.meaning : problem;
   const std::string time = with_time ? TimeStamp() : std::string();
   if (global.json) {
     SetJsonResult({{"time", with_time ? Json(time) : Json()},
                    {"status", status},
                    {"status_name", words.name},
-                   {"meaning", words.meaning}});
+                   {"meaning", meaning}});
     if (with_time) {
       WriteJsonLine();
     }
     return;
   }
-  WriteOutput((with_time ? time + "  " : "") + words.name + " (" + words.meaning + ")\n");
+  WriteOutput((with_time ? time + "  " : "") + words.name + " (" + meaning + ")\n");
 }
 
 int Watch(const tagGlobalOptions& global, const tagStatusOptions& options, const CManagerSession& session) {
@@ -37,15 +42,21 @@ int Watch(const tagGlobalOptions& global, const tagStatusOptions& options, const
   };
   const auto end =
       options.duration_s ? Clock::now() + to_duration(*options.duration_s) : Clock::time_point::max();
-  std::optional<std::uint32_t> shown;
+  std::optional<std::pair<std::uint32_t, std::string>> shown;
   bool ever_answered = false;
   for (std::uint32_t poll = 1;; ++poll) {
     const auto next = Clock::now() + to_duration(options.interval_s);
-    const std::uint32_t status = session.Status();
+    std::uint32_t status = TVMGR_STATUS_UNKNOWN;
+    std::string problem;
+    try {
+      status = session.Status();
+    } catch (const CFailure& error) {
+      problem = error.what();  // a printer that is being switched on refuses connections for a while
+    }
     ever_answered = ever_answered || status != TVMGR_STATUS_UNKNOWN;
-    if (options.every_poll || shown != status) {
-      Print(global, status, true);
-      shown = status;
+    if (options.every_poll || shown != std::pair(status, problem)) {
+      Print(global, status, true, problem);
+      shown = std::pair(status, problem);
     }
     if (options.count && poll >= *options.count) {
       break;

@@ -15,8 +15,8 @@ constexpr milliseconds kPipeInterval{10000};
 
 }  // namespace
 
-CProgress::CProgress(std::string what, std::uint64_t longest_ms, bool enabled)
-    : what_(std::move(what)), longest_ms_(longest_ms) {
+CProgress::CProgress(std::string what, std::uint64_t longest_ms, bool enabled, tagProgressWords words)
+    : what_(std::move(what)), longest_ms_(longest_ms), words_(std::move(words)) {
   if (enabled) {
     ticker_ = std::thread([this] { Tick(); });
   }
@@ -39,11 +39,16 @@ std::uint64_t CProgress::ElapsedMs() const {
 }
 
 std::string CProgress::Line() const {
-  std::string line = what_ + " ... " + FormatDuration(ElapsedMs());
-  if (longest_ms_ != 0) {
-    line += " (at most " + FormatDuration(longest_ms_) + ")";
+  const std::uint64_t elapsed_ms = ElapsedMs();
+  std::string line = what_ + " ... " + FormatDuration(elapsed_ms);
+  if (const std::string now = words_.now ? words_.now(elapsed_ms) : std::string(); !now.empty()) {
+    line += ", " + now;
   }
-  return line;
+  std::string bounds = words_.usual;
+  if (longest_ms_ != 0) {
+    bounds += (bounds.empty() ? "at most " : "; at most ") + FormatDuration(longest_ms_);
+  }
+  return bounds.empty() ? line : line + " (" + bounds + ")";
 }
 
 void CProgress::Tick() {
@@ -71,14 +76,11 @@ void CProgress::Tick() {
 
 std::string FormatDuration(std::uint64_t ms) {
   const std::uint64_t seconds = ms / 1000;
-  if (seconds < 120) {
-    return std::to_string(seconds) + " s";
+  const std::string rest = std::to_string(seconds % 60) + " s";
+  if (seconds < 60) {
+    return rest;
   }
-  const std::uint64_t minutes = (seconds + 30) / 60;
-  if (minutes < 60) {
-    return std::to_string(minutes) + " min";
-  }
-  return std::to_string(minutes / 60) + " h " + std::to_string(minutes % 60) + " min";
+  return std::to_string(seconds / 60) + " min" + (seconds % 60 == 0 ? "" : " " + rest);
 }
 
 }  // namespace tvmgr

@@ -1,6 +1,9 @@
 #include "printer/manager_session.h"
 
 #include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <string_view>
 
 #include "output/command_error.h"
 #include "output/console.h"
@@ -25,6 +28,50 @@ constexpr char kSilentAdvice[] =
     "check that it is switched on and connected, that --port, --device or "
     "--address "
     "names it, and that its prefix characters are the default ones (tvmgr prefix)";
+
+// What an answering printer makes of the bounds.
+struct tagUsual {
+  std::string_view function;
+  std::string_view usual;
+  std::uint64_t
+      pass_share; /**< of a full load's time that one of up to ten passes takes, 1/N; 0: no passes */
+};
+
+constexpr tagUsual kUsual[] = {
+    {"TVMGR_LoadSetting", "usually a few seconds", 0},
+    {"TVMGR_UpdatePrinterSetting", "usually one pass of a few seconds", 1},
+    {"TVMGR_UpdatePrinterSettingNoChangeDPI", "usually one pass of a few seconds", 1},
+    {"TVMGR_RegistData", "usually one pass of a second", 5},
+    {"TVMGR_DeleteData", "usually one pass of a second", 5},
+    {"TVMGR_ExecutePrinterOperation", "usually until the printer is ready again", 0},
+    {"TVMGR_Backup", "usually a second for each file", 0},
+    {"TVMGR_Restore", "usually under a minute", 0},
+    {"TVMGR_LoadStoredData", "usually a second", 0},
+    {"TVMGR_DirectSendCommand", "usually a second", 0},
+};
+
+constexpr std::uint64_t kPassPauseMs = 500;
+constexpr std::uint64_t kPasses = 10;
+
+// The module says nothing while it works: the pass follows from how long a load took just before.
+tagProgressWords WordsFor(std::string_view function, std::uint64_t load_ms,
+                          std::function<std::string(std::uint64_t)> now) {
+  const auto* const found = std::find_if(std::begin(kUsual), std::end(kUsual),
+                                         [&](const tagUsual& usual) { return usual.function == function; });
+  if (found == std::end(kUsual)) {
+    return {{}, std::move(now)};
+  }
+  if (found->pass_share != 0 && load_ms != 0 && !now) {
+    const std::uint64_t pass_ms = kPassPauseMs + load_ms / found->pass_share;
+    now = [pass_ms](std::uint64_t elapsed_ms) {
+      const std::uint64_t pass = std::min(elapsed_ms / pass_ms + 1, kPasses);
+      return pass == 1 ? std::string()
+                       : "about pass " + std::to_string(pass) + " of " + std::to_string(kPasses) +
+                             ": the printer does not show it yet";
+    };
+  }
+  return {std::string(found->usual), std::move(now)};
+}
 
 }  // namespace
 
@@ -123,12 +170,13 @@ void CManagerSession::LogChoice() const {
 }
 
 std::int32_t CManagerSession::Call(const char* function, const std::string& what, std::uint64_t longest_ms,
-                                   const std::function<std::int32_t()>& call) const {
+                                   const std::function<std::int32_t()>& call,
+                                   std::function<std::string(std::uint64_t)> now) const {
   std::int32_t result = 0;
   std::uint64_t elapsed_ms = 0;
   NoteJsonStep(what);
   {
-    const CProgress progress(what, longest_ms, !options_.quiet);
+    const CProgress progress(what, longest_ms, !options_.quiet, WordsFor(function, load_ms_, std::move(now)));
     CInterruptWait::SetRunning(what);
     ReportStep(what, longest_ms);
     result = call();
@@ -173,8 +221,11 @@ void CManagerSession::RequireAnsweringPrinter() const {
 }
 
 void CManagerSession::LoadAll() const {
+  const auto start = std::chrono::steady_clock::now();
   Require("TVMGR_LoadSetting", "reading all settings and file lists", limit::kFullLoad,
           [] { return TVMGR_LoadSetting(true, 0); });
+  const auto took = std::chrono::steady_clock::now() - start;
+  load_ms_ = static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count());
   // A silent printer is no error for the module. The background file counts for nothing here: its entry is
   // always there after a load.
   const auto settings = AllSettings();

@@ -19,7 +19,7 @@ namespace tvmgr {
 namespace limit {
 constexpr std::uint64_t kTransaction = 60'100;
 constexpr std::uint64_t kShortExchange = 3'100;
-constexpr std::uint64_t kFullLoad = 15 * kTransaction;
+constexpr std::uint64_t kFullLoad = 16 * kTransaction;
 constexpr std::uint64_t kUpdate = 4 * kTransaction + 10 * (500 + 10 * kTransaction);
 constexpr std::uint64_t kPrefixChange = kShortExchange + 3 * kTransaction;
 constexpr std::uint64_t kDirectSend = 4 * kTransaction;
@@ -57,10 +57,12 @@ class CManagerSession {
    * @param function    its name, for --verbose
    * @param what        what it does for the user, "reading all settings"
    * @param longest_ms  the longest time it can take
+   * @param now         what is going on after so many ms, for the progress; see tagProgressWords
    * @return the call's result
    */
   std::int32_t Call(const char* function, const std::string& what, std::uint64_t longest_ms,
-                    const std::function<std::int32_t()>& call) const;
+                    const std::function<std::int32_t()>& call,
+                    std::function<std::string(std::uint64_t)> now = {}) const;
 
   /** As Call; a result other than 0 ends the command, and so does Ctrl-C before the call. */
   void Require(const char* function, const std::string& what, std::uint64_t longest_ms,
@@ -100,6 +102,7 @@ class CManagerSession {
 
   const tagGlobalOptions& options_;
   CInterruptWait interrupt_;
+  mutable std::uint64_t load_ms_ = 0; /**< what the last full load took; 0: there was none */
   std::optional<CPrinterLock> lock_;
   std::optional<CWorkScope> work_;
 };

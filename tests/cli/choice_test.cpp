@@ -12,7 +12,7 @@ class CChoiceTest : public CCliTest {
  protected:
   void SetUp() override {
     CCliTest::SetUp();
-    SetEnvironmentVariableW(L"TVMGR_PORT", nullptr);
+    SetEnvironmentVariableW(L"TVMGR_DEVICE", nullptr);
   }
 };
 

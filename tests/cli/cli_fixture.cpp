@@ -57,11 +57,11 @@ void CCliTest::SetUp() {
   SetEnvironmentVariableW(L"LXEMU_MEMORY", (folder_ / "printer").c_str());
   SetEnvironmentVariableW(L"LXEMU_LOG", (folder_ / "exchanges.log").c_str());
   SetEnvironmentVariableW(L"TVMGR_CONFIG", (folder_ / "choice.json").c_str());
-  for (const wchar_t* const variable : {L"TVMGR_DEVICE", L"TVMGR_ADDRESS"}) {
+  for (const wchar_t* const variable : {L"TVMGR_PORT", L"TVMGR_ADDRESS"}) {
     SetEnvironmentVariableW(variable, nullptr);
   }
   // One tvmgr at a time works with a printer; tests are not to wait for one another.
-  SetEnvironmentVariableW(L"TVMGR_PORT", (L"TEST" + std::to_wstring(GetCurrentProcessId())).c_str());
+  SetEnvironmentVariableW(L"TVMGR_DEVICE", (L"TEST" + std::to_wstring(GetCurrentProcessId())).c_str());
 }
 
 void CCliTest::TearDown() {

@@ -77,7 +77,7 @@ TEST_F(CWatchTest, CommandsAtOnceOnOnePrinterTakeTurns) {
     EXPECT_EQ(run.exit_code, 0U) << run.out << run.err;
   }
   EXPECT_THAT(runs[0].err + runs[1].err,
-              HasSubstr("waiting for another tvmgr that works with the printer on TEST"));
+              HasSubstr("waiting for another tvmgr that works with the printer TEST"));
   EXPECT_THAT(runs[2].err, Not(HasSubstr("waiting for another")));
 }
 

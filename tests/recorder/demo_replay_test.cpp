@@ -134,7 +134,7 @@ TEST_F(CDemoReplayTest, ExampleOfTheGuide) {
   fs::remove(folder_ / "Ferrolink_real.dll");
   SetVariable(L"TAVIRA_REPLAY", Here() / "example.txt");
   SetVariable(L"TAVIRA_REPLAY_REPORT", folder_ / "report");
-  const tagRun played = RunProgram(folder_ / "tvmgr.exe", {"status"});
+  const tagRun played = RunProgram(folder_ / "tvmgr.exe", {"--quiet", "status"});
   EXPECT_EQ(played.out + played.err, "idle (ready)\n");
   EXPECT_EQ(ReadAll(folder_ / "report"), "complete: 6 calls\n");
 }

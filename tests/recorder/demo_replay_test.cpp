@@ -66,10 +66,11 @@ class CDemoReplayTest : public CRecorderTest {
     SetVariable(L"LXEMU_MEMORY", folder_ / "memory");
     SetVariable(L"TVMGR_CONFIG", folder_ / "choice.json");
     SetVariable(L"TVMGR_PORT", L"USB001");
-    std::string picture = "\x89PNG";
+    std::string picture = "\x89PNG\r\n\x1A\n";
     for (int i = 0; i < 3000; ++i) {
       picture += static_cast<char>(i * 7);
     }
+    picture += "IEND\xAE\x42\x60\x82";
     std::ofstream(folder_ / "LOGO.PNG", std::ios::binary) << picture;
   }
 
@@ -117,7 +118,12 @@ class CDemoReplayTest : public CRecorderTest {
   }
 
  private:
-  tagRun Tvmgr(const tagStep& step) const { return RunProgram(folder_ / "tvmgr.exe", step.arguments); }
+  /** Without a time-out: its question for the status would be a transcript of its own. */
+  tagRun Tvmgr(const tagStep& step) const {
+    std::vector<std::string> arguments = {"--timeout", "0"};
+    arguments.insert(arguments.end(), step.arguments.begin(), step.arguments.end());
+    return RunProgram(folder_ / "tvmgr.exe", arguments);
+  }
 
   void MoveTo(const fs::path& folder, const std::vector<std::string>& files) const {
     fs::create_directories(folder);

@@ -153,7 +153,11 @@ TEST_F(UsbTreeTest, SettingIniStandsBesideTheModuleOnTheCurrentDrive) {
   EXPECT_EQ(std::vector<std::wstring>{L"Label"}, names.printers);
   const std::filesystem::path other_drive = file.root_name() == L"C:" ? L"Z:\\" : L"C:\\";
   std::filesystem::current_path(other_drive);
-  EXPECT_EQ(L"", settings_.UserHubName());
+  // The hub's name is read with the module's drive, the lists without.
+  EXPECT_EQ(L"AcmeH", settings_.UserHubName());
+  tagSupportedNames elsewhere;
+  settings_.ReadSupportedNames(elsewhere);
+  EXPECT_TRUE(elsewhere.printers.empty());
   std::filesystem::current_path(start);
   std::filesystem::remove(file);
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <thread>
 
 #include "memory_sink.h"
@@ -15,7 +16,7 @@ using test::WriteAgain;
 const std::string kHeader = "Ferrolink transcript 1\n";
 
 std::uint64_t StopWatch() {
-  static std::uint64_t now = 0;
+  static std::atomic<std::uint64_t> now = 0;
   return now++;
 }
 

@@ -42,25 +42,27 @@ bool Replay(const fs::path& input) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: %s CORPUS_FOLDER\n", argv[0]);
+  if (argc < 2) {
+    std::fprintf(stderr, "usage: %s CORPUS_FOLDER...\n", argv[0]);
     return 2;
   }
-  std::error_code error;
-  const std::vector<fs::path> inputs = ListInputs(argv[1], error);
-  if (error || inputs.empty()) {
-    std::fprintf(stderr, "%s: %s\n", argv[1], error ? error.message().c_str() : "no inputs");
-    return 1;
-  }
-  for (const fs::path& input : inputs) {
-    // Named before it runs: when the target crashes, the last line says on what.
-    std::printf("%s\n", input.filename().string().c_str());
-    std::fflush(stdout);
-    if (!Replay(input)) {
-      std::fprintf(stderr, "%s: cannot be read\n", input.string().c_str());
+  for (int i = 1; i < argc; ++i) {
+    std::error_code error;
+    const std::vector<fs::path> inputs = ListInputs(argv[i], error);
+    if (error || inputs.empty()) {
+      std::fprintf(stderr, "%s: %s\n", argv[i], error ? error.message().c_str() : "no inputs");
       return 1;
     }
+    for (const fs::path& input : inputs) {
+      // Named before it runs: when the target crashes, the last line says on what.
+      std::printf("%s\n", input.filename().string().c_str());
+      std::fflush(stdout);
+      if (!Replay(input)) {
+        std::fprintf(stderr, "%s: cannot be read\n", input.string().c_str());
+        return 1;
+      }
+    }
+    std::printf("%zu inputs\n", inputs.size());
   }
-  std::printf("%zu inputs\n", inputs.size());
   return 0;
 }

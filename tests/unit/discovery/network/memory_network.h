@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -32,6 +33,7 @@ class CMemoryNetwork final : public ISockets {
   std::atomic<int> failing_receives{0}; /**< the first ones of each socket made from now on, with 10054 */
   std::atomic<int> failing_polls{0};    /**< so many from now on */
   std::atomic<bool> is_silent{false};   /**< all printers ignore what comes */
+  std::function<void(const std::string&)> on_datagram; /**< sees whatever a printer sends */
 
   /** How many requests to single printers have been sent. */
   int Requests() const { return requests_; }
@@ -154,6 +156,9 @@ class CMemoryNetwork final : public ISockets {
     lxemu::tagSearchIdentity identity;
     identity.name = "printer " + std::to_string(index + 2);
     for (const lxemu::tagSearchAnswer& answer : lxemu::AnswerSearch(datagram, identity, plans_[index])) {
+      if (on_datagram) {
+        on_datagram(answer.bytes);
+      }
       const std::uint16_t port = answer.from_other_port ? kOtherPort : std::uint16_t{3289};
       inbox.datagrams.push_back(
           {answer.bytes, {kFirstAddress + index, port}, clock_.TickCount() + answer.after_ms});

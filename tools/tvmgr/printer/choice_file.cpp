@@ -6,7 +6,6 @@
 
 #include "files/host_data.h"
 #include "output/command_error.h"
-#include "output/json_output.h"
 #include "output/text_encoding.h"
 
 namespace tvmgr {
@@ -27,35 +26,6 @@ std::string Shown(const fs::path& path) {
   return "\"" + ToUtf8(path.wstring()) + "\"";
 }
 
-tagRememberedPrinter ReadPrinter(const Json& json) {
-  tagRememberedPrinter printer{json.at("kind").get<std::string>(), json.at("value").get<std::string>(),
-                               json.value("name", std::string())};
-  const bool is_kind = printer.kind == "port" || printer.kind == "device" || printer.kind == "address";
-  if (!is_kind || printer.value.empty()) {
-    throw CFailure("");
-  }
-  return printer;
-}
-
-Json WritePrinter(const tagRememberedPrinter& printer) {
-  return {{"kind", printer.kind}, {"value", printer.value}, {"name", printer.name}};
-}
-
-tagChoiceFile Read(const std::string& text) {
-  const Json json = Json::parse(text);
-  if (!json.is_object() || !json.contains("found")) {
-    throw CFailure("");  // somebody else's file: we always write this member
-  }
-  tagChoiceFile choice;
-  if (json.contains("chosen")) {
-    choice.chosen = ReadPrinter(json.at("chosen"));
-  }
-  for (const Json& printer : json.at("found")) {
-    choice.found.push_back(ReadPrinter(printer));
-  }
-  return choice;
-}
-
 }  // namespace
 
 tagChoiceFile LoadChoiceFile() {
@@ -65,8 +35,9 @@ tagChoiceFile LoadChoiceFile() {
     return {};
   }
   try {
-    return Read(ReadHostFile(ToUtf8(path.wstring())));
-  } catch (const Json::exception&) {
+    if (auto choice = ParseChoice(ReadHostFile(ToUtf8(path.wstring())))) {
+      return *std::move(choice);
+    }
   } catch (const CFailure&) {
   }
   throw CInputFileError(
@@ -88,19 +59,11 @@ void SaveChoiceFile(const tagChoiceFile& choice) {
   if (path.empty()) {
     throw CFailure("there is no folder for application data (APPDATA) in which to remember the printer");
   }
-  Json json = Json::object();
-  if (choice.chosen) {
-    json["chosen"] = WritePrinter(*choice.chosen);
-  }
-  json["found"] = Json::array();
-  for (const tagRememberedPrinter& printer : choice.found) {
-    json["found"].push_back(WritePrinter(printer));
-  }
   std::error_code error;
   fs::create_directories(path.parent_path(), error);
   fs::path next = path;
   next += L".new";
-  WriteHostFile(ToUtf8(next.wstring()), json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  WriteHostFile(ToUtf8(next.wstring()), FormatChoice(choice));
   fs::rename(next, path, error);
   if (error) {
     std::error_code ignored;

@@ -1,23 +1,8 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
+#include "printer/choice_text.h"
 
 namespace tvmgr {
-
-/** A printer as "use" remembers it. UTF-8. */
-struct tagRememberedPrinter {
-  std::string kind;  /**< "port", "device" or "address" */
-  std::string value; /**< port of the print spooler, USB device path, or host name or address */
-  std::string name;  /**< as the search found it; may be empty */
-};
-
-/** What is kept from command to command. */
-struct tagChoiceFile {
-  std::optional<tagRememberedPrinter> chosen;
-  std::vector<tagRememberedPrinter> found; /**< by the last search, in the order of its numbers */
-};
 
 /** The environment variable that puts another path in place of the file's own. */
 constexpr char kChoiceFileVariable[] = "TVMGR_CONFIG";

@@ -33,7 +33,7 @@ class CMemoryNetwork final : public ISockets {
   std::atomic<int> failing_receives{0}; /**< the first ones of each socket made from now on, with 10054 */
   std::atomic<int> failing_polls{0};    /**< so many from now on */
   std::atomic<bool> is_silent{false};   /**< all printers ignore what comes */
-  std::function<void(const std::string&)> on_datagram; /**< sees whatever a printer sends */
+  std::function<void(std::string&)> on_datagram; /**< sees whatever a printer sends, and may change it */
 
   /** How many requests to single printers have been sent. */
   int Requests() const { return requests_; }
@@ -155,7 +155,7 @@ class CMemoryNetwork final : public ISockets {
   void Answer(std::uint32_t index, std::string_view datagram, tagInbox& inbox) const {
     lxemu::tagSearchIdentity identity;
     identity.name = "printer " + std::to_string(index + 2);
-    for (const lxemu::tagSearchAnswer& answer : lxemu::AnswerSearch(datagram, identity, plans_[index])) {
+    for (lxemu::tagSearchAnswer& answer : lxemu::AnswerSearch(datagram, identity, plans_[index])) {
       if (on_datagram) {
         on_datagram(answer.bytes);
       }

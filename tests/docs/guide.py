@@ -13,12 +13,11 @@ text, alone in a line for any lines. A command that fails is followed by "> echo
 
 import re
 from dataclasses import dataclass
-
 from pathlib import Path
 
 DOCS = Path(__file__).resolve().parents[2] / "docs"
-# These are no guides: how the repository is built inside, the format of tvmgr --json, the index.
-OTHER_PAGES = {"ARCHITECTURE.md", "json.md", "README.md"}
+# These are no guides: how the repository is built inside, the index, tvmgr and the format of its --json.
+OTHER_PAGES = {"ARCHITECTURE.md", "README.md", "json.md", "tvmgr.md"}
 PROGRAM_LANGUAGES = {"c", "cpp", "csharp", "ini", "python"}
 MARK = re.compile(r"<!-- (?:file (?P<name>\S+)|(?P<stage>(?:network |tvmgr )?)transcript) -->")
 

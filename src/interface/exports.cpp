@@ -1,9 +1,7 @@
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <new>
 #include <stdexcept>
-#include <thread>
 
 #include "manager/tavira_manager.h"
 #include "platform/platform.h"
@@ -96,7 +94,7 @@ int32_t TVMGR_Terminate(void) {
   if (manager) {
     manager->GiveUpSearch();
     while (g_calls != 0) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      manager->Pause();
     }
   }
   return TVMGR_OK;

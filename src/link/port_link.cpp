@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace tavira {
 namespace {
@@ -20,11 +21,12 @@ void CPortLink::Forget() {
 
 std::int32_t CPortLink::Start() {
   Forget();
-  entries_.reset(new (std::nothrow) tagLibraryEntries);
-  if (entries_ == nullptr) {
+  std::unique_ptr<tagLibraryEntries> entries(new (std::nothrow) tagLibraryEntries);
+  if (entries == nullptr) {
     return TVMGR_OUT_OF_MEMORY;
   }
-  entries_->module = modules_.Load(kLibraryFile);
+  entries->module = modules_.Load(kLibraryFile);
+  entries_ = std::move(entries);  // not before: without memory for the loading, this link was never started
   if (entries_->module == nullptr) {
     return TVMGR_PORT_LIBRARY_MISSING;
   }

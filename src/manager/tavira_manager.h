@@ -37,6 +37,12 @@ class CTaviraManager final : public ITaviraManager {
   /** Ends what a call of another thread may be waiting for in a search, before the manager is destroyed. Any thread. */
   void GiveUpSearch() { search_.GiveUp(); }
 
+  /**
+   * Lets a moment pass for calls that still run. By the system's own means: the thread library would keep two handles
+   * for the calling thread, beyond the unloading of this module.
+   */
+  void Pause() { platform_->Clock().Sleep(1); }
+
   /** Gives back what the operation that has just ended needed most of: the bytes sent and received. */
   void ReleaseBuffers();
 

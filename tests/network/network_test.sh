@@ -3,7 +3,7 @@
 # choose a printer, load, store, back up.
 # Usage: network_test.sh LXEMU_NETWORK BIN_FOLDER WORK_FOLDER
 #   LXEMU_NETWORK  the native program    BIN_FOLDER  tvmgr.exe, TaviraManager.dll, Ferrolink.dll, network_probe.exe,
-#     manager_tests.exe
+#     manager_tests.exe, module_loading_tests.exe
 #   WORK_FOLDER    is made; keeps a Wine prefix of its own for the next run
 # Exit code 0 passed, 77 skipped (no permission to make a network namespace), else failed.
 set -euo pipefail
@@ -146,6 +146,12 @@ mkdir -p "$work/memory/"{127.0.0.2,127.0.0.4}
 printf '[search]\nwrong_letter = announcement\n' >"$work/memory/127.0.0.2/printer.ini"
 printf '[search]\nrejected = names\n' >"$work/memory/127.0.0.4/printer.ini"
 search_finds "$chosen"
+
+step "Hosts that unload the module while a printer has fallen silent lose no socket"
+printf '[search]\nsilent = state\n' >"$work/memory/127.0.0.4/printer.ini"
+rm "$work/memory/127.0.0.2/printer.ini"
+TAVIRA_TEST_NETWORK=1 wine_run module_loading_tests.exe --gtest_brief=1 "--gtest_filter=ModuleNetworkTest.*" ||
+  fail "module_loading_tests"
 
 step "Load all settings of the one chosen, and of another one"
 for address in "$chosen" 127.0.0.4; do

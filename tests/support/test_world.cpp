@@ -65,7 +65,7 @@ void NeverCalled() {
 class CFakeModuleLoader final : public IModuleLoader {
  public:
   void* Load(const char* file_name) override {
-    const bool known = std::string_view(file_name) == "Ferrolink.dll";
+    const bool known = WidenAscii(file_name) == WidenAscii("Ferrolink.dll");  // the system takes wide text
     return known && !CTestWorld::Current().library_is_missing ? this : nullptr;
   }
 

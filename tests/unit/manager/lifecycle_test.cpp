@@ -1,7 +1,9 @@
 #include <future>
+#include <thread>
 
 #include "support/allocation_faults.h"
 #include "support/module_test.h"
+#include "unit/discovery/network/memory_network.h"
 
 namespace tavira::test {
 namespace {
@@ -89,6 +91,15 @@ TEST(LifecycleTest, WithoutAPortLinkWhatNeedsOneSaysSo) {
   }
   EXPECT_TRUE(world.calls.empty());
   TVMGR_Terminate();
+  std::int32_t result = TVMGR_OUT_OF_MEMORY;
+  for (std::uint32_t nth = 1; result != TVMGR_OK;
+       ++nth) {  // wherever the memory ends, in the link itself too
+    CAllocationFaults::Arm(nth);
+    result = TVMGR_Initialize();
+    CAllocationFaults::Disarm();
+    EXPECT_EQ(result == TVMGR_OK ? TVMGR_OK : TVMGR_NOT_INITIALIZED, TVMGR_LoadSetting(false, 1)) << nth;
+    TVMGR_Terminate();
+  }
 }
 
 // In a process of its own, because the earlier manager is never released.
@@ -168,6 +179,32 @@ TEST(LifecycleTest, TerminateWaitsForACallOfAnotherThread) {
   go_on.set_value();
   EXPECT_EQ(TVMGR_OK, call.get());
   EXPECT_EQ(TVMGR_OK, end.get());
+}
+
+TEST(LifecycleTest, TerminateBesideTheSearchOfAnotherThread) {
+  lxemu::tagSearchPlan silent;
+  silent.silent.Add(lxemu::SearchMessage::kState);
+  for (int round = 0; round < 20; ++round) {
+    CTestWorld world;
+    CMemoryNetwork printers(world.clock, std::vector(5, silent));
+    world.sockets = &printers;
+    TVMGR_Initialize();
+    ASSERT_EQ(TVMGR_OK, TVMGR_StartSearchPrinter(TVMGR_SEARCH_NETWORK, 0));
+    auto stops = std::async(std::launch::async, [] {
+      std::int32_t result = TVMGR_OK;
+      while (result == TVMGR_OK) {
+        result = TVMGR_StopSearchPrinter(TVMGR_SEARCH_NETWORK);
+        TVMGR_GetSearchedPrinterInfo(TVMGR_SEARCH_NETWORK, 0, nullptr, nullptr);
+      }
+      return result;
+    });
+    while (printers.Requests() < 5) {
+      std::this_thread::yield();
+    }
+    EXPECT_EQ(TVMGR_OK, TVMGR_Terminate());
+    EXPECT_EQ(TVMGR_NOT_INITIALIZED, stops.get());
+    EXPECT_EQ(0U, printers.OpenSockets());
+  }
 }
 
 TEST(LifecycleTest, TerminateEndsThePortLibraryOnce) {

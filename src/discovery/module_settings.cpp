@@ -44,9 +44,14 @@ std::int32_t CModuleSettings::ReadSupportedNames(tagSupportedNames& names) const
   return TVMGR_OK;
 }
 
-WideString CModuleSettings::UserHubName() const {
+// A value of the ANSI code page. Read wide all the same, because the path may have characters that it lacks.
+WideString CModuleSettings::UserHubName(ITextCodec& text) const {
   const WideString path = BesideFile(file_.ModulePath());
-  return path.empty() ? path : file_.ReadWide(path, "Search", "UserUSBHubName", kHubNameSize);
+  WideString name = path.empty() ? path : file_.ReadWide(path, "Search", "UserUSBHubName", kHubNameSize);
+  while (text.ToAnsi(name).size() >= kHubNameSize) {
+    name.pop_back();
+  }
+  return text.FromAnsi(text.ToAnsi(name));
 }
 
 // The directory without its drive: the file is looked for on the current drive.

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/profile_file.h"
+#include "platform/text_codec.h"
 
 namespace tavira {
 
@@ -24,8 +25,8 @@ class CModuleSettings {
   /** Replaces both lists. 0, or −1 when the file has no path; the lists are then left as they were. */
   std::int32_t ReadSupportedNames(tagSupportedNames& names) const;
 
-  /** The service name of one more USB hub driver, up to 63 characters; usually empty. */
-  WideString UserHubName() const;
+  /** The service name of one more USB hub driver, up to 63 bytes in the ANSI code page; usually empty. */
+  WideString UserHubName(ITextCodec& text) const;
 
  private:
   WideString ListsPath() const;

@@ -76,7 +76,7 @@ void CUsbEnumeration::ReadDeviceId(tagUsbRawEntry& entry) {
 }
 
 void CUsbEnumeration::ReadIdentityFromHub(tagUsbRawEntry& entry) {
-  const auto place = FindHubPort(tree_, settings_, entry.instance_id);
+  const auto place = FindHubPort(tree_, settings_, text_, entry.instance_id);
   if (!place) {
     return;
   }

@@ -16,25 +16,25 @@ constexpr std::array<std::string_view, 10> kHubServices{"usbhub",   "usbhub3", "
 /** Deeper than any bus nests, so that a broken tree cannot keep the walk going. */
 constexpr int kMostLevels = 64;
 
-bool IsHubService(const WideString& service, const CModuleSettings& settings) {
+bool IsHubService(const WideString& service, const CModuleSettings& settings, ITextCodec& text) {
   const bool is_known = std::any_of(kHubServices.begin(), kHubServices.end(), [&service](auto name) {
     return StartsWithIgnoringCase(service, WidenAscii(name));
   });
   if (is_known) {
     return true;
   }
-  const WideString user_name = settings.UserHubName();
+  const WideString user_name = settings.UserHubName(text);
   return !user_name.empty() && StartsWithIgnoringCase(service, user_name);
 }
 
 }  // namespace
 
-std::optional<tagHubPort> FindHubPort(IUsbTree& tree, const CModuleSettings& settings,
+std::optional<tagHubPort> FindHubPort(IUsbTree& tree, const CModuleSettings& settings, ITextCodec& text,
                                       const WideString& instance_id) {
   std::optional<DeviceNode> device = tree.Locate(instance_id);
   for (int level = 0; device && level < kMostLevels; ++level) {
     const std::optional<DeviceNode> parent = tree.Parent(*device);
-    if (parent && IsHubService(tree.Service(*parent), settings)) {
+    if (parent && IsHubService(tree.Service(*parent), settings, text)) {
       return tagHubPort{tree.InstanceId(*parent), tree.Address(*device).value_or(0)};
     }
     device = parent;

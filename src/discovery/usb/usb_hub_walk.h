@@ -18,7 +18,7 @@ struct tagHubPort {
  * Walks up from a device to the first parent whose driver is a hub's, known or named in Setting.ini. A
  * composite device's parts have its port: it is the last one below the hub.
  */
-std::optional<tagHubPort> FindHubPort(IUsbTree& tree, const CModuleSettings& settings,
+std::optional<tagHubPort> FindHubPort(IUsbTree& tree, const CModuleSettings& settings, ITextCodec& text,
                                       const WideString& instance_id);
 
 }  // namespace tavira

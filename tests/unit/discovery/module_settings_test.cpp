@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "discovery_fakes.h"
+#include "support/test_world.h"
 
 namespace tavira::test {
 namespace {
@@ -32,13 +32,37 @@ TEST(ModuleSettingsTest, ListsHoldWhatStandsUnderTheKeys0To19) {
 
 TEST(ModuleSettingsTest, ValuesAreCutToTheirBuffers) {
   CMemoryProfile profile;
-  profile.values = {{"SupportPrinter/0", std::string(400, 'p')},
-                    {"Search/UserUSBHubName", std::string(400, 'h')}};
+  profile.values = {{"SupportPrinter/0", std::string(400, 'p')}};
   const CModuleSettings settings(profile);
   tagSupportedNames names;
   settings.ReadSupportedNames(names);
   EXPECT_EQ(259U, names.printers.at(0).size());
-  EXPECT_EQ(63U, settings.UserHubName().size());
+}
+
+TEST(ModuleSettingsTest, TheHubNameIsCutToABufferOfBytes) {
+  constexpr char16_t kPair = 0x8240;  // of the double-byte page
+  const struct {
+    std::u16string value;
+    std::u16string name;
+  } cases[] = {{std::u16string(400, 'h'), std::u16string(63, 'h')},
+               {std::u16string(40, kPair), std::u16string(31, kPair)},
+               {u'h' + std::u16string(40, kPair), u'h' + std::u16string(31, kPair)},
+               {{u'h', 0x3042}, u"h?"}};
+  class CWideProfile final : public IProfileFile {
+   public:
+    WideString ReadWide(const WideString&, const char*, const char*, std::size_t buffer_size) override {
+      return value.substr(0, buffer_size - 1);
+    }
+    WideString ModulePath() override { return WidenAscii("C:\\T.dll"); }
+    WideString value;
+  } profile;
+  CTestWorld world;
+  world.double_byte_code_page = true;
+  const auto platform = MakePlatform();
+  for (const auto& [value, name] : cases) {
+    profile.value.assign(value.begin(), value.end());
+    EXPECT_EQ(WideString(name.begin(), name.end()), CModuleSettings(profile).UserHubName(platform->Text()));
+  }
 }
 
 TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
@@ -59,6 +83,8 @@ TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
                            {"C:\\a\\" + std::string(250, 'n') + ".dll", "\\a\\Setting.ini"},
                            {"C:\\a\\" + std::string(251, 'n') + ".dll", ""},
                            {"", ""}};
+  CTestWorld world;
+  const auto platform = MakePlatform();
   const auto beside = [](const std::string& module) {
     return module.empty() ? module : module.substr(0, module.find_last_of("\\/") + 1) + "Setting.ini";
   };
@@ -74,7 +100,7 @@ TEST(ModuleSettingsTest, TheFileStandsBesideTheModuleOnTheCurrentDrive) {
               profile.paths);
     // The hub's name: in the same folder, on the module's own drive.
     profile.paths.clear();
-    EXPECT_EQ(WidenAscii(entry.module.empty() ? "" : "hub"), settings.UserHubName());
+    EXPECT_EQ(WidenAscii(entry.module.empty() ? "" : "hub"), settings.UserHubName(platform->Text()));
     EXPECT_EQ(entry.module.empty() ? std::set<WideString>()
                                    : std::set<WideString>{WidenAscii(beside(entry.module))},
               profile.paths);

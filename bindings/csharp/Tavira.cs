@@ -569,7 +569,8 @@ namespace Tavira
             return new string(name, 0, name.Length - 1);
         }
 
-        /// <summary>The names that the last full load, registration, deletion or operation found.</summary>
+        /// <summary>The names that the last full load, registration, deletion or operation found; entries without one
+        /// are left out.</summary>
         public IReadOnlyList<string> Files(FileList list)
         {
             var names = new string[FileCount(list)];
@@ -577,7 +578,7 @@ namespace Tavira
             {
                 names[i] = FileName(list, i);
             }
-            return names;
+            return Array.FindAll(names, name => name.Length != 0);
         }
 
         /// <summary>A stored file, or null: there is no such file, or the printer was silent.</summary>

@@ -596,8 +596,9 @@ class Manager:
         return bytes(characters)[:-2].decode("utf-16-le", "surrogatepass")
 
     def files(self, file_list: int) -> List[str]:
-        """The names that the last full load, registration, deletion or operation found."""
-        return [self.file_name(file_list, index) for index in range(self.file_count(file_list))]
+        """The names that the last full load, registration, deletion or operation found; nameless entries are left out."""
+        names = (self.file_name(file_list, index) for index in range(self.file_count(file_list)))
+        return [name for name in names if name]
 
     def fetch(self, file_list: int, file_name: str, timeout_ms: int = 60000) -> Optional[bytes]:
         """A stored file, or None: there is no such file, or the printer was silent."""

@@ -17,6 +17,7 @@
 
 #include <tavira/records.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <initializer_list>
@@ -204,12 +205,13 @@ class Manager {
     detail::Check(kFunction, TVMGR_GetRegistFileArrayData(list, checked, name.data(), &capacity));
     return detail::FromUtf16(name.c_str());
   }
-  /** The names that the last full load, registration, deletion or operation found. */
+  /** The names that the last full load, registration, deletion or operation found; entries without one are left out. */
   std::vector<std::wstring> Files(FileList list) const {
     std::vector<std::wstring> names(FileCount(list));
     for (std::size_t i = 0; i < names.size(); ++i) {
       names[i] = FileName(list, i);
     }
+    names.erase(std::remove(names.begin(), names.end(), std::wstring()), names.end());
     return names;
   }
   /** A stored file, or none: there is no such file, or the printer was silent. */

@@ -1,6 +1,7 @@
 #include <stdexcept>
 
 #include "support/exchange_texts.h"
+#include "tavira/manager.hpp"
 
 namespace tavira::test {
 namespace {
@@ -139,6 +140,16 @@ TEST_F(RegisteredFilesTest, ClearingTheRequestListTouchesNeitherTheListsNorTheRe
   EXPECT_EQ(TVMGR_OK, TVMGR_DeleteData());
   EXPECT_FALSE(world_.printer.File("E:A.PNG"));
   EXPECT_EQ(WideNames{}, Names(30));
+}
+
+TEST(FilesOfTheCppLayerTest, EntriesWithoutANameAreLeftOut) {
+  CTestWorld world;
+  tavira::Manager manager;
+  manager.ChooseDefault();
+  world.scripted_answer = ListingOf("") + ListingOf("A.PNG") + ListingOf(" B.PNG");
+  manager.Load();
+  EXPECT_EQ(3U, manager.FileCount(TVMGR_LIST_PNG));
+  EXPECT_EQ(std::vector<std::wstring>{L"A.PNG"}, manager.Files(TVMGR_LIST_PNG));
 }
 
 }  // namespace

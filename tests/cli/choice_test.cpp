@@ -65,6 +65,38 @@ TEST_F(CChoiceTest, RememberedPrinterIsTakenWhenNothingElseNamesOne) {
   EXPECT_EQ(info["settings"]["IMP,S"], "LX-R4100");
 }
 
+TEST_F(CChoiceTest, APortBehindWhichNoPrinterIsKnownIsRemarkedOn) {
+  // A port of the spooler that is known; nobody listens there.
+  const std::wstring known = L"IP_tvmgr_test_" + std::to_wstring(GetCurrentProcessId());
+  const std::wstring key =
+      L"SYSTEM\\CurrentControlSet\\Control\\Print\\Monitors\\Standard TCP/IP Port\\Ports\\" + known;
+  constexpr wchar_t kAddress[] = L"127.0.0.1:9";
+  ASSERT_EQ(ERROR_SUCCESS, RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"IPAddress", REG_SZ, kAddress,
+                                           sizeof kAddress));
+  const std::string known_port(known.begin(), known.end());
+  const struct {
+    std::vector<std::string> options;
+    bool is_remarked_on;
+    unsigned exit_code;
+  } cases[] = {
+      {{"--port", "USB001"}, true, 0},
+      {{"--port", "WSD-1"}, true, 0},
+      {{"--port", "USB001", "--quiet"}, false, 0},
+      {{"--device", "usb#9"}, false, 0},
+      {{"--port", known_port}, false, 4},
+  };
+  for (const auto& [options, is_remarked_on, exit_code] : cases) {
+    std::vector<std::string> arguments = options;
+    arguments.emplace_back("status");
+    const tagRun run = Tvmgr(arguments);
+    EXPECT_EQ(is_remarked_on,
+              run.err.find("no printer is known behind port " + options[1]) != std::string::npos)
+        << run.err;
+    EXPECT_EQ(exit_code, run.exit_code) << run.err;
+  }
+  EXPECT_EQ(ERROR_SUCCESS, RegDeleteTreeW(HKEY_LOCAL_MACHINE, key.c_str()));
+}
+
 TEST_F(CChoiceTest, DamagedMemoryStopsCommandsInsteadOfChoosingAnotherPrinter) {
   for (const char* const damaged :
        {R"({"chosen":{"kind":"fax","value":"1"},"found":[]})", R"({"of":"others"})", "[]"}) {

@@ -1,5 +1,5 @@
-// Ferrolink.dll with printers on the network: lxemu_network runs as a process of its own on this machine's
-// loopback, on ports that are free.
+// Ferrolink.dll as a host sees it, with its own printer and with printers on the network: lxemu_network runs as a process
+// of its own on this machine's loopback, on ports that are free. (What it keeps from process to process: tests/cli.)
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -11,12 +11,75 @@
 #include <string>
 #include <vector>
 
-#include "ferrolink_host.h"
-
 namespace {
 
 namespace fs = std::filesystem;
-using lxemu::CFerrolinkHost;
+
+struct tagDescription {
+  std::int32_t port_type = 1;
+  const wchar_t* strings[3] = {L"USB001", nullptr, L""};  // the third one: the address on the network
+  char data[16] = {'^', 'F', 'X', '^', 'F', 'S'};
+  std::int32_t data_used = 6;
+};
+static_assert(sizeof(tagDescription) == 56);
+
+/// A host that has loaded the port library.
+class CFerrolinkHost {
+ public:
+  CFerrolinkHost() = default;
+  // Unloading closes the log, so that the folder can be removed.
+  ~CFerrolinkHost() { FreeLibrary(library_); }
+  CFerrolinkHost(const CFerrolinkHost&) = delete;
+  CFerrolinkHost& operator=(const CFerrolinkHost&) = delete;
+
+  /// One exchange from opening to closing; an error code as text when a call fails.
+  std::string Exchange(const std::string& commands, DWORD timeout_ms = 2000,
+                       const std::wstring& address = {}) {
+    tagDescription description;
+    description.port_type = address.empty() ? 1 : 2;
+    description.strings[2] = address.c_str();
+    const std::int32_t code = initialize(&description);
+    const std::string answer =
+        code != 0 ? "Initialize " + std::to_string(code) : SendAndReceive(commands, timeout_ms);
+    terminate();
+    return answer;
+  }
+
+ private:
+  const HMODULE library_ = LoadLibraryW(L"Ferrolink.dll");
+
+  template <typename Function>
+  Function* Find(const char* name) const {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(library_, name)));
+  }
+
+ public:
+  std::int32_t (*const initialize)(const void*) = Find<std::int32_t(const void*)>("Initialize");
+  std::int32_t (*const terminate)() = Find<std::int32_t()>("Terminate");
+  std::int32_t (*const send)(const void*,
+                             std::uint32_t) = Find<std::int32_t(const void*, std::uint32_t)>("SendData");
+  std::int32_t (*const receive)(void*,
+                                std::uint32_t*) = Find<std::int32_t(void*, std::uint32_t*)>("ReceiveData");
+  std::int32_t (*const clear)() = Find<std::int32_t()>("ClearReceiveData");
+  std::int32_t (*const index)() = Find<std::int32_t()>("GetPortComIndex");
+
+ private:
+  std::string SendAndReceive(const std::string& commands, DWORD timeout_ms) const {
+    const std::string frame = "\x10\x1B\x1D\x1B\x1B" + commands + "\x10\x1B\x1D\x1B\x1C";
+    std::int32_t code = send(frame.data(), static_cast<std::uint32_t>(frame.size()));
+    if (code != 0) {
+      return "SendData " + std::to_string(code);
+    }
+    std::uint32_t count = 0;
+    for (DWORD waited = 0; waited < timeout_ms && code == 0 && count == 0; waited += 10) {
+      code = receive(nullptr, &count);
+      Sleep(count == 0 ? 10 : 0);
+    }
+    std::string answer(count, '\0');
+    code = code != 0 || count == 0 ? code : receive(answer.data(), &count);
+    return code != 0 ? "ReceiveData " + std::to_string(code) : answer.substr(0, count);
+  }
+};
 
 std::string ReadAll(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -121,7 +184,9 @@ TEST_F(FerrolinkNetwork, ReachesThePrinterThatTheAddressNames) {
   EXPECT_EQ(host.Exchange("~H(CLR,Z", 2000, second), "\x02^S(CLR,Z,600\x03\r\n");
   // Without an address: the printer in this process.
   EXPECT_EQ(host.Exchange("~H(CLR,Z"), "\x02^S(CLR,Z,600\x03\r\n");
-  EXPECT_EQ(host.SendOnClosedPort(), -1002);
+  EXPECT_EQ(host.send("", 1), -1002);
+  EXPECT_EQ(host.clear(), -1002);
+  EXPECT_EQ(host.index(), 0);
   EXPECT_EQ(ReadAll(folder_ / "printers" / "127.0.0.2" / "E" / "LOGO.PNG"), "bytes");
   EXPECT_FALSE(fs::exists(folder_ / "printers" / "127.0.0.3" / "E"));
   EXPECT_FALSE(fs::exists(folder_ / "here" / "E"));

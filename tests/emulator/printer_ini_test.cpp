@@ -54,13 +54,6 @@ TEST(PrinterIni, NamesEachLineThatItDoesNotUnderstand) {
   EXPECT_EQ(ReadPrinterIni("").faults.latency_ms, 20u);
 }
 
-TEST(PrinterIni, AppliesToAPrinter) {
-  tagTestPrinter printer;
-  ApplyIni(ReadPrinterIni("[printer]\nbusy_ms=100\n[factory]\nCLR,Z=300\n"), printer.printer);
-  EXPECT_EQ(printer("~H(SMA,S"), Framed("^S(SMA,S,PR"));
-  EXPECT_EQ(printer("^XA^JUF^XZ~H(CLR,Z"), Framed("^S(CLR,Z,300"));
-}
-
 TEST(TextEscape, RoundTripsAnyByte) {
   std::string bytes;
   for (int i = 0; i < 256; ++i) {

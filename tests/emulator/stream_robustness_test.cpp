@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <random>
 #include <string>
@@ -11,71 +10,7 @@
 namespace lxemu {
 namespace {
 
-/// Streams of command pieces and random bytes: nearer to real streams than bytes alone.
-std::string RandomStream(std::mt19937& random) {
-  static constexpr std::array kPieces = std::to_array<std::string_view>({"^XA",
-                                                                         "^XZ",
-                                                                         "^S(CLR,Z,",
-                                                                         "~H(CLR,Z",
-                                                                         "^JUS",
-                                                                         "^JUF",
-                                                                         "^H(E",
-                                                                         "^HWE:*",
-                                                                         "^HFE:A",
-                                                                         "^H(YE:A.PNG",
-                                                                         "^IDE:*.?",
-                                                                         "^F(AE:A.PNG,Y",
-                                                                         "^WDE:",
-                                                                         "^DFE:A^FS",
-                                                                         "~DYE:A,B,P,5,0,",
-                                                                         ":B64:QUJD:",
-                                                                         ":Z64:eJw=",
-                                                                         "^CT",
-                                                                         "^CC",
-                                                                         "^CD",
-                                                                         "\x1E"
-                                                                         "CC",
-                                                                         "\x1E"
-                                                                         "CT",
-                                                                         "\x10H(CCC\x1FT",
-                                                                         "^JBE",
-                                                                         "^FX",
-                                                                         ",",
-                                                                         ":",
-                                                                         "^",
-                                                                         "~",
-                                                                         "\x1E",
-                                                                         "\x10"});
-  std::string stream;
-  const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
-  for (unsigned i = below(40); i > 0; --i) {
-    if (below(3) == 0) {
-      stream += static_cast<char>(below(256));
-    } else {
-      stream += kPieces[below(kPieces.size())];
-    }
-  }
-  return stream;
-}
-
-TEST(StreamRobustness, AnyBytesLeaveAPrinterThatStillAnswers) {
-  std::mt19937 random(4100);
-  for (int round = 0; round < 300; ++round) {
-    tagTestPrinter printer;
-    for (int i = 0; i < 20; ++i) {
-      printer.printer.Quirks().strict_prefix = (random() & 7) == 0;
-      printer(RandomStream(random));
-    }
-    printer.printer.Quirks().strict_prefix = false;
-    printer.now += 1'000'000;  // chance may have started a maintenance routine
-    printer(
-        "\x1EXA\x1E"
-        "CT~\x1E"
-        "CC^\x1E"
-        "CD,\x1EXZ");
-    ASSERT_EQ(printer("~H(SMA,S\x10H(CCC\x1FT"), Framed("^S(SMA,S,IL") + Framed("^S(CCC,T,7E")) << round;
-  }
-}
+// (Any bytes at all: fuzz/backup_stream.cpp.)
 
 /// Time for a stream made of repeated pieces, in seconds.
 double SecondsFor(const std::string& head, const std::string& piece, std::size_t bytes) {

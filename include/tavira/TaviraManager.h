@@ -514,6 +514,8 @@ int32_t TVMGR_SetUpdateList(uint32_t id, const uint8_t* value, int32_t length);
  *
  * TRAP: a printer that normalises a value ("600" stored as "0600") ends in -82 although it took the value.
  *
+ * TRAP: an empty value counts as confirmed when the printer reports none, a silent printer included.
+ *
  * @retval 0    Every value is confirmed by the printer.
  * @retval -1   Ferrolink.dll is missing or incomplete.
  * @retval -2   No manager or no port link.

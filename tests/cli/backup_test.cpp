@@ -31,7 +31,7 @@ TEST_F(CBackupTest, RestoredPrinterEqualsTheOneThatWasBackedUp) {
   StoreOnE("KORVDEF.BGD", "background");
   Protect("LOGO.PNG");
   ASSERT_EQ(Tvmgr({"set", "CLM,P=12", "INU,S=Laden \xC3\xA9"}).exit_code, 0U);
-  ASSERT_EQ(Tvmgr({"prefix", "--set", "!", "@", ";"}).exit_code, 0U);
+  ASSERT_EQ(Tvmgr({"prefix", "--set", "!", "@", ";", "--yes"}).exit_code, 0U);
   const std::string first = Utf8Path(
       "erste S\xC3\xBC"
       "d.bak");
@@ -129,7 +129,6 @@ TEST_F(CBackupTest, SectionsAreChosenByNameAndLetter) {
 
 TEST_F(CBackupTest, EarlierBackupIsNotLost) {
   const std::string path = HostFile("a.bak", "earlier");
-  EXPECT_EQ(Tvmgr({"backup", path}, "yes\n").exit_code, 2U);
   WriteIni("[faults]\nsilent=1\n");
   EXPECT_EQ(Tvmgr({"backup", path, "--yes"}).exit_code, 4U);
   WriteIni("[faults]\ncut_at=1\nlatency_ms=0\n");

@@ -16,7 +16,7 @@ class CChoiceTest : public CCliTest {
   }
 };
 
-TEST_F(CChoiceTest, UseTellsPortsAddressesAndDevicesApart) {
+TEST_F(CChoiceTest, UseTellsPortsAddressesAndDevicesApartAndAsksThePrinterOnce) {
   const std::pair<std::vector<std::string>, std::string> cases[] = {
       {{"USB001"}, "port"},
       {{"IP_192.0.2.7"}, "port"},
@@ -25,14 +25,22 @@ TEST_F(CChoiceTest, UseTellsPortsAddressesAndDevicesApart) {
       {{"\\\\?\\usb#vid_1a2b"}, "device"},
       {{"12", "--as", "address"}, "address"},
   };
+  // No address is connected to: the opening fails before.
+  WriteIni("[faults]\nfail=Initialize:1:-1011\n");
   for (const auto& [arguments, kind] : cases) {
     std::vector<std::string> use = {"use"};
     use.insert(use.end(), arguments.begin(), arguments.end());
-    const json chosen = Json(use)["printer"];
-    EXPECT_EQ(chosen["kind"], kind) << arguments.front();
-    EXPECT_EQ(chosen["value"], arguments.front());
+    const json chosen = Json(use);
+    EXPECT_EQ(chosen["printer"]["kind"], kind) << arguments.front();
+    EXPECT_EQ(chosen["printer"]["value"], arguments.front());
+    EXPECT_EQ(chosen["answers"], false);
   }
+  EXPECT_EQ(Json({"use"})["answers"], nullptr) << "not asked";
   EXPECT_EQ(Tvmgr({"use"}).out, "address 12\n");
+  WriteIni("[faults]\nsilent=1\n");
+  EXPECT_THAT(Tvmgr({"use", "USB001"}).err, HasSubstr("USB001 is remembered, but does not answer now"));
+  WriteIni("");
+  EXPECT_EQ(Json({"use", "USB001"})["answers"], true);
   EXPECT_EQ(Tvmgr({"use", "--clear"}).out, "no printer is remembered\n");
   EXPECT_TRUE(Json({"use"})["printer"]["kind"].is_null());
 }
@@ -123,6 +131,7 @@ TEST_F(CChoiceTest, InfoOfASilentPrinterFailsButShowsTheChoice) {
 TEST_F(CChoiceTest, SearchReplacesTheNumbersAndKeepsTheChoice) {
   HostFile("choice.json", R"({"chosen":{"kind":"port","value":"USB001"},
       "found":[{"kind":"address","value":"192.0.2.7","name":"Dock"}, {"kind":"device","value":"\\\\?\\usb#1"}]})");
+  WriteIni("[faults]\nfail=Initialize:1:-1011\n");
   EXPECT_EQ(Json({"use", "1"})["printer"],
             json::parse(R"({"kind":"address","value":"192.0.2.7","name":"Dock"})"));
   EXPECT_EQ(Json({"use", "2"})["printer"]["kind"], "device");

@@ -53,7 +53,7 @@ TEST_F(CFilesTest, ListsFetchesAndRemoves) {
                                               {"files", "--list", "format"},
                                               {"fetch", "logo.png"},
                                               {"fetch", "LABEL.ZPL"},
-                                              {"fetch", "LOGO.PNG", "-o", target, "--json"}});
+                                              {"fetch", "LOGO.PNG", "-o", target, "--yes", "--json"}});
   for (const tagRun& run : runs) {
     EXPECT_EQ(run.exit_code, 0U) << run.err;
   }
@@ -98,7 +98,8 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
       {{"put", HostFile("b.grf", "12345"), "--row-bytes", "2"}, 2, "no whole number of rows"},
       {{"put", HostFile("a-long-name.png", "")}, 5, "is empty"},
       {{"put", HostFile("a-long-name.zpl", "^FDx^FS")}, 2, "--name"},
-      {{"rm", "LOGO.PNG"}, 2, "--yes"},
+      {{"put", HostFile("a.zpl", "^FDx^FS"), "--name", "A B.ZPL"}, 2, "holds a blank"},
+      {{"put", HostFile("a.cnv", "x")}, 2, "give a name that ends in"},
       {{"fetch", "LOGO.PNG", "-o", "C:\\no\\such\\folder\\x"}, 1, "cannot be created"},
   };
   StoreOnE("LOGO.PNG", "bytes");
@@ -114,7 +115,7 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
   }
   // A protected file stays, and is listed all the same.
   HostFile("printer/attributes.txt", "E:LOGO.PNG\n");
-  const tagRun kept = Tvmgr({"put", HostFile("logo.png", "\x89PNG\r\n\x1A\nIEND\xAE\x42\x60\x82")});
+  const tagRun kept = Tvmgr({"put", HostFile("logo.png", "\x89PNG\r\n\x1A\nIEND\xAE\x42\x60\x82"), "--yes"});
   EXPECT_EQ(kept.exit_code, 1U);
   EXPECT_THAT(kept.err, HasSubstr("other contents under that name"));
   const tagRun open = Tvmgr({"put", HostFile("raw.txt", "~DYE:RAW,A,T,3,0,abc")});

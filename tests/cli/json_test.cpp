@@ -32,7 +32,7 @@ TEST_F(CJsonTest, EveryCommandThatWritesHasAResult) {
   EXPECT_EQ(Json({"fetch", "LOGO.PNG", "-o", Utf8Path("x.png")})["bytes"], 5);
   EXPECT_EQ(Json({"set", "CLM,P=3"})["settings"][0]["reason"], nullptr);
   EXPECT_EQ(Json({"rm", "LOGO.PNG", "--yes"})["files"][0]["removed"], true);
-  EXPECT_EQ(Json({"prefix", "--default", "--quiet"})["default"], true);
+  EXPECT_EQ(Json({"prefix", "--default", "--quiet", "--yes"})["default"], true);
   const std::string backup = Utf8Path("a.bak");
   EXPECT_EQ(Json({"backup", backup})["complete"], true);
   EXPECT_EQ(Json({"backup", "diff", backup, backup})["equal"], true);

@@ -9,15 +9,6 @@ using testing::Not;
 
 class COperationsTest : public CCliTest {};
 
-TEST_F(COperationsTest, WipingNeedsYesAndAPipeCannotGiveIt) {
-  StoreOnE("LOGO.PNG", "bytes");
-  const tagRun refused = Tvmgr({"op", "wipe-graphics"}, "yes\n");
-  EXPECT_EQ(refused.exit_code, 2U);
-  EXPECT_THAT(refused.err, HasSubstr("--yes"));
-  EXPECT_EQ(Log(), "");
-  EXPECT_EQ(StoredOnE("LOGO.PNG"), "bytes");
-}
-
 TEST_F(COperationsTest, WipeLeavesOtherFilesAndSetting42AsTheyWere) {
   WriteIni("[factory]\nCMP,M=R\n");
   StoreOnE("LOGO.PNG", "bytes");

@@ -10,12 +10,12 @@ using testing::HasSubstr;
 class CPrefixTest : public CCliTest {};
 
 TEST_F(CPrefixTest, ChangedCharactersAreShownAndPutBackOnAPrinterThatNobodyCanRead) {
-  EXPECT_EQ(Json({"prefix", "--set", "!", "0x40", ";"}),
+  EXPECT_EQ(Json({"prefix", "--set", "!", "0x40", ";", "--yes"}),
             json::parse(R"({"version":1,"command":"prefix","exit_code":0,"error":null,"default":false,
                 "control":"!","format":"@","delimiter":";"})"));
   // From now on the printer understands nothing else, so the module cannot even ask for its status.
   WriteIni("[printer]\nstrict_prefix=1\n");
-  const tagRun back = Tvmgr({"prefix", "--default"});
+  const tagRun back = Tvmgr({"prefix", "--default", "--yes"});
   EXPECT_EQ(back.exit_code, 0U) << back.err;
   EXPECT_EQ(back.out,
             "default prefix characters\n"

@@ -115,7 +115,7 @@ class CPipe {
 }  // namespace
 
 tagRun RunProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                  const std::string& input) {
+                  const std::string& input, const tagConsoleEnds& console) {
   std::unique_lock<std::mutex> starting(start_mutex);
   static std::once_flag desktop;
   std::call_once(desktop, [&] { StartDesktop(program); });
@@ -131,8 +131,8 @@ tagRun RunProgram(const std::filesystem::path& program, const std::vector<std::s
   STARTUPINFOW start{};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = in.Child();
-  start.hStdOutput = out.Child();
+  start.hStdInput = console.input == nullptr ? in.Child() : console.input;
+  start.hStdOutput = console.output == nullptr ? out.Child() : console.output;
   start.hStdError = err.Child();
   PROCESS_INFORMATION process{};
   if (!CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE, 0, nullptr,

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <windows.h>
 
 #include <algorithm>
 
@@ -65,6 +66,19 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
     EXPECT_EQ(runs[i].exit_code, 2U) << testing::PrintToString(all[i]) << runs[i].err;
     EXPECT_THAT(runs[i].err, AllOf(StartsWith("tvmgr: "), HasSubstr(cases[i].second)));
     EXPECT_EQ(runs[i].out, "");
+  }
+  // What changes a printer is not done to any that happens to be there.
+  SetEnvironmentVariableW(L"TVMGR_DEVICE", nullptr);
+  const std::vector<tagRun> writing = TvmgrEach({{"set", "CLM,P=1"},
+                                                 {"put", file},
+                                                 {"rm", "A.PNG", "--yes"},
+                                                 {"op", "head-check"},
+                                                 {"restore", file, "--yes"},
+                                                 {"send", "--text", "x"},
+                                                 {"prefix", "--default", "--yes"}});
+  for (const tagRun& run : writing) {
+    EXPECT_EQ(run.exit_code, 2U);
+    EXPECT_THAT(run.err, AllOf(HasSubstr("no printer is chosen"), HasSubstr("tvmgr use")));
   }
   EXPECT_EQ(Log(), "");
 }

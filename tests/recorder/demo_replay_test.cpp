@@ -29,7 +29,7 @@ const std::vector<tagStep> kSettingsAndFiles = {
     {{"files"}},
     {{"fetch", "LOGO.PNG", "-o", "FETCHED.PNG"}},
     {{"op", "print-configuration"}},
-    {{"prefix", "--set", "!", "@", ";"}},
+    {{"prefix", "--set", "!", "@", ";", "--yes"}},
     {{"send", "--text", "^XA^FDlabel^FS^XZ"}},
     {{"status", "--watch", "--interval", "1", "--count", "3"}, "[printer]\nbusy_ms = 900\n"},
 };

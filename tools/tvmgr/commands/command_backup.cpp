@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <filesystem>
 #include <set>
 
 #include "backup_file/backup_settings.h"
@@ -8,8 +7,8 @@
 #include "files/backup_report.h"
 #include "files/backup_target.h"
 #include "files/file_kinds.h"
+#include "files/host_data.h"
 #include "output/command_error.h"
-#include "output/console.h"
 #include "output/record_output.h"
 #include "output/result_words.h"
 #include "output/settings_names.h"
@@ -76,13 +75,6 @@ TvmgrBackupInfo ChooseSections(const std::string& list) {
     begin = end + 1;
   }
   return info;
-}
-
-void ConfirmOverwriting(const std::string& file, bool agreed) {
-  std::error_code ignored;
-  if (std::filesystem::exists(ToWide(file), ignored)) {
-    Confirm("overwrite the file \"" + file + "\"", agreed);
-  }
 }
 
 std::size_t ListedFiles(const CManagerSession& session) {

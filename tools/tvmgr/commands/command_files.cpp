@@ -94,9 +94,10 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
     RequireDeletableKind(name);
     all += (all.empty() ? "" : ", ") + name;
   }
-  Confirm("delete " + all + " on " + Describe(ChoiceInForce(global)), options.yes);
+  const tagPrinterChoice choice = RequireChoice(global);
+  Confirm("delete " + all + " on " + Describe(choice), options.yes);
 
-  const CManagerSession session(global);
+  const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
   // A file that was never there must not be reported as removed, so the lists are read first.
   session.LoadAll();

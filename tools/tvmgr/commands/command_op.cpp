@@ -127,12 +127,13 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
   if (has_data && operation.code != TVMGR_OP_SEND_DATA) {
     throw CUsageError("--file and --text belong to send-data");
   }
+  const tagPrinterChoice choice = RequireChoice(global);
   const std::string data = operation.code == TVMGR_OP_SEND_DATA ? ReadData(options.data) : std::string();
   if (operation.is_destructive) {
-    Confirm(std::string(operation.effect) + " on " + Describe(ChoiceInForce(global)), options.yes);
+    Confirm(std::string(operation.effect) + " on " + Describe(choice), options.yes);
   }
 
-  const CManagerSession session(global);
+  const CManagerSession session(global, choice);
   // A printer with other prefix characters may stay silent until they are put back.
   const bool may_be_silent = operation.code == TVMGR_OP_RESET_PREFIX || operation.code == TVMGR_OP_NONE;
   if (!may_be_silent) {

@@ -3,6 +3,7 @@
 
 #include "commands/commands.h"
 #include "output/command_error.h"
+#include "output/console.h"
 #include "output/record_output.h"
 #include "output/text_encoding.h"
 #include "printer/manager_session.h"
@@ -51,6 +52,11 @@ tagPrefix ParsePrefix(const std::vector<std::string>& texts) {
     throw CUsageError("the three prefix characters have to differ from one another");
   }
   return prefix;
+}
+
+std::string Shown(const tagPrefix& prefix) {
+  const auto text = [](std::uint8_t c) { return std::string(1, static_cast<char>(c)); };
+  return text(prefix.control) + " " + text(prefix.format) + " " + text(prefix.delimiter);
 }
 
 // A silent printer, too, is reported as one with the default characters: only an answering one counts.
@@ -142,7 +148,11 @@ int RunPrefix(const tagGlobalOptions& global, const tagPrefixOptions& options) {
   }
   const bool change = options.to_default || !options.characters.empty();
   const tagPrefix wanted = options.characters.empty() ? tagPrefix{} : ParsePrefix(options.characters);
-  const CManagerSession session(global);
+  const tagPrinterChoice choice = change ? RequireChoice(global) : ChoiceInForce(global);
+  if (change) {
+    Confirm("change the prefix characters of " + Describe(choice) + " to " + Shown(wanted), options.yes);
+  }
+  const CManagerSession session(global, choice);
   if (change) {
     Change(session, wanted);
     if (global.quiet && !global.json) {

@@ -166,6 +166,7 @@ void Print(const tagGlobalOptions& global, const tagComparison& result) {
 }  // namespace
 
 int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options) {
+  const tagPrinterChoice choice = RequireChoice(global);
   std::size_t size = 0;
   {
     // The module reads the file itself; there need not be two of it in memory.
@@ -174,9 +175,8 @@ int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options)
     RefuseUnlessWhole(backup, options.force);
     size = backup.bytes->size();
   }
-  Confirm("replace the settings and files that this backup names on " + Describe(ChoiceInForce(global)),
-          options.yes);
-  const CManagerSession session(global);
+  Confirm("replace the settings and files that this backup names on " + Describe(choice), options.yes);
+  const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
   const std::wstring path = ToWide(options.file);
   ReportTransfer(size);

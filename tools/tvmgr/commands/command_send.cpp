@@ -11,8 +11,9 @@ int RunSend(const tagGlobalOptions& global, const tagSendOptions& options) {
   if (!options.data.stdin_mark.empty() && options.data.stdin_mark != "-") {
     throw CUsageError("\"" + options.data.stdin_mark + "\" is neither --file, --text nor - (stdin)");
   }
+  const tagPrinterChoice choice = RequireChoice(global);
   const std::string data = ReadData(options.data);
-  const CManagerSession session(global);
+  const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
   ReportTransfer(data.size());
   session.Require("TVMGR_DirectSendCommand", "sending " + std::to_string(data.size()) + " bytes",

@@ -119,7 +119,7 @@ tagVerdict Judge(const tagAssignment& asked, const std::optional<std::string>& g
 
 int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
   const std::vector<tagAssignment> assignments = ParseAssignments(options.assignments);
-  const CManagerSession session(global);
+  const CManagerSession session(global, RequireChoice(global));
   session.RequireAnsweringPrinter();
   session.Require("TVMGR_ClearUpdateList", "preparing the update", 0, [] { return TVMGR_ClearUpdateList(); });
   for (const tagAssignment& assignment : assignments) {

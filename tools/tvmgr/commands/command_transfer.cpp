@@ -101,6 +101,24 @@ std::string ListedName(const CManagerSession& session, const tagDownload& downlo
   return {};
 }
 
+// Whoever has agreed already need not wait for the lists.
+void ConfirmReplacing(const CManagerSession& session, const tagDownload& download, const std::string& printer,
+                      bool agreed) {
+  if (agreed) {
+    return;
+  }
+  session.LoadAll();
+  if (const std::string name = ListedName(session, download); !name.empty()) {
+    Confirm("overwrite " + name + " on " + printer, false);
+    return;
+  }
+  RequireStillAnswering(session, "the lists were read");
+  if (IsAnswerCut(session)) {
+    Confirm("overwrite " + download.name + " on " + printer + ", if it is there: its lists were cut off",
+            false);
+  }
+}
+
 // A file of that name may have been there before, and have stayed: it is protected, or there is no room.
 void RequireStored(const CManagerSession& session, const tagDownload& download) {
   const std::string name = ListedName(session, download);
@@ -136,6 +154,9 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
     throw CUsageError(std::string(global.json ? "with --json the bytes of a file cannot go to stdout"
                                               : "the bytes of a file do not go to a terminal") +
                       ": name a file with -o" + (global.json ? "" : ", or redirect the output"));
+  }
+  if (!options.output.empty()) {
+    ConfirmOverwriting(options.output, options.yes);
   }
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();
@@ -177,6 +198,7 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
 }
 
 int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
+  const tagPrinterChoice choice = RequireChoice(global);
   std::string bytes = ReadHostFile(options.file);
   if (bytes.empty()) {
     throw CInputFileError("the file \"" + options.file + "\" is empty");
@@ -186,8 +208,9 @@ int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
   if (download.command.size() > static_cast<std::size_t>(INT32_MAX)) {
     throw CFailure("the file \"" + options.file + "\" is too large for one download command");
   }
-  const CManagerSession session(global);
+  const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
+  ConfirmReplacing(session, download, Describe(choice), options.yes);
   session.Require("TVMGR_UpdateRegistList", "preparing the transfer", 0, [&] {
     return TVMGR_UpdateRegistList(download.kind->register_request,
                                   reinterpret_cast<const std::uint8_t*>(download.command.data()),

@@ -9,6 +9,7 @@
 #include "output/text_encoding.h"
 #include "printer/choice_file.h"
 #include "printer/printer_choice.h"
+#include "printer/worker.h"
 
 namespace tvmgr {
 namespace {
@@ -52,10 +53,27 @@ tagRememberedPrinter Resolve(const tagChoiceFile& choice, const tagUseOptions& o
   return {kind, text, ""};
 }
 
-int Show(const tagGlobalOptions& global, const std::optional<tagRememberedPrinter>& chosen) {
+// Whether the printer that was just remembered answers; none: not known. It may be off, and is remembered all the same.
+std::optional<bool> Ask(const tagGlobalOptions& global, const tagRememberedPrinter& chosen) {
+  const std::optional<int> asked = AskForStatus();
+  const std::string& printer = chosen.value;
+  if (asked != kExitDone && !global.quiet) {
+    WriteError(asked == kExitUnreachable
+                   ? "remark: " + printer +
+                         " is remembered, but does not answer now (\"tvmgr status\" asks it again)\n"
+                   : "remark: " + printer +
+                         " is remembered, but cannot be asked (\"tvmgr status\" says why)\n");
+  }
+  const bool is_known = asked == kExitDone || asked == kExitUnreachable;
+  return is_known ? std::optional(asked == kExitDone) : std::nullopt;
+}
+
+int Show(const tagGlobalOptions& global, const std::optional<tagRememberedPrinter>& chosen,
+         std::optional<bool> answers) {
   if (global.json) {
     SetJsonResult(
-        {{"printer", chosen ? PrinterJson(chosen->kind, chosen->value, chosen->name) : PrinterJson()}});
+        {{"printer", chosen ? PrinterJson(chosen->kind, chosen->value, chosen->name) : PrinterJson()},
+         {"answers", answers ? Json(*answers) : Json()}});
   } else if (chosen) {
     WriteOutput(chosen->kind + " " + chosen->value +
                 (chosen->name.empty() ? "" : "  (" + chosen->name + ")") + "\n");
@@ -85,7 +103,9 @@ int RunUse(const tagGlobalOptions& global, const tagUseOptions& options) {
     WriteError("remark: in force is " + Describe(ChoiceInForce(global)) +
                ": options and environment variables go before what is remembered\n");
   }
-  return Show(global, choice.chosen);
+  // With another one in force that one would be asked.
+  const bool asks = !shows && choice.chosen && !overruled && !global.no_check;
+  return Show(global, choice.chosen, asks ? Ask(global, *choice.chosen) : std::nullopt);
 }
 
 }  // namespace tvmgr

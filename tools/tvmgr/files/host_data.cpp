@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "output/command_error.h"
+#include "output/console.h"
 #include "output/text_encoding.h"
 
 namespace tvmgr {
@@ -59,16 +60,35 @@ std::string ReadHostFile(const std::string& path) {
 
 void WriteHostFile(const std::string& path, std::string_view bytes) {
   const fs::path file(ToWide(path));
-  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  std::error_code ignored;
+  // Only a file can be replaced: not NUL, not a pipe.
+  const bool is_replaced = fs::is_regular_file(file, ignored);
+  fs::path target = file;
+  if (is_replaced) {
+    target += L".new";
+  }
+  std::ofstream stream(target, std::ios::binary | std::ios::trunc);
   if (!stream) {
-    throw COutputFileError("the file \"" + path + "\" cannot be created");
+    throw COutputFileError("the file \"" + ToUtf8(target.wstring()) + "\" cannot be created");
   }
   stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   stream.close();
-  if (!stream) {
-    std::error_code ignored;
-    fs::remove(file, ignored);
-    throw COutputFileError("the file \"" + path + "\" cannot be written (disk full?)");
+  const bool is_written = !stream.fail();
+  std::error_code error;
+  if (is_written && is_replaced) {
+    fs::rename(target, file, error);
+  }
+  if (!is_written || error) {
+    fs::remove(target, ignored);
+    throw COutputFileError("the file \"" + path + "\" cannot be " +
+                           (is_written ? "replaced (write-protected, or in use?)" : "written (disk full?)"));
+  }
+}
+
+void ConfirmOverwriting(const std::string& path, bool agreed) {
+  std::error_code ignored;
+  if (fs::is_regular_file(fs::path(ToWide(path)), ignored)) {
+    Confirm("overwrite the file \"" + path + "\" on this computer", agreed);
   }
 }
 

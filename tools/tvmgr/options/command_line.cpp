@@ -107,11 +107,11 @@ int RunCommand(const tagCommand& command, const tagGlobalOptions& global, ERole 
     }
     return exit_code;
   };
-  if (!command.watch || role == ERole::kWorker) {
-    return run();
-  }
   if (role == ERole::kProbe) {
     return RunProbe(global);
+  }
+  if (!command.watch || role == ERole::kWorker) {
+    return run();
   }
   const std::optional<int> exit_code = RunInWorker(global, *command.watch);
   return exit_code ? *exit_code : run();

@@ -67,6 +67,7 @@ tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
       ->check(CLI::Range(0.1, kMaxTimeoutSeconds))
       ->capture_default_str();
   parser->add_flag("--unlisted", options->unlisted, "do not look the name up in the printer's lists first");
+  parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
   parser->footer(
       "Graphics, fonts and the background file come as the bytes of the file, stored formats (FMT, ZPL) as\n"
       "the command that stores them.\n\n"
@@ -82,6 +83,7 @@ tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_option("--kind", options->kind, "graphic, format, font or background; else by the extension")
       ->check(CLI::IsMember({"graphic", "format", "font", "background"}));
   parser->add_option("--row-bytes", options->row_bytes, "bytes in one row of a GRF graphic");
+  parser->add_flag("--yes", options->yes, "overwrite a file of the printer without asking");
   parser->footer(
       "A file that holds a download command (~DY..., ^XA^DF...) is sent as it is; a PNG, GRF, TTF, TTE or\n"
       "BGD file and the text of a format are put into one. Afterwards the file is read back and compared; "

@@ -30,7 +30,9 @@ tagCommand AddUse(CLI::App& program, const tagGlobalOptions& global) {
       ->check(CLI::IsMember({"port", "address", "device"}));
   parser->add_flag("--clear", options->clear, "remember none");
   parser->footer(
-      "Without arguments it shows what is remembered. --port, --device and --address and the environment\n"
+      "The printer is asked for its status once; one that does not answer is remembered all the same, with a "
+      "remark\n(--no-check: not asked). Without arguments it shows what is remembered. --port, --device and "
+      "--address and the environment\n"
       "variables TVMGR_PORT, TVMGR_DEVICE and TVMGR_ADDRESS go before it. It is kept in\n"
       "%APPDATA%\\tvmgr\\choice.json; TVMGR_CONFIG names another file.\n\n"
       "Examples:\n  tvmgr use 2\n  tvmgr use 192.0.2.7\n  tvmgr use USB001\n  tvmgr use --clear");

@@ -8,7 +8,7 @@
 namespace tvmgr {
 
 // What the command line says, as plain records: the commands know nothing of the argument parser. All texts
-// are UTF-8.
+// are UTF-8. `yes`: what is to be overwritten, deleted or reset is confirmed already.
 
 /** Options that every command takes. */
 struct tagGlobalOptions {
@@ -35,6 +35,7 @@ struct tagSetOptions {
 struct tagPrefixOptions {
   std::vector<std::string> characters; /**< control, format, delimiter; empty: not to be set */
   bool to_default = false;
+  bool yes = false;
 };
 
 struct tagStatusOptions {
@@ -73,6 +74,7 @@ struct tagFetchOptions {
   std::string output; /**< file of the host; empty: stdout */
   double wait_s = 60.0;
   bool unlisted = false; /**< do not look the name up in the printer's lists first */
+  bool yes = false;
 };
 
 struct tagPutOptions {
@@ -80,6 +82,7 @@ struct tagPutOptions {
   std::string name;            /**< empty: the file's own name */
   std::string kind;            /**< empty: from the extension */
   std::uint32_t row_bytes = 0; /**< bytes in one row of a GRF graphic; 0: not stated */
+  bool yes = false;
 };
 
 struct tagBackupOptions {

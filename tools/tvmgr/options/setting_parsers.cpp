@@ -56,8 +56,9 @@ tagCommand AddPrefix(CLI::App& program, const tagGlobalOptions& global) {
       ->expected(3)
       ->type_name("C F D");
   parser->add_flag("--default", options->to_default, "put ~ ^ and , back");
+  parser->add_flag("--yes", options->yes, "change them without asking");
   parser->footer(
-      "Examples:\n  tvmgr prefix\n  tvmgr prefix --set \"!\" \"@\" \";\"\n  tvmgr prefix --default");
+      "Examples:\n  tvmgr prefix\n  tvmgr prefix --set \"!\" \"@\" \";\"\n  tvmgr prefix --default --yes");
   return {parser, [&global, options] { return RunPrefix(global, *options); }, tagWatch{30, kLeftByWriting}};
 }
 

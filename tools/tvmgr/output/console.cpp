@@ -123,7 +123,7 @@ void Confirm(const std::string& what, bool agreed) {
     answer.pop_back();
   }
   if (answer != "yes") {
-    throw CFailure("not confirmed, nothing was done");
+    throw CFailure("not confirmed: nothing was changed");
   }
 }
 

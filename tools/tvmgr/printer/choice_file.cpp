@@ -61,15 +61,7 @@ void SaveChoiceFile(const tagChoiceFile& choice) {
   }
   std::error_code error;
   fs::create_directories(path.parent_path(), error);
-  fs::path next = path;
-  next += L".new";
-  WriteHostFile(ToUtf8(next.wstring()), FormatChoice(choice));
-  fs::rename(next, path, error);
-  if (error) {
-    std::error_code ignored;
-    fs::remove(next, ignored);
-    throw CFailure("the file " + Shown(path) + " cannot be replaced");
-  }
+  WriteHostFile(ToUtf8(path.wstring()), FormatChoice(choice));
 }
 
 }  // namespace tvmgr

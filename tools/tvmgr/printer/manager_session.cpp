@@ -83,37 +83,49 @@ std::string TextOf(const wchar_t* text) {
   return text == nullptr ? std::string() : ToUtf8(text);
 }
 
-CManagerSession::CManagerSession(const tagGlobalOptions& options, EPrinterUse use) : options_(options) {
+CManagerSession::CManagerSession(const tagGlobalOptions& options, EPrinterUse use)
+    : CManagerSession(options, use, use == EPrinterUse::kNone ? tagPrinterChoice() : ChoiceInForce(options)) {
+}
+
+CManagerSession::CManagerSession(const tagGlobalOptions& options, const tagPrinterChoice& choice)
+    : CManagerSession(options, EPrinterUse::kWork, choice) {}
+
+CManagerSession::CManagerSession(const tagGlobalOptions& options, EPrinterUse use,
+                                 const tagPrinterChoice& choice)
+    : options_(options) {
   LoadManagerLibrary();
-  tagPrinterChoice choice;
   if (use != EPrinterUse::kNone) {
-    choice = ChoiceInForce(options);
     asked_printer = Describe(choice);
     ReportPrinter(asked_printer);
   }
-  if (use == EPrinterUse::kWork) {
-    lock_.emplace(options, choice, interrupt_);
-  }
   work_.emplace(EWork::kPrinter);
-  const std::int32_t result = TVMGR_Initialize();
-  if (result != TVMGR_OK) {
-    // Also a failed start may have left a manager in place.
-    TVMGR_Terminate();
-    if (result == TVMGR_PORT_LIBRARY_MISSING) {
-      const std::string advice = "Put the port library for 64 bits beside tvmgr.exe";
-      throw CFailure(ExplainPortLibrary() + " (" + std::to_string(result) + "). " + advice, kExitFailed,
-                     {result, "starting the module", advice});
-    }
-    Fail("starting the module", result);
-  }
+  StartModule();
   try {
     if (use != EPrinterUse::kNone) {
       ChoosePrinter(choice);
+    }
+    if (use == EPrinterUse::kWork) {
+      lock_.emplace(options, KnownPrinter(), asked_printer, interrupt_);
     }
   } catch (...) {
     TVMGR_Terminate();
     throw;
   }
+}
+
+void CManagerSession::StartModule() const {
+  const std::int32_t result = TVMGR_Initialize();
+  if (result == TVMGR_OK) {
+    return;
+  }
+  // Also a failed start may have left a manager in place.
+  TVMGR_Terminate();
+  if (result == TVMGR_PORT_LIBRARY_MISSING) {
+    const std::string advice = "Put the port library for 64 bits beside tvmgr.exe";
+    throw CFailure(ExplainPortLibrary() + " (" + std::to_string(result) + "). " + advice, kExitFailed,
+                   {result, "starting the module", advice});
+  }
+  Fail("starting the module", result);
 }
 
 CManagerSession::~CManagerSession() {
@@ -138,35 +150,31 @@ void CManagerSession::ChoosePrinter(const tagPrinterChoice& choice) const {
     RemarkOnEmptyPort(choice.port);
   }
   if (options_.verbose) {
-    LogChoice();
+    const tagPrinterChoice known = KnownPrinter();
+    const auto text = [](const std::string& utf8) { return utf8.empty() ? "-" : utf8; };
+    WriteError("printer: port " + text(known.port) + ", device " + text(known.device) + ", address " +
+               text(known.address) + "\n");
   }
 }
 
-void CManagerSession::RemarkOnEmptyPort(const std::string& port) const {
+tagPrinterChoice CManagerSession::KnownPrinter() const {
   TvmgrFoundPrinter chosen = {};
-  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK && TextOf(chosen.text3).empty() &&
-      TextOf(chosen.text5).empty()) {
+  tagPrinterChoice known;
+  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
+    known = {TextOf(chosen.text1), TextOf(chosen.text3), TextOf(chosen.text5)};
+  }
+  TvmgrFoundPrinterRelease(&chosen);
+  return known;
+}
+
+void CManagerSession::RemarkOnEmptyPort(const std::string& port) const {
+  const tagPrinterChoice known = KnownPrinter();
+  if (known.device.empty() && known.address.empty()) {
     Remark("no printer is known behind port " + port +
            ": it may be misspelt, of another kind (WSD, IPP), or of a USB printer that is off; only the "
            "port's name "
            "goes to the port library");
   }
-  TvmgrFoundPrinterRelease(&chosen);
-}
-
-void CManagerSession::LogChoice() const {
-  TvmgrFoundPrinter chosen = {};
-  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
-    const auto text = [](TvmgrText wide) {
-      const std::string utf8 = TextOf(wide);
-      return utf8.empty() ? std::string("-") : utf8;
-    };
-    const bool network = chosen.kind == TVMGR_SEARCH_NETWORK;
-    WriteError(std::string("printer: ") + (network ? "network" : "USB or none") + ", port " +
-               text(chosen.text1) + ", device " + text(chosen.text3) + ", address " + text(chosen.text5) +
-               "\n");
-  }
-  TvmgrFoundPrinterRelease(&chosen);
 }
 
 std::int32_t CManagerSession::Call(const char* function, const std::string& what, std::uint64_t longest_ms,
@@ -238,10 +246,7 @@ void CManagerSession::LoadAll() const {
 }
 
 bool CManagerSession::IsNetwork() const {
-  TvmgrFoundPrinter chosen = {};
-  const bool network = TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK && chosen.kind == TVMGR_SEARCH_NETWORK;
-  TvmgrFoundPrinterRelease(&chosen);
-  return network;
+  return !KnownPrinter().address.empty();
 }
 
 std::optional<std::string> CManagerSession::Value(std::int32_t id) const {

@@ -47,6 +47,8 @@ enum class EPrinterUse {
 class CManagerSession {
  public:
   explicit CManagerSession(const tagGlobalOptions& options, EPrinterUse use = EPrinterUse::kWork);
+  /** Works with this printer: the one that the user has agreed to, whatever is chosen meanwhile. */
+  CManagerSession(const tagGlobalOptions& options, const tagPrinterChoice& choice);
   ~CManagerSession();
   CManagerSession(const CManagerSession&) = delete;
   CManagerSession& operator=(const CManagerSession&) = delete;
@@ -96,9 +98,12 @@ class CManagerSession {
   void Remark(const std::string& text) const;
 
  private:
-  void RemarkOnEmptyPort(const std::string& port) const;
+  CManagerSession(const tagGlobalOptions& options, EPrinterUse use, const tagPrinterChoice& choice);
+  void StartModule() const;
   void ChoosePrinter(const tagPrinterChoice& choice) const;
-  void LogChoice() const;
+  /** The printer behind the choice, as far as the module knows: the address or device path of a port. */
+  tagPrinterChoice KnownPrinter() const;
+  void RemarkOnEmptyPort(const std::string& port) const;
 
   const tagGlobalOptions& options_;
   CInterruptWait interrupt_;

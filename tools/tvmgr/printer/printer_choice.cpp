@@ -1,5 +1,6 @@
 #include "printer/printer_choice.h"
 
+#include "output/command_error.h"
 #include "printer/choice_file.h"
 
 namespace tvmgr {
@@ -16,6 +17,16 @@ tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options) {
     text = chosen->value;
     choice.is_remembered = true;
     choice.name = chosen->name;
+  }
+  return choice;
+}
+
+tagPrinterChoice RequireChoice(const tagGlobalOptions& options) {
+  tagPrinterChoice choice = ChoiceInForce(options);
+  if (choice.port.empty() && choice.device.empty() && choice.address.empty()) {
+    throw CUsageError(
+        "no printer is chosen, and this command changes what is on it: name it with --port, --device or "
+        "--address, with TVMGR_PORT, TVMGR_DEVICE or TVMGR_ADDRESS, or remember it with \"tvmgr use\"");
   }
   return choice;
 }

@@ -19,6 +19,12 @@ struct tagPrinterChoice {
 /** The printer of the options and environment variables; without those, the one that "use" remembers. */
 tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options);
 
+/**
+ * As ChoiceInForce, for commands that change something on a printer: ends the command (usage) when none is chosen.
+ * Whatever printer the port library would take then may be anybody's.
+ */
+tagPrinterChoice RequireChoice(const tagGlobalOptions& options);
+
 /** The choice in the shape that printers have in JSON: the address goes before the device, that before the port. */
 Json PrinterJson(const tagPrinterChoice& choice);
 

@@ -102,22 +102,23 @@ BOOL WINAPI LeaveToWorker(DWORD kind) {
   return (kind == CTRL_C_EVENT || kind == CTRL_BREAK_EVENT) && ++interrupts <= 2 ? TRUE : FALSE;
 }
 
-bool PrinterAnswers(HANDLE job) {
+// None: nobody could be asked, so nothing was seen.
+std::optional<DWORD> RunInProbe(HANDLE job) {
   SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   const CHandle nothing(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                     &inherited, OPEN_EXISTING, 0, nullptr));
   const std::wstring mark(kProbeMark.begin(), kProbeMark.end());
   const CHandle probe(Start(mark, {nothing.Get(), nothing.Get(), nothing.Get()}, job));
-  DWORD exit_code = kExitFailed;
   if (probe.Get() == nullptr) {
-    return true;  // nothing was seen that speaks against it
+    return std::nullopt;
   }
+  DWORD exit_code = kExitUnreachable;
   if (WaitForSingleObject(probe.Get(), kLongestProbeMs) == WAIT_OBJECT_0) {
     GetExitCodeProcess(probe.Get(), &exit_code);
   } else {
     TerminateProcess(probe.Get(), kExitUnreachable);
   }
-  return exit_code == kExitDone;
+  return exit_code;
 }
 
 std::string StepOf(const tagWorkReport& report) {
@@ -159,7 +160,7 @@ int Watch(HANDLE process, HANDLE job, const tagWorkReport& report, const tagWatc
       End(process, report, watch, worked_ms, ": Ferrolink.dll does not return from a call");
     }
     if (timeout_ms != 0 && worked_ms >= next_question_ms + report.more_ms) {
-      silent = PrinterAnswers(job) ? 0 : silent + 1;
+      silent = RunInProbe(job).value_or(kExitDone) == kExitDone ? 0 : silent + 1;
       if (silent >= kSilentQuestions && WaitForSingleObject(process, 0) == WAIT_TIMEOUT) {
         End(process, report, watch, worked_ms, " no longer answers");
       }
@@ -221,6 +222,12 @@ std::optional<int> RunInWorker(const tagGlobalOptions& options, const tagWatch& 
     return std::nullopt;
   }
   return Watch(process.Get(), job.Get(), *report, watch, options.timeout_s.value_or(watch.timeout_s));
+}
+
+std::optional<int> AskForStatus() {
+  const CHandle job(MakeJob());
+  const std::optional<DWORD> exit_code = RunInProbe(job.Get());
+  return exit_code ? std::optional(static_cast<int>(*exit_code)) : std::nullopt;
 }
 
 int RunProbe(const tagGlobalOptions& options) {

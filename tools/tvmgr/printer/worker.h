@@ -33,6 +33,13 @@ struct tagWatch {
  */
 std::optional<int> RunInWorker(const tagGlobalOptions& options, const tagWatch& watch);
 
+/**
+ * Asks for the status of the printer in force, in a process of its own; at most 12 s, also when the port library hangs.
+ *
+ * @return 0: it answers; 4: it does not, or cannot be reached; other: it cannot be asked; none: no process
+ */
+std::optional<int> AskForStatus();
+
 /** The work of a probe. Exit code 0: the printer answers. */
 int RunProbe(const tagGlobalOptions& options);
 

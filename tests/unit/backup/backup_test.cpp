@@ -65,6 +65,18 @@ TEST_F(BackupTest, EveryPieceIsOneOpenSeekWriteClose) {
             world_.file_calls);
 }
 
+TEST_F(BackupTest, APieceOfWhichAnyFileCallFailsIsNotThereAtAll) {
+  const std::string header = std::string(kHeaderStart) + "C^FS\r\n";
+  for (std::size_t nth = 1; nth <= 11;
+       ++nth) {  // path, create; then open, seek, write, close of header and trailer
+    file_.Write("of old");
+    world_.ClearLog();
+    world_.fail_file_call = nth;
+    EXPECT_EQ(TVMGR_FILE_ERROR, Backup([](TvmgrBackupInfo& info) { info.section_c = 1; })) << nth;
+    EXPECT_EQ(nth < 3 ? "of old" : nth < 4 ? "" : nth < 8 ? kBackupTrailer : header, file_.Read()) << nth;
+  }
+}
+
 /** How a process ends that is ended from outside: no destructor runs, nothing is closed. */
 [[noreturn]] void EndProcess() {
 #if defined(_WIN32)

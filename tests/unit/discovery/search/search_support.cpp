@@ -17,11 +17,11 @@ std::uint32_t CPacedClock::TickCount() {
 void CPacedClock::Sleep(std::uint32_t ms) {
   std::unique_lock guard(lock_);
   const std::uint64_t end = Now() + ms;
-  while (Now() < end) {
+  for (std::uint64_t now = Now(); now < end; now = Now()) {  // one reading for both: time goes on between two
     if (speed_ == 0) {
       changed_.wait(guard);
     } else {
-      changed_.wait_for(guard, std::chrono::microseconds((end - Now()) * 1000 / speed_ + 1));
+      changed_.wait_for(guard, std::chrono::microseconds((end - now) * 1000 / speed_ + 1));
     }
   }
 }

@@ -12,7 +12,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # The full path: Debian's package wine64 alone puts nothing into PATH.
 find_program(TAVIRA_WINE NAMES wine64 wine PATHS /usr/lib/wine DOC "Runs the tests of the Windows build")
 if(TAVIRA_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${TAVIRA_WINE})
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../tests/support/run_under_wine.sh ${TAVIRA_WINE})
 endif()
 # Nothing of the compiler's run time is imported: the module must load on a bare Windows.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")

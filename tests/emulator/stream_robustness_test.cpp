@@ -51,24 +51,6 @@ TEST(StreamRobustness, TimeGrowsWithTheLengthOnly) {
   }
 }
 
-TEST(StreamRobustness, HandlesLargeFilesBothWays) {
-  std::string bytes(std::size_t{8} << 20, '\0');
-  std::mt19937_64 random(1);
-  for (std::size_t i = 0; i + 8 <= bytes.size(); i += 4096) {
-    const std::uint64_t word = random();
-    bytes.replace(i, 8, reinterpret_cast<const char*>(&word), 8);
-  }
-  tagTestPrinter source;
-  ASSERT_TRUE(source.printer.PutFile("E:LARGE.TTF", bytes));
-  const std::string answer = source("^XA^H(YE:LARGE.TTF^XZ");
-  tagTestPrinter target;
-  target("^XA^F(AE:LARGE.TTF,N^XZ\r\n" + answer + "\r\n^XA^F(AE:LARGE.TTF,Y^XZ\r\n");
-  const tagStoredFile* file = target.printer.State().files.Find({'E', "LARGE.TTF"});
-  ASSERT_NE(file, nullptr);
-  EXPECT_TRUE(file->bytes == bytes);
-  EXPECT_TRUE(file->is_protected);
-}
-
 TEST(StreamRobustness, SmallCompressedUploadsCannotFillTheHost) {
   std::string bomb;
   AppendPayload(bomb, std::string(std::size_t{4} << 20, 'x'), true);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdlib>
 #include <functional>
 #include <random>
 
@@ -73,6 +71,7 @@ TEST(Base64Test, EveryByteOutsideTheAlphabetIsPassedOver) {
   }
 }
 
+// (On any input, in one piece or two: fuzz/base64.cpp.)
 TEST(Base64Test, AgreesWithTheOneCharacterReferenceOnEveryKindOfInput) {
   CInputs inputs;
   const std::vector<std::pair<const char*, std::function<bool(std::size_t)>>> kinds{
@@ -95,43 +94,6 @@ TEST(Base64Test, AgreesWithTheOneCharacterReferenceOnEveryKindOfInput) {
       const std::string text = inputs.Make(length, is_junk);
       ASSERT_EQ(DecodeBase64OneByOne(text), DecodeBase64(text)) << kind << ", " << length << " bytes";
     }
-  }
-}
-
-/** How many random inputs: TAVIRA_RANDOM_INPUTS when it is set. */
-int RandomInputs() {
-  const char* count = std::getenv("TAVIRA_RANDOM_INPUTS");
-  return count != nullptr ? std::atoi(count) : 20000;
-}
-
-/** Stretches of clean text, of text with more or less junk, and of junk. */
-std::string RandomText(std::minstd_rand& random) {
-  std::string text;
-  for (auto stretches = random() % 4; stretches > 0; --stretches) {
-    const auto junk_in_64 = std::array{0U, 0U, 1U, 6U, 32U, 64U}[random() % 6];
-    const auto length = random() % (random() % 16 == 0 ? 600 : 40);
-    for (unsigned i = 0; i < length; ++i) {
-      const auto number = random();
-      text.push_back(number % 64 < junk_in_64 ? kJunk[number / 64 % kJunk.size()]
-                                              : kAlphabet[number / 64 % kAlphabet.size()]);
-    }
-  }
-  return text;
-}
-
-TEST(Base64Test, AgreesWithTheReferenceOnRandomInputsInOneOrTwoPieces) {
-  std::minstd_rand random(1);
-  for (int i = RandomInputs(); i > 0; --i) {
-    const std::string text = RandomText(random);
-    const std::string expected = DecodeBase64OneByOne(text);
-    ASSERT_EQ(expected, DecodeBase64(text)) << text;
-    const std::size_t cut = random() % (text.size() + 1);
-    std::string bytes = "before";
-    CBase64Decoder decoder;
-    decoder.Append(std::string_view(text).substr(0, cut), bytes);
-    decoder.Append(std::string_view(text).substr(cut), bytes);
-    decoder.Finish(bytes);
-    ASSERT_EQ("before" + expected, bytes) << text << ", cut at " << cut;
   }
 }
 

@@ -158,21 +158,5 @@ TEST_F(FileDeletionTest, ACodeOfThePortThatReadsLikeStillListedEndsItToo) {
   EXPECT_EQ(1U, world_.Sent().size());
 }
 
-TEST_F(FileDeletionTest, AFailureEndsItAtOnce) {
-  KeepOnPrinter("E:A.PNG");
-  for (std::uint32_t failing = 1; failing <= 5; ++failing) {
-    world_.ClearLog();
-    SetRequest(TVMGR_REQUEST_DELETE_GRAPHIC, "A.PNG");
-    FailTransaction(failing);
-    EXPECT_EQ(kPortCode, TVMGR_DeleteData()) << failing;
-    EXPECT_EQ(failing, world_.Sent().size());
-  }
-  SetRequest(TVMGR_REQUEST_BACKGROUND, "A.PNG");
-  world_.ClearLog();
-  FailTransaction(4);
-  EXPECT_EQ(kPortCode, TVMGR_DeleteData());
-  EXPECT_EQ(4U, world_.Sent().size());
-}
-
 }  // namespace
 }  // namespace tavira::test

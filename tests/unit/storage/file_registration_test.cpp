@@ -155,22 +155,6 @@ TEST_F(FileRegistrationTest, ThePassesEndAsSoonAsTheFileIsListed) {
   EXPECT_EQ(1U + 5, world_.Sent().size());
 }
 
-TEST_F(FileRegistrationTest, AFailureEndsItAtOnce) {
-  world_.printer.Quirks().device_capacity = 0;
-  for (std::uint32_t failing = 1; failing <= 4; ++failing) {
-    for (const std::uint32_t kind : {0x1001001U, 0x1001003U}) {
-      if (kind == 0x1001001U && failing > 3) {
-        continue;  // has ended by then
-      }
-      world_.ClearLog();
-      SetRequest(kind, Upload("A.TTF", 'T'));
-      FailTransaction(failing);
-      EXPECT_EQ(kPortCode, TVMGR_RegistData()) << failing;
-      EXPECT_EQ(failing, world_.Sent().size());
-    }
-  }
-}
-
 TEST_F(FileRegistrationTest, ANetworkPortGetsAMinuteMoreForEachTwentyMebibytes) {
   constexpr std::size_t kTwentyMebibytes = 20U << 20;
   const struct {

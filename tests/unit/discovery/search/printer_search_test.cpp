@@ -326,36 +326,5 @@ TEST_F(PrinterSearchTest, QuestionsToSilentPrintersAreGivenUp) {
   }
 }
 
-TEST_F(PrinterSearchTest, WithoutMemoryASearchFailsAndTheNextSucceeds) {
-  usb_.entries.resize(1);
-  usb_.entries[0].model = WidenAscii("a model with a name that is not short");
-  for (const std::uint32_t kind : {kUsb, kNetwork}) {
-    std::vector<std::int32_t> failures;
-    std::int32_t result = TVMGR_OUT_OF_MEMORY;
-    for (std::uint32_t nth = 1; result != TVMGR_OK; ++nth) {
-      auto search = SearchOn(*real_, {0x7F000001, 9});
-      CAllocationFaults::Arm(nth);
-      result = search->Start(kind, 0);
-      CAllocationFaults::Disarm();
-      if (result != TVMGR_OK) {
-        failures.push_back(result);
-        EXPECT_EQ(TVMGR_OK, search->Stop(kind));
-        EXPECT_EQ(0, search->Status());
-      }
-      clock_.Flow(100);
-      EXPECT_EQ(TVMGR_OK, search->Start(kUsb, 0));
-      CAllocationFaults::Arm(1);
-      EXPECT_EQ(TVMGR_OUT_OF_MEMORY, search->Stop(kUsb));
-      CAllocationFaults::Disarm();
-      EXPECT_EQ(0, search->Status());
-      EXPECT_EQ(TVMGR_OK, search->Stop(kUsb));
-      EXPECT_EQ(1U, CountOf(*search, TVMGR_SEARCH_USB));
-      Destroy(search);
-    }
-    EXPECT_EQ(TVMGR_OUT_OF_MEMORY, failures.front());
-    EXPECT_EQ(TVMGR_PORT_NOT_READY, failures.back());
-  }
-}
-
 }  // namespace
 }  // namespace tavira::test

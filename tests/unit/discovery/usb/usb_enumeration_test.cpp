@@ -85,7 +85,7 @@ TEST_F(UsbEnumerationTest, APrinterIsDescribedWhereverItIsPluggedIn) {
   }
 }
 
-// What cannot be read stays empty, and costs the printer nothing else.
+// What cannot be read stays empty, and costs the printer nothing else. (Answers that are cut short: tests/damage.)
 TEST_F(UsbEnumerationTest, WhatTheHubDoesNotTellStaysEmpty) {
   enum EExpect { kNothing, kNumbersOnly };
   struct tagCase {
@@ -93,7 +93,12 @@ TEST_F(UsbEnumerationTest, WhatTheHubDoesNotTellStaysEmpty) {
     EExpect expect;
     std::function<void(CRecordedUsbTree&, tagRecordedAnswers& hub)> change;
   };
-  const auto cut = [](std::string& answer, std::size_t size) { answer.resize(size); };
+  const auto node = [](const std::string& answer) {
+    return [answer](auto&, auto& hub) { hub.node_information = answer; };
+  };
+  const auto text = [](int index, int language, const std::string& answer) {
+    return [=](auto&, auto& hub) { hub.strings[{kPort, index, language}] = answer; };
+  };
   const tagCase cases[] = {
       {"no hub above", kNothing, [](auto& tree, auto&) { tree.devices[2].service = "USBXHCI"; }},
       {"printer not in the tree", kNothing, [](auto& tree, auto&) { tree.devices[3].instance_id = "X"; }},
@@ -108,55 +113,23 @@ TEST_F(UsbEnumerationTest, WhatTheHubDoesNotTellStaysEmpty) {
          tree.devices[3].address = 0;
          hub.connections[0] = Connection(0);
        }},
-      {"fewer ports than the printer's", kNothing,
-       [](auto&, auto& hub) { hub.node_information = NodeInformation(kPort - 1); }},
-      {"no ports", kNothing, [](auto&, auto& hub) { hub.node_information = NodeInformation(0); }},
-      {"not a hub but a composite device", kNothing, [](auto&, auto& hub) { hub.node_information[0] = 1; }},
-      {"no node information", kNothing, [](auto&, auto& hub) { hub.node_information.clear(); }},
-      {"node information cut short", kNothing, [cut](auto&, auto& hub) { cut(hub.node_information, 6); }},
+      {"fewer ports than the printer's", kNothing, node(NodeInformation(kPort - 1))},
+      {"no ports", kNothing, node(NodeInformation(0))},
+      {"not a hub but a composite device", kNothing, node("\1" + NodeInformation(kPort).substr(1))},
+      {"no node information", kNothing, node("")},
       {"no connection information", kNothing, [](auto&, auto& hub) { hub.connections.clear(); }},
-      {"device descriptor cut short", kNothing, [cut](auto&, auto& hub) { cut(hub.connections[kPort], 21); }},
-      {"no languages", kNumbersOnly,
-       [](auto&, auto& hub) {
-         hub.strings.erase({kPort, 0, 0});
-       }},
-      {"empty list of languages", kNumbersOnly,
-       [](auto&, auto& hub) {
-         hub.strings[{kPort, 0, 0}] = Descriptor({});
-       }},
-      {"languages cut short", kNumbersOnly,
-       [cut](auto&, auto& hub) {
-         cut(hub.strings[{kPort, 0, 0}], 15);
-       }},
+      {"no languages", kNumbersOnly, text(0, 0, "")},
+      {"empty list of languages", kNumbersOnly, text(0, 0, Descriptor({}))},
       {"no product string named", kNumbersOnly,
        [](auto&, auto& hub) {
          hub.connections[kPort][4 + 15] = 0;
          hub.strings[{kPort, 0, kEnglish}] = Descriptor({'X'});
        }},
-      {"no product string", kNumbersOnly,
-       [](auto&, auto& hub) {
-         hub.strings.erase({kPort, 3, kEnglish});
-       }},
-      {"product string in another language", kNumbersOnly,
-       [](auto&, auto& hub) {
-         hub.strings[{kPort, 0, 0}] = Descriptor({0x0411, kEnglish});
-       }},
-      {"product string cut short", kNumbersOnly,
-       [cut](auto&, auto& hub) {
-         cut(hub.strings[{kPort, 3, kEnglish}], 12 + 9);
-       }},
-      {"only the head of the product string", kNumbersOnly,
-       [cut](auto&, auto& hub) {
-         cut(hub.strings[{kPort, 3, kEnglish}], 13);
-       }},
+      {"no product string", kNumbersOnly, text(3, kEnglish, "")},
+      {"product string in another language", kNumbersOnly, text(0, 0, Descriptor({0x0411, kEnglish}))},
       {"product string shorter than its head", kNumbersOnly,
-       [](auto&, auto& hub) {
-         hub.strings[{kPort, 3, kEnglish}][12] = 1;
-       }},
-      {"another kind of descriptor", kNumbersOnly,
-       [](auto&, auto& hub) {
-         hub.strings[{kPort, 3, kEnglish}][13] = 2;
-       }},
+       text(3, kEnglish, std::string(12, '\0') + "\1\3LX")},
+      {"another kind of descriptor", kNumbersOnly, text(3, kEnglish, std::string(12, '\0') + "\4\2LX")},
   };
   for (const tagCase& entry : cases) {
     SCOPED_TRACE(entry.name);

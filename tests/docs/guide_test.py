@@ -11,6 +11,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 import guide
 
@@ -79,10 +80,12 @@ class Shell:
             command = [sys.executable, *words[1:]]
         else:
             command = [*built(words[0]), *words[1:]]
-        run = subprocess.run(command, cwd=WORK, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                             stderr=subprocess.STDOUT, timeout=LONGEST_S)
-        self.code = run.returncode
-        return run.stdout.decode("utf-8").replace("\r", "")
+        # No pipe: Wine's desktop process, when this starts it, would keep that open.
+        with tempfile.TemporaryFile() as output:
+            self.code = subprocess.run(command, cwd=WORK, env=self.environment, stdin=subprocess.DEVNULL, stdout=output,
+                                       stderr=subprocess.STDOUT, timeout=LONGEST_S).returncode
+            output.seek(0)
+            return output.read().decode("utf-8").replace("\r", "")
 
 
 def pattern(expected):

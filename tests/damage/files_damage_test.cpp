@@ -10,6 +10,7 @@
 #include "emulator/memory/printer_ini.h"
 #include "support/temporary_file.h"
 #include "tools/tvmgr/printer/choice_text.h"
+#include "unit/discovery/search/search_support.h"
 
 namespace tavira::test {
 namespace {
@@ -41,6 +42,7 @@ class CProfileElsewhere final : public IProfileFile {
 TEST(FileDamageTest, SettingIniTellsNamesOfLinesThatAreWhole) {
   CProfileElsewhere profile;
   const CModuleSettings settings(profile);
+  CLatin1Codec codec;
   const std::string text = "[SupportPrinter]\r\n0=Label\r\n3=Dock\r\n[Search]\r\nUserUSBHubName=myhub\r\n";
   const std::vector<WideString> printers{WidenAscii("Label"), WidenAscii("Dock")};
   const std::size_t name_ends[] = {text.find("\r\n3"), text.find("\r\n[S")};
@@ -59,7 +61,7 @@ TEST(FileDamageTest, SettingIniTellsNamesOfLinesThatAreWhole) {
                   (names.printers.size() > i && names.printers[i] == printers[i]));
     }
     EXPECT_TRUE(!damage.Spares(text.find("[Search"), text.size()) || damage.at == text.find("\n[Search") ||
-                settings.UserHubName() == WidenAscii("myhub"));
+                settings.UserHubName(codec) == WidenAscii("myhub"));
   });
 }
 

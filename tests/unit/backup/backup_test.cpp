@@ -227,6 +227,18 @@ TEST_F(BackupTest, FilesAreFramedByTheirAttributeAndEmptyOnesLeaveASeparator) {
             file_.Read());
 }
 
+TEST_F(BackupTest, AnEntryWithoutANameIsPassedOver) {
+  world_.printer.PutFile("E:A.PNG", "a");
+  for (const std::string name : {"", " B.PNG", "A.PNG"}) {
+    world_.scripted_answer = "* E:" + name + std::string(28 - name.size(), ' ') + "\r\n";
+    LoadAll();
+    world_.scripted_answer = std::nullopt;
+    EXPECT_EQ(TVMGR_OK, Backup([](TvmgrBackupInfo& info) { info.section_f = 1; })) << name;
+    EXPECT_EQ(name == "A.PNG", file_.Read().find("^FX^FS\r\n") != std::string::npos) << name;
+    EXPECT_EQ(name == "A.PNG" ? 2U : 0U, world_.Sent().size()) << name;  // one for each of the two lists
+  }
+}
+
 TEST_F(BackupTest, AFetchThatFailsLeavesTheFinishedPiecesAndTheTrailer) {
   world_.printer.PutFile("E:A.PNG", "a");
   world_.printer.PutFile("E:B.PNG", "b");

@@ -69,8 +69,10 @@ class Shell:
             raise SystemExit(f'{GUIDE.name}: in front of "{line}": exit code {self.code}, and the guide does not say so')
         if words[0] == "type":
             return self.path(words[1]).read_text(encoding="utf-8")
+        if words[0] == "mkdir":
+            self.path(words[1]).mkdir()
+            return ""
         if words[0] == "copy":
-            self.path(words[2]).mkdir(exist_ok=True)
             shutil.copy(self.path(words[1]), self.path(words[2]))
             return ""
         if STAGE == "tvmgr":

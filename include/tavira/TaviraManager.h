@@ -1,4 +1,4 @@
-/*
+/** @file
  * TaviraManager: reads and changes the configuration of LX-R4100 label printers and manages the files that
  * they store.
  *
@@ -7,38 +7,38 @@
  *
  * CONVENTIONS
  *
- *  1. Results. Every function returns int32_t: TVMGR_OK (0) or an error code of enum TvmgrResult, or a code
+ * 1.  Results. Every function returns int32_t: TVMGR_OK (0) or an error code of enum TvmgrResult, or a code
  *     of the port library Ferrolink.dll passed through unchanged. The one exception is TVMGR_GetSettingValue
  *     (bool). "No manager" (before TVMGR_Initialize, after TVMGR_Terminate) is -2 in every function but
  *     TVMGR_Initialize and TVMGR_Terminate themselves. A failed allocation is -3 wherever nothing else is
  *     said.
- *  2. No exception leaves the module, except std::invalid_argument for a negative index (functions that take
+ * 2.  No exception leaves the module, except std::invalid_argument for a negative index (functions that take
  *     one). Only a C++ host that was built with the module's own run-time library (MinGW-w64) can catch it;
  *     it ends the process of every other host (MSVC, C, C#, Python). Check an index before the call.
- *  3. Blocking. Functions that talk to the printer block the calling thread until they end. Every wait is
+ * 3.  Blocking. Functions that talk to the printer block the calling thread until they end. Every wait is
  *     bounded; "blocks up to" states the bound of the waits themselves. One transaction waits up to 60 s for
  *     the first answer byte unless stated otherwise, and at least 100 ms; only a time-out of 0 waits not at
  *     all. Time-outs are unsigned: 0xFFFFFFFF is 49 days, not "for ever". The module cannot interrupt a call
  *     inside Ferrolink.dll.
- *  4. Silence. A printer that does not answer is not an error of a transaction: the operation goes on with an
+ * 4.  Silence. A printer that does not answer is not an error of a transaction: the operation goes on with an
  *     empty answer. Functions that promise an effect prove it by reading back (-82 when the printer shows
  *     otherwise).
- *  5. Threads. The functions take no lock of their own: call them from one thread, one at a time. Only the
+ * 5.  Threads. The functions take no lock of their own: call them from one thread, one at a time. Only the
  *     printer search runs beside the host (TVMGR_StartSearchPrinter); its stop, its status and its results
  *     may be asked for from any thread meanwhile. No call at all beside TVMGR_Initialize or TVMGR_Terminate.
  *     No call from a DllMain: loading a library or waiting for a thread there blocks the process.
- *  6. Ownership. The module owns everything that it returns no pointer to; all data is handed over as copies
+ * 6.  Ownership. The module owns everything that it returns no pointer to; all data is handed over as copies
  *     in the host's buffers. Byte buffers are (pointer, length in bytes), names are (pointer, length in
  *     characters). Texts that the module has written into a record are the host's to release
  *     (TvmgrTextRelease), before the DLL is unloaded: the code that frees them is in it.
- *  7. Encoding. Wide text is UTF-16. Bytes sent to the printer and text in host files are in the system's
+ * 7.  Encoding. Wide text is UTF-16. Bytes sent to the printer and text in host files are in the system's
  *     ANSI code page, single-byte, double-byte or UTF-8. A file name with a character that the code page
  *     lacks is refused (-7), never sent as a name that merely looks alike. File names are compared without
  *     regard to the case of letters, as the system compares them. Setting values are bytes exactly as the
  *     printer reports them, without terminator.
- *  8. Settings are named by the numbers of enum TvmgrSetting, file lists by enum TvmgrFileList. The two
+ * 8.  Settings are named by the numbers of enum TvmgrSetting, file lists by enum TvmgrFileList. The two
  *     number spaces are separate, even where a number stands in both.
- *  9. Loaded values. TVMGR_LoadSetting(true, 0) fills the value store; TVMGR_LoadSetting(false, id) and
+ * 9.  Loaded values. TVMGR_LoadSetting(true, 0) fills the value store; TVMGR_LoadSetting(false, id) and
  *     TVMGR_LoadSettingByList only refresh values that a full load has stored. Values are read with
  *     TVMGR_GetSettingValue.
  *     TRAP: full loads also happen within both updates (TVMGR_UpdatePrinterSetting and ...NoChangeDPI), a
@@ -690,8 +690,8 @@ int32_t TVMGR_LoadStoredData(const TvmgrChar* name, uint8_t mode, uint32_t timeo
 int32_t TVMGR_GetStoredData(uint8_t* buffer, uint32_t* length);
 
 /**
- * Has no effect on the lists or the pending request; kept for hosts that call it. @retval 0 @retval -2 No
- * manager.
+ * Has no effect on the lists or the pending request; kept for hosts that call it. @retval 0 Always. @retval
+ * -2 No manager.
  */
 int32_t TVMGR_ClearRegistList(void);
 
@@ -774,7 +774,7 @@ int32_t TVMGR_UpdateBackupInfo(const TvmgrBackupInfo* info);
  * file.
  *
  * The path is the system's: relative ones count from the current directory at the time of the call; servers
- * (\\server\share\file) and any length are taken, devices (NUL, COM1) and pipes are refused with -63.
+ * (`\\server\share\file`) and any length are taken, devices (NUL, COM1) and pipes are refused with -63.
  *
  * @param reload  1 loads everything from the printer first; every other value does not.
  * TRAP: a file that the printer lists and does not deliver leaves a separator line and no error. With reload
@@ -905,8 +905,8 @@ int32_t TVMGR_SendPrnFile(void* reserved);
 /** @retval 0 Always. @retval -2 No manager. */
 int32_t TVMGR_GetDeviceInfo(void* reserved1, void* reserved2, uint32_t reserved3, uint32_t reserved4);
 /**
- * Takes a window handle (HWND), without any effect: the module sends no messages. @retval 0 @retval -2 No
- * manager.
+ * Takes a window handle (HWND), without any effect: the module sends no messages. @retval 0 Always. @retval
+ * -2 No manager.
  */
 int32_t TVMGR_SetCallbackWnd(struct HWND__* window);
 

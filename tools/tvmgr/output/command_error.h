@@ -7,7 +7,7 @@
 
 namespace tvmgr {
 
-/** Exit codes of the program, the same for every command; the README has the table. */
+/** Exit codes of the program, the same for every command; docs/tvmgr.md has the table. */
 constexpr int kExitDone = 0;        /**< done, and seen to be done */
 constexpr int kExitFailed = 1;      /**< not done, refused, damaged or different */
 constexpr int kExitUsage = 2;       /**< wrong usage: nothing was done */

@@ -5,55 +5,13 @@
 namespace tavira::test {
 namespace {
 
-struct tagCase {
-  std::uint32_t code;
-  std::string commands;
-  bool is_bracketed;
-};
-
-const std::vector<tagCase>& PlainOperations() {
-  static const std::vector<tagCase> operations{
-      {0x1001001, "~J(C", false},
-      {0x1001002, "~W(PNC", false},
-      {0x1001003, "~JC", false},
-      {0x1001006, std::string("\0^any,bytes\xFF", 12), true},
-      {0x1001007, "~WC", true},
-      {0x1001008,
-       "^XA^WDR:*.FNT^XZ^XA^WDR:*.TTF^XZ^XA^WDR:*.TTE^XZ^XA^WDE:*.FNT^XZ^XA^WDE:*.TTE^XZ^XA^WDE:*.TTF^XZ"
-       "^XA^WDZ:*.FNT^XZ^XA^WDZ:*.TTF^XZ^XA^WDZ:*.TTE^XZ",
-       true},
-      {0x1001009, "^XA^WDZ:*.BAR^XZ", true},
-      {0x100100A, "^XA^WDR:*.PNG^XZ^XA^WDR:*.GRF^XZ^XA^WDE:*.PNG^XZ^XA^WDE:*.GRF^XZ", true},
-      {0x100100B, "^XA^WDR:*.FMT^XZ^XA^WDE:*.FMT^XZ", true},
-      {0x100100C,
-       "\x1E"
-       "XA\x1E"
-       "CT~\x1E"
-       "CC^\x1E"
-       "CD,\x1E"
-       "XZ",
-       false},
-  };
-  return operations;
-}
-
-const std::string kReset = "^XA^JUF^XZ^XA^JUS^XZ" + kClosing;
-const std::string kInitialize = "^XA^JBE^XZ" + kClosing;
-const std::string kTemporary42 = "^XA^S(CMP,M,T^XZ" + kClosing;
-const Transactions kRefreshed{Listing("E:*.PNG,c"),    Listing("E:*.TTF,c"), Listing("E:*.TTE,c"),
-                              Listing("E:*.FMT,c"),    Listing("E:*.ZPL,c"), Listing("E:*.GRF,c"),
-                              Listing("E:KORVDEF.BGD")};
-
-std::string Final42(const std::string& value) {
-  return "^XA^S(CMP,M," + value + "^XZ" + kSaving;
-}
-
 std::int32_t SetOperation(std::uint32_t code, std::string_view data = {}) {
   return TVMGR_SetExecuteList(code,
                               data.empty() ? nullptr : reinterpret_cast<const std::uint8_t*>(data.data()),
                               static_cast<std::int32_t>(data.size()));
 }
 
+// What goes over the port for plain operations: tests/unit/manager/exchange_scripts.txt.
 class PrinterOperationsTest : public CTransactionTest {
  protected:
   void SetUp() override {
@@ -76,56 +34,6 @@ class PrinterOperationsTest : public CTransactionTest {
     return world_.clock.Now() - start - static_cast<std::uint64_t>(transactions) * 100 - 1000;
   }
 };
-
-TEST_F(PrinterOperationsTest, EachSendsItsCommandsAndAsksForTheState) {
-  for (const auto& [code, commands, is_bracketed] : PlainOperations()) {
-    world_.ClearLog();
-    EXPECT_EQ(TVMGR_OK, Execute(code, code == 0x1001006 ? commands : "")) << std::hex << code;
-    const Transactions bracketed{kTemporary42, commands + kClosing, kStatus, Final42("T")};
-    EXPECT_EQ(is_bracketed ? bracketed : (Transactions{commands + kClosing, kStatus}), world_.Sent())
-        << std::hex << code;
-  }
-}
-
-TEST_F(PrinterOperationsTest, TheEmptyOperationSendsNothing) {
-  EXPECT_EQ(TVMGR_OK, Execute(0x1001000, "data"));
-  EXPECT_TRUE(world_.calls.empty());
-}
-
-TEST_F(PrinterOperationsTest, UnknownCodesAreRefusedBeforeAnythingIsSent) {
-  EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_ExecutePrinterOperation());  // none was ever set
-  for (const std::uint32_t code : {0U, 1U, 0x1000FFFU, 0x100100DU, 0xFFFFFFFFU}) {
-    EXPECT_EQ(TVMGR_BAD_ARGUMENT, Execute(code, "data")) << std::hex << code;
-  }
-  EXPECT_TRUE(world_.calls.empty());
-}
-
-TEST_F(PrinterOperationsTest, SendingNoDataFailsBehindTheFirstHalfOfTheBracket) {
-  EXPECT_EQ(TVMGR_BAD_ARGUMENT, Execute(TVMGR_OP_SEND_DATA));
-  EXPECT_EQ(Transactions{kTemporary42}, world_.Sent());
-}
-
-TEST_F(PrinterOperationsTest, TheBracketPutsTheStoredValueBack) {
-  world_.printer.SetSetting("CMP,M", "C");
-  LoadAll();
-  world_.before_send = [&] {
-    if (world_.Sent().size() == 2) {
-      EXPECT_EQ("T", world_.printer.Setting("CMP,M"));
-    }
-  };
-  EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_WIPE_GRAPHICS));
-  EXPECT_EQ(Final42("C"), world_.Sent().back());
-  world_.printer.PowerCycle();
-  EXPECT_EQ("C", world_.printer.Setting("CMP,M"));
-}
-
-TEST_F(PrinterOperationsTest, AnEmptyStoredValueCountsAsNone) {
-  world_.printer.Quirks().fixed_answers = {{"CMP,M", ""}};
-  LoadAll();
-  ASSERT_EQ("", StoredValue(TVMGR_SETTING_CMP_M));
-  EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_WIPE_GRAPHICS));
-  EXPECT_EQ(Final42("T"), world_.Sent().back());
-}
 
 TEST_F(PrinterOperationsTest, TheDataOfAnEarlierRequestStaysUnlessNewDataComes) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>("new");
@@ -195,48 +103,6 @@ TEST_F(PrinterOperationsTest, TheWaitOpensTheStoredPortAsItIs) {
   world_.before_send = [&] { types.push_back(world_.port.LastPortType()); };
   EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_HEAD_CHECK));
   EXPECT_EQ((std::vector<std::int32_t>{1, 3}), types);
-}
-
-TEST_F(PrinterOperationsTest, WithoutAChosenPrinterTheWaitIsLeftOut) {
-  TVMGR_Terminate();
-  ASSERT_EQ(TVMGR_OK, TVMGR_Initialize());
-  world_.ClearLog();
-  EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_WIPE_FORMATS));
-  EXPECT_EQ((Transactions{kTemporary42, "^XA^WDR:*.FMT^XZ^XA^WDE:*.FMT^XZ" + kClosing, Final42("T")}),
-            world_.Sent());
-}
-
-TEST_F(PrinterOperationsTest, AFactoryResetIsFollowedByAReloadWithAFreshCapture) {
-  world_.printer.PutFile("E:KORVDEF.BGD", "background");
-  LoadAll();
-  world_.printer.SetSetting("CMP,F", "7");
-  const std::uint64_t start = world_.clock.Now();
-  EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_FACTORY_RESET));
-  EXPECT_EQ((Transactions{kReset, kStatus, kCapture, AllQueries(), kBackgroundUpload, kResolutionQueries}),
-            world_.Sent());
-  EXPECT_EQ(6U * 100 + 2 * 1000, world_.clock.Now() - start);
-  EXPECT_EQ("100", StoredValue(TVMGR_SETTING_CMP_F));
-}
-
-TEST_F(PrinterOperationsTest, InitialisedMemoryIsFollowedByARefreshOfTheLists) {
-  world_.printer.PutFile("E:A.PNG", "x");
-  world_.printer.PutFile("Z:A.CNV", "x");
-  LoadAll();
-  const std::uint64_t start = world_.clock.Now();
-  EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_INITIALIZE_MEMORY));
-  Transactions expected{kInitialize, kStatus};
-  expected.insert(expected.end(), kRefreshed.begin(), kRefreshed.end());
-  EXPECT_EQ(expected, world_.Sent());
-  EXPECT_EQ(9U * 100 + 2 * 1000, world_.clock.Now() - start);
-  EXPECT_TRUE(Names(TVMGR_LIST_PNG).empty());
-  EXPECT_EQ(1U, Names(TVMGR_LIST_CNV).size());
-}
-
-TEST_F(PrinterOperationsTest, ABackgroundThatIsStillListedIsReadAgain) {
-  world_.before_send = [&] { world_.printer.PutFile("E:KORVDEF.BGD", "new"); };
-  EXPECT_EQ(TVMGR_OK, Execute(TVMGR_OP_INITIALIZE_MEMORY));
-  EXPECT_EQ(kBackgroundUpload, world_.Sent().back());
-  EXPECT_EQ("new", StoredValue(TVMGR_SETTING_BACKGROUND));
 }
 
 TEST_F(PrinterOperationsTest, AFailureEndsItWhereItsResultCounts) {

@@ -56,17 +56,6 @@ TEST_F(PrinterStatusTest, AnotherOrACutAnswerIsNoState) {
   EXPECT_EQ(0U, Status());
 }
 
-TEST_F(PrinterStatusTest, AFailedCallIsPassedOnWithStatusZeroAndThePortClosedOnce) {
-  for (std::uint32_t call = 1; call <= 4; ++call) {
-    world_.ClearLog();
-    world_.FailCall(call, kPortCode);
-    std::uint32_t status = 99;
-    EXPECT_EQ(kPortCode, TVMGR_GetPrinterStatus(&status)) << call;
-    EXPECT_EQ(0U, status) << call;
-    EXPECT_EQ(1, world_.Count(EPortCall::kTerminate)) << call;
-  }
-}
-
 TEST_F(PrinterStatusTest, WithoutAPlaceForTheStatusNothingIsAsked) {
   EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_GetPrinterStatus(nullptr));
   EXPECT_TRUE(world_.calls.empty());

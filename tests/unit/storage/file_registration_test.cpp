@@ -5,6 +5,7 @@
 namespace tavira::test {
 namespace {
 
+// What goes over the port for plain operations: tests/unit/manager/exchange_scripts.txt.
 using FileRegistrationTest = CTransactionTest;
 
 TEST(DownloadNameTest, IsReadFromTheDownloadCommand) {
@@ -41,46 +42,6 @@ TEST(DownloadNameTest, IsReadFromTheDownloadCommand) {
   EXPECT_EQ("\x83,\x83^.ZPL", FindDownloadName("\x83^DFX^^DFE:\x83,\x83^.ZPL^FS", japanese));
 }
 
-struct tagRegistration {
-  std::uint32_t kind;
-  std::string command;
-  const char* file;
-  Transactions listings;
-};
-
-const Transactions kFormatListings{Listing("E:*.FMT,c"), Listing("E:*.ZPL,c")};
-const Transactions kFontListings{Listing("E:*.TTF,c"), Listing("E:*.TTE,c")};
-
-std::string Upload(const std::string& name, char extension) {
-  return "~DYE:" + name + ",B," + extension + ",3,0,:B64:TWFu:";
-}
-
-TEST_F(FileRegistrationTest, SendsTheFileAndFindsItInTheListsOfItsKind) {
-  const tagRegistration cases[] = {
-      {0x1001000, Upload("A.PNG", 'P'), "E:A.PNG", {Listing("E:*.PNG,c")}},
-      {0x1001000, Upload("B", 'P'), "E:B.PNG", {Listing("E:*.PNG,c")}},
-      {0x1001000, Upload("A.GRF", 'G'), "E:A.GRF", {Listing("E:*.GRF,c")}},
-      {0x1001000, Upload("B.grf", 'G'), "E:B.GRF", {Listing("E:*.GRF,c")}},
-      {0x1001000, Upload("C", 'G'), "E:C.GRF", {Listing("E:*.GRF,c")}},
-      {0x1001003, Upload("A.TTF", 'T'), "E:A.TTF", kFontListings},
-      {0x1001003, Upload("A.TTE", 'E'), "E:A.TTE", kFontListings},
-      {0x1001008, Upload("KORVDEF.BGD", 'B'), "E:KORVDEF.BGD", {Listing("E:KORVDEF.BGD")}},
-      {0x1001001, "^XA^DFE:A.ZPL^FS^FDx^FS^XZ", "E:A.ZPL", kFormatListings},
-      {0x1001001, "^XA^DFE:A.FMT^FS^FDx^FS^XZ", "E:A.FMT", kFormatListings},
-  };
-  for (const auto& [kind, command, file, listings] : cases) {
-    world_.ClearLog();
-    SetRequest(kind, command);
-    const std::uint64_t start = world_.clock.Now();
-    EXPECT_EQ(TVMGR_OK, TVMGR_RegistData()) << command;
-    Transactions expected{command + kClosing};
-    expected.insert(expected.end(), listings.begin(), listings.end());
-    EXPECT_EQ(expected, world_.Sent());
-    EXPECT_EQ(100U + 500 + listings.size() * 100, world_.clock.Now() - start);
-    EXPECT_TRUE(world_.printer.File(file)) << file;
-  }
-}
-
 TEST_F(FileRegistrationTest, WhatAFetchBroughtRegistersTheSameFileAgain) {
   std::string bytes;
   for (int i = 0; i < 600; ++i) {
@@ -95,64 +56,6 @@ TEST_F(FileRegistrationTest, WhatAFetchBroughtRegistersTheSameFileAgain) {
     EXPECT_EQ(TVMGR_OK, TVMGR_RegistData());
     EXPECT_EQ(bytes, world_.printer.File("E:LOGO.PNG"));
   }
-}
-
-TEST_F(FileRegistrationTest, OnlyAFormatIsFollowedByTheSecondaryData) {
-  for (const std::uint32_t kind : {0x1001000U, 0x1001001U, 0x1001003U, 0x1001008U}) {
-    world_.ClearLog();
-    SetRequest(kind, Upload("A.PNG", 'P'), "second");
-    TVMGR_RegistData();
-    EXPECT_EQ(Upload("A.PNG", 'P') + (kind == 0x1001001 ? "second" : "") + kClosing, world_.Sent().at(0));
-  }
-}
-
-TEST_F(FileRegistrationTest, WhatCannotBeRegisteredIsNotSent) {
-  EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_RegistData());  // no request yet
-  for (const std::uint32_t kind :
-       {0U, 0x1001002U, 0x1001004U, 0x1001005U, 0x1001006U, 0x1001007U, 0x1001009U}) {
-    SetRequest(kind, Upload("A.PNG", 'P'));
-    EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_RegistData()) << std::hex << kind;
-  }
-  for (const std::string_view primary : {"", "A.PNG", "^XA^FDno name^XZ", "~DYE:,B,P,3,0,x"}) {
-    SetRequest(TVMGR_REQUEST_REGISTER_GRAPHIC, primary, Upload("A.PNG", 'P'));
-    EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_RegistData()) << primary;
-  }
-  EXPECT_TRUE(world_.calls.empty());
-}
-
-TEST_F(FileRegistrationTest, AFileThatIsNotListedTakesTenPasses) {
-  world_.printer.Quirks().device_capacity = 0;
-  const tagRegistration cases[] = {{0x1001000, Upload("A.PNG", 'P'), "", {Listing("E:*.PNG,c")}},
-                                   {0x1001003, Upload("A.TTF", 'T'), "", kFontListings},
-                                   {0x1001008, Upload("KORVDEF.BGD", 'B'), "", {Listing("E:KORVDEF.BGD")}}};
-  for (const auto& [kind, command, file, listings] : cases) {
-    world_.ClearLog();
-    SetRequest(kind, command);
-    const std::uint64_t start = world_.clock.Now();
-    EXPECT_EQ(TVMGR_NOT_CONFIRMED, TVMGR_RegistData()) << command;
-    EXPECT_EQ(1 + 10 * listings.size(), world_.Sent().size());
-    EXPECT_EQ(100U + 10 * (500 + listings.size() * 100), world_.clock.Now() - start);
-  }
-}
-
-TEST_F(FileRegistrationTest, AFormatCountsAsStoredWhateverTheListingSays) {
-  world_.printer.Quirks().device_capacity = 0;
-  SetRequest(TVMGR_REQUEST_REGISTER_FORMAT, "^XA^DFE:A.ZPL^FS^FDx^FS^XZ");
-  EXPECT_EQ(TVMGR_OK, TVMGR_RegistData());
-  EXPECT_FALSE(world_.printer.File("E:A.ZPL"));
-  EXPECT_EQ(1U + 2, world_.Sent().size());
-}
-
-TEST_F(FileRegistrationTest, ThePassesEndAsSoonAsTheFileIsListed) {
-  world_.printer.Quirks().device_capacity = 0;
-  world_.before_send = [&] {
-    if (world_.Sent().size() == 1 + 4) {
-      world_.printer.PutFile("E:a.png", "late");  // letter case does not matter
-    }
-  };
-  SetRequest(TVMGR_REQUEST_REGISTER_GRAPHIC, Upload("A.PNG", 'P'));
-  EXPECT_EQ(TVMGR_OK, TVMGR_RegistData());
-  EXPECT_EQ(1U + 5, world_.Sent().size());
 }
 
 TEST_F(FileRegistrationTest, ANetworkPortGetsAMinuteMoreForEachTwentyMebibytes) {

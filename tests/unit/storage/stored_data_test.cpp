@@ -84,19 +84,6 @@ TEST_F(StoredDataTest, AnAnswerWithoutTheFileReplacesTheDataByNothing) {
   EXPECT_EQ("", StoredData());
 }
 
-TEST_F(StoredDataTest, AFailedFetchKeepsTheDataOfTheOneBefore) {
-  world_.printer.PutFile("E:LOGO.PNG", "logo");
-  world_.printer.PutFile("E:OTHER.PNG", "other");
-  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
-  for (std::uint32_t call = 1; call <= 4; ++call) {
-    world_.FailCall(call, kPortCode);
-    EXPECT_EQ(kPortCode, Fetch("OTHER.PNG", 0)) << call;
-    EXPECT_EQ("logo", StoredData()) << call;
-  }
-  EXPECT_EQ(TVMGR_BAD_ARGUMENT, Fetch("", 0));
-  EXPECT_EQ("logo", StoredData());
-}
-
 TEST_F(StoredDataTest, WithoutANameThatCanBeSentNothingIs) {
   for (const std::uint8_t mode : {std::uint8_t{0}, std::uint8_t{1}}) {
     EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_LoadStoredData(nullptr, mode, 1000));

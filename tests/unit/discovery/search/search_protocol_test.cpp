@@ -53,15 +53,6 @@ TEST(SearchProtocolTest, AMacIsTwelveHexadecimalDigits) {
   }
 }
 
-TEST(SearchProtocolTest, AnAnnouncementIsTakenWholeOnly) {
-  EXPECT_TRUE(IsAnnouncement(Announcement()));
-  EXPECT_TRUE(IsAnnouncement(Announcement() + "more"));
-  const std::string good = Announcement();
-  for (std::size_t size = 0; size < good.size(); ++size) {
-    EXPECT_FALSE(IsAnnouncement(good.substr(0, size))) << size;
-  }
-}
-
 TEST(SearchProtocolTest, EveryFixedFieldOfAnAnnouncementCounts) {
   const struct {
     std::size_t offset;

@@ -180,16 +180,5 @@ TEST_F(PortEndpoint, SilenceAndCutAnswersDoNotStopThePrinter) {
   EXPECT_EQ(Waiting(), 0u);
 }
 
-TEST_F(PortEndpoint, LogsTheBeginningOfLargePayloads) {
-  Open();
-  const std::string large(CPortEndpoint::kMaximumLogged + 500, 'x');
-  Send(large);
-  ASSERT_EQ(port.Exchanges().size(), 1u);
-  EXPECT_EQ(port.Exchanges()[0].sent.size(), CPortEndpoint::kMaximumLogged);
-  EXPECT_EQ(port.Exchanges()[0].sent_bytes, large.size());
-  port.ClearLog();
-  EXPECT_TRUE(port.Exchanges().empty());
-}
-
 }  // namespace
 }  // namespace lxemu

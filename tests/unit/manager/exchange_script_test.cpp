@@ -1,4 +1,5 @@
 // Plays what exchange_scripts.txt holds.
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -93,6 +94,7 @@ class ExchangeScriptTest : public CTransactionTest {
         {"answer", [&] { quirks.fixed_answers[line.first] = value; }},
         {"mute", [&] { quirks.unanswered_keys.insert(line.first); }},
         {"refuse", [&] { quirks.refused_keys.insert(line.first); }},
+        {"short-names", [&] { quirks.short_format_names = true; }},
         {"refuse-all", [&] { quirks.ignore_sets = true; }},
         {"garbage", [&] { quirks.garbage_between_frames = Bytes(line.rest); }},
         {"room", [&] { quirks.device_capacity = std::stoul(line.first); }},
@@ -135,6 +137,18 @@ class ExchangeScriptTest : public CTransactionTest {
            return TVMGR_LoadSetting(line.first == "all", line.first == "all" ? 0 : line.Number(line.first));
          }},
         {"load-list", [&] { return TVMGR_LoadSettingByList(line.first == "1"); }},
+        {"prefix", [&] { return TVMGR_UpdatePrefix(line.first.at(0), line.first.at(1), line.first.at(2)); }},
+        {"ask-prefix", [&] { return TVMGR_IsDefaultPrefix(&is_default_); }},
+        {"fetch",
+         [&] {
+           const tagLine more(line.second);
+           const std::string name = Bytes(more.rest);
+           WideString wide(name.begin(), name.end());
+           std::transform(name.begin(), name.end(), wide.begin(),
+                          [](char byte) { return static_cast<TvmgrChar>(static_cast<unsigned char>(byte)); });
+           return TVMGR_LoadStoredData(wide.c_str(), static_cast<std::uint8_t>(line.Number(line.first)),
+                                       static_cast<std::uint32_t>(more.Number(more.verb)));
+         }},
         {"write", [] { return TVMGR_UpdatePrinterSetting(); }},
         {"write-fixed", [] { return TVMGR_UpdatePrinterSettingNoChangeDPI(); }},
         {"register", [] { return TVMGR_RegistData(); }},
@@ -192,14 +206,20 @@ class ExchangeScriptTest : public CTransactionTest {
       EXPECT_EQ(Bytes(line.second), world_.printer.Setting(line.first));
     } else if (line.verb == "clock") {
       EXPECT_EQ(line.rest, world_.printer.ClockText());
+    } else if (line.verb == "data") {
+      EXPECT_EQ(Bytes(line.rest), StoredData());
+    } else if (line.verb == "default") {
+      EXPECT_EQ(line.first, std::to_string(is_default_));
     } else if (line.verb == "file" || line.verb == "gone") {
       EXPECT_EQ(line.verb == "file", world_.printer.File(Bytes(line.first)).has_value());
     } else if (line.verb == "names") {
       std::string names;
       for (const WideString& name : Names(line.Number(line.first))) {
-        names += (names.empty() ? "" : " ") + std::string(name.begin(), name.end());
+        names += names.empty() ? "" : " ";
+        std::transform(name.begin(), name.end(), std::back_inserter(names),
+                       [](TvmgrChar c) { return static_cast<char>(c); });
       }
-      EXPECT_EQ(line.second, names);
+      EXPECT_EQ(Bytes(line.second), names);
     } else {
       return false;
     }
@@ -208,6 +228,7 @@ class ExchangeScriptTest : public CTransactionTest {
 
   Transactions expected_;
   std::vector<std::pair<std::string, std::string>> at_;
+  std::uint8_t is_default_ = 9;
   std::int32_t result_ = TVMGR_OK;
   std::int32_t expected_result_ = TVMGR_OK;
   std::uint64_t start_ = 0;

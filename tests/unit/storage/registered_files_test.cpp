@@ -9,30 +9,6 @@ namespace {
 using RegisteredFilesTest = CTransactionTest;
 using WideNames = std::vector<WideString>;
 
-TEST_F(RegisteredFilesTest, EachListHoldsTheFilesOfItsKind) {
-  const std::pair<std::int32_t, const char*> lists[] = {
-      {30, "E:LOGO.PNG"},  {31, "E:ROMAN.TTF"},   {32, "E:ASIA.TTE"},  {33, "E:LABEL.FMT"},
-      {34, "Z:TABLE.CNV"}, {36, "E:KORVDEF.BGD"}, {75, "E:LABEL.ZPL"}, {85, "E:OLD.GRF"}};
-  for (const auto& [list, file] : lists) {
-    EXPECT_EQ(WideNames{}, Names(list)) << list;
-    world_.printer.PutFile(file, "x");
-  }
-  world_.printer.PutFile("R:RAM.PNG", "x");
-  world_.printer.PutFile("E:OTHER.BGD", "x");
-  LoadAll();
-  for (const auto& [list, file] : lists) {
-    EXPECT_EQ(WideNames{Wide(file + 2)}, Names(list)) << list;
-  }
-}
-
-TEST_F(RegisteredFilesTest, NamesKeepTheOrderOfTheListingAndAreWidened) {
-  world_.printer.PutFile("E:B.PNG", "x");
-  world_.printer.PutFile("E:A.PNG", "x", true);
-  world_.printer.PutFile("E:\xC4.PNG", "x");
-  LoadAll();
-  EXPECT_EQ((WideNames{Wide("A.PNG"), Wide("B.PNG"), WideString{0xC4, '.', 'P', 'N', 'G'}}), Names(30));
-}
-
 /** A listing of one file: 12 bytes of name from column 4. */
 std::string ListingOf(std::string field) {
   field.resize(12, ' ');
@@ -114,21 +90,6 @@ TEST_F(RegisteredFilesTest, ARoomThatIsTooSmallEndsTheProcess) {
   for (std::uint32_t capacity : {0U, 1U, 5U}) {
     EXPECT_DEATH(TVMGR_GetRegistFileArrayData(30, 0, name, &capacity), "") << capacity;
   }
-}
-
-TEST_F(RegisteredFilesTest, AFailedRefreshKeepsTheListAndASilentOneEmptiesIt) {
-  world_.printer.PutFile("E:A.PNG", "x");
-  world_.printer.PutFile("E:A.TTF", "x");
-  LoadAll();
-  world_.printer.PutFile("E:B.PNG", "x");
-  world_.printer.PutFile("E:B.TTF", "x");
-  FailTransaction(3);  // settings, list 30, list 31
-  EXPECT_EQ(kPortCode, TVMGR_LoadSetting(true, 0));
-  EXPECT_EQ((WideNames{Wide("A.PNG"), Wide("B.PNG")}), Names(30));
-  EXPECT_EQ(WideNames{Wide("A.TTF")}, Names(31));
-  world_.port.Faults().silent = true;
-  EXPECT_EQ(TVMGR_OK, TVMGR_LoadSetting(true, 0));
-  EXPECT_EQ(WideNames{}, Names(30));
 }
 
 TEST_F(RegisteredFilesTest, ClearingTheRequestListTouchesNeitherTheListsNorTheRequest) {

@@ -10,12 +10,6 @@ std::int32_t Fetch(std::string_view name, std::uint8_t mode, std::uint32_t timeo
   return TVMGR_LoadStoredData(Wide(name).c_str(), mode, timeout_ms);
 }
 
-TEST_F(StoredDataTest, TheNameIsSentInTheCodePage) {
-  const TvmgrChar name[] = {0xC4, '.', 'P', 'N', 'G', 0};
-  EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(name, 0, 100));
-  EXPECT_EQ((Transactions{"^XA^H(YE:\xC4.PNG^XZ"}), world_.Sent());
-}
-
 TEST_F(StoredDataTest, AnObjectComesBackByteForByte) {
   std::string bytes;
   for (int i = 0; i < 1000; ++i) {
@@ -24,14 +18,6 @@ TEST_F(StoredDataTest, AnObjectComesBackByteForByte) {
   world_.printer.PutFile("E:LOGO.PNG", bytes);
   EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
   EXPECT_EQ(bytes, StoredData());
-}
-
-TEST_F(StoredDataTest, OnlyModeOneUploadsAFormat) {
-  for (const int mode : {0, 1, 2, 255}) {
-    world_.ClearLog();
-    EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", static_cast<std::uint8_t>(mode)));
-    EXPECT_EQ(mode == 1 ? "^XA^HFE:LOGO.PNG^XZ" : "^XA^H(YE:LOGO.PNG^XZ", world_.Sent().at(0));
-  }
 }
 
 TEST_F(StoredDataTest, ACompressedPayloadIsDecodedButStaysCompressed) {
@@ -45,20 +31,6 @@ TEST_F(StoredDataTest, ACompressedPayloadIsDecodedButStaysCompressed) {
   EXPECT_EQ('\x78', StoredData().at(0));
 }
 
-TEST_F(StoredDataTest, OnlyModeOneCompletesTheNameOfAFormat) {
-  world_.printer.Quirks().short_format_names = true;
-  world_.printer.PutFile("E:LABEL.ZPL", "^FO1,1^FDlabel^FS");
-  EXPECT_EQ(TVMGR_OK, Fetch("LABEL.ZPL", 1));
-  EXPECT_EQ("^XA^DFE:LABEL.ZPL^FS^FO1,1^FDlabel^FS^XZ", StoredData());
-  world_.printer.PutFile("E:OTHER.FMT", "^FDother^FS");
-  EXPECT_EQ(TVMGR_OK, Fetch("OTHER.FMT", 1));
-  EXPECT_EQ("^XA^DFE:OTHER.FMT^FS^FDother^FS^XZ", StoredData());
-  const std::string format = "^XA^DFLABEL^FS^XZ";
-  world_.printer.PutFile("E:LABEL.BAK", format);
-  EXPECT_EQ(TVMGR_OK, Fetch("LABEL.BAK", 0));
-  EXPECT_EQ(format, StoredData());
-}
-
 TEST_F(StoredDataTest, InADoubleByteCodePageANameKeepsItsCharactersWhole) {
   world_.double_byte_code_page = true;
   world_.scripted_answer = "^XA^DF\x83^^FS^XZ";
@@ -66,22 +38,6 @@ TEST_F(StoredDataTest, InADoubleByteCodePageANameKeepsItsCharactersWhole) {
   EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(name, 1, 100));
   EXPECT_EQ((Transactions{"^XA^HFE:\x83^.ZPL^XZ"}), world_.Sent());
   EXPECT_EQ("^XA^DFE:\x83^.ZPL^FS^XZ", StoredData());
-}
-
-TEST_F(StoredDataTest, TheTimeOutIsTheHosts) {
-  world_.port.Faults().silent = true;
-  for (const std::uint32_t timeout_ms : {0U, 100U, 5000U, 60000U, 3600000U}) {
-    const std::uint64_t start = world_.clock.Now();
-    EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0, timeout_ms));
-    EXPECT_EQ(timeout_ms, world_.clock.Now() - start);
-  }
-}
-
-TEST_F(StoredDataTest, AnAnswerWithoutTheFileReplacesTheDataByNothing) {
-  world_.printer.PutFile("E:LOGO.PNG", "logo");
-  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
-  EXPECT_EQ(TVMGR_OK, Fetch("NONE.PNG", 0));
-  EXPECT_EQ("", StoredData());
 }
 
 TEST_F(StoredDataTest, WithoutANameThatCanBeSentNothingIs) {

@@ -99,6 +99,10 @@ class ExchangeScriptTest : public CTransactionTest {
         {"garbage", [&] { quirks.garbage_between_frames = Bytes(line.rest); }},
         {"room", [&] { quirks.device_capacity = std::stoul(line.first); }},
         {"quick", [&] { quirks.maintenance_ms = 0; }},
+        {"late",
+         [&] { world_.port.Faults().latency_ms = static_cast<std::uint32_t>(line.Number(line.first)); }},
+        {"cut",
+         [&] { world_.port.Faults().cut_answer_at = static_cast<std::size_t>(line.Number(line.first)); }},
         {"deaf", [&] { world_.port.Faults().silent = true; }},
         {"power", [&] { printer.PowerCycle(); }},
         {"factory", [&] { printer.FactoryReset(); }},
@@ -138,6 +142,7 @@ class ExchangeScriptTest : public CTransactionTest {
          }},
         {"load-list", [&] { return TVMGR_LoadSettingByList(line.first == "1"); }},
         {"prefix", [&] { return TVMGR_UpdatePrefix(line.first.at(0), line.first.at(1), line.first.at(2)); }},
+        {"status", [&] { return TVMGR_GetPrinterStatus(&status_); }},
         {"ask-prefix", [&] { return TVMGR_IsDefaultPrefix(&is_default_); }},
         {"fetch",
          [&] {
@@ -208,6 +213,8 @@ class ExchangeScriptTest : public CTransactionTest {
       EXPECT_EQ(line.rest, world_.printer.ClockText());
     } else if (line.verb == "data") {
       EXPECT_EQ(Bytes(line.rest), StoredData());
+    } else if (line.verb == "state") {
+      EXPECT_EQ(line.first, std::to_string(status_));
     } else if (line.verb == "default") {
       EXPECT_EQ(line.first, std::to_string(is_default_));
     } else if (line.verb == "file" || line.verb == "gone") {
@@ -228,6 +235,7 @@ class ExchangeScriptTest : public CTransactionTest {
 
   Transactions expected_;
   std::vector<std::pair<std::string, std::string>> at_;
+  std::uint32_t status_ = 99;
   std::uint8_t is_default_ = 9;
   std::int32_t result_ = TVMGR_OK;
   std::int32_t expected_result_ = TVMGR_OK;

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "emulator/memory/folder_lock.h"
 #include "emulator/printer/text_escape.h"
 
 namespace lxemu {
@@ -70,16 +71,29 @@ std::map<std::string, std::string> ByKey(const std::vector<std::string>& lines) 
   return by_key;
 }
 
-// Our lines where we changed them since the last text, else what another process has written meanwhile.
+// What another process has written, with the lines that we changed, added or removed since the last text.
 std::string Merged(const std::string& last, const std::string& ours, const fs::path& path) {
+  const std::optional<std::string> theirs = ReadHostFile(path);
+  if (!theirs) {
+    return ours;
+  }
   const auto before = ByKey(LinesOf(last));
-  const auto others = ByKey(LinesOf(path));
-  std::string text;
-  for (const auto& [key, line] : ByKey(LinesOf(ours))) {
+  const auto now = ByKey(LinesOf(ours));
+  auto merged = ByKey(LinesOf(*theirs));
+  for (const auto& [key, line] : before) {
+    if (!now.contains(key)) {
+      merged.erase(key);
+    }
+  }
+  for (const auto& [key, line] : now) {
     const auto earlier = before.find(key);
-    const auto other = others.find(key);
-    const bool is_ours = earlier == before.end() || earlier->second != line || other == others.end();
-    text.append(is_ours ? line : other->second).append("\n");
+    if (earlier == before.end() || earlier->second != line) {
+      merged[key] = line;
+    }
+  }
+  std::string text;
+  for (const auto& [key, line] : merged) {
+    text.append(line).append("\n");
   }
   return text;
 }
@@ -134,6 +148,20 @@ void CMemoryFolder::Load(CPrinter& printer) {
 
 bool CMemoryFolder::Save(CPrinter& printer) {
   unsaved_files_.merge(printer.State().files.TakeChanges().files);
+  const std::string attributes = AttributesText(printer.State());
+  const std::string settings = SettingsText(printer.State());
+  if (unsaved_files_.empty() && attributes == last_attributes_ && settings == last_settings_) {
+    return true;
+  }
+  std::error_code error;
+  fs::create_directories(folder_, error);
+  const CFolderLock lock(folder_);
+  const bool has_files = SaveFiles(printer);
+  const bool has_attributes = SaveText(attributes, kAttributesFile, last_attributes_);
+  return SaveText(settings, kSettingsFile, last_settings_) && has_attributes && has_files;
+}
+
+bool CMemoryFolder::SaveFiles(CPrinter& printer) {
   // Removals first: a file may have come back under a name that is the same to a host that ignores letter
   // case.
   for (const bool is_removal : {true, false}) {
@@ -144,14 +172,7 @@ bool CMemoryFolder::Save(CPrinter& printer) {
       return is_gone == is_removal && SaveFile(device, name, is_gone ? nullptr : file);
     });
   }
-  const bool has_attributes =
-      SaveText(AttributesText(printer.State()), folder_ / kAttributesFile, last_attributes_);
-  const std::string settings = SettingsText(printer.State());
-  const fs::path settings_file = folder_ / kSettingsFile;
-  const bool has_settings =
-      settings == last_settings_ || Write(settings_file, Merged(last_settings_, settings, settings_file));
-  last_settings_ = has_settings ? settings : last_settings_;
-  return unsaved_files_.empty() && has_attributes && has_settings;
+  return unsaved_files_.empty();
 }
 
 void CMemoryFolder::LoadSettings(CPrinter& printer) {
@@ -211,14 +232,14 @@ bool CMemoryFolder::SaveFile(char device, const std::string& name, const tagStor
   return !error;
 }
 
-bool CMemoryFolder::SaveText(const std::string& text, const fs::path& path, std::string& last_text) const {
-  if (text == last_text) {
-    return true;
+bool CMemoryFolder::SaveText(const std::string& text, std::string_view file, std::string& last_text) const {
+  const fs::path path = folder_ / file;
+  if (text != last_text) {
+    if (!Write(path, Merged(last_text, text, path))) {
+      return false;
+    }
+    last_text = text;
   }
-  if (!Write(path, text)) {
-    return false;
-  }
-  last_text = text;
   return true;
 }
 

@@ -12,8 +12,9 @@ namespace lxemu {
 /// Keeps what a printer keeps without power in a folder: `settings.txt` (saved settings, and the prefix
 /// characters in force), the folders `E` and `Z` with one host file for each file, `attributes.txt` (the
 /// protected files). A file is written aside and then renamed, so that a reader never finds half of it, and
-/// aside under a name of this object's own: several processes may use one folder. Of the settings each writes
-/// what it has changed, and leaves the others as they stand in the file.
+/// aside under a name of this object's own: several processes may use one folder, one at a time writes
+/// (CFolderLock). Of the settings and the protection each writes what it has changed, and leaves the others as they
+/// stand in the file.
 class CMemoryFolder {
  public:
   explicit CMemoryFolder(std::filesystem::path folder);
@@ -34,7 +35,9 @@ class CMemoryFolder {
   void LoadAttributes(CPrinter& printer);
   /// Writes the file, or removes it from the folder when there is none.
   bool SaveFile(char device, const std::string& name, const tagStoredFile* file) const;
-  bool SaveText(const std::string& text, const std::filesystem::path& path, std::string& last_text) const;
+  bool SaveFiles(CPrinter& printer);
+  /// Writes the text merged with what another process has written since `last_text`, when it is another one.
+  bool SaveText(const std::string& text, std::string_view file, std::string& last_text) const;
   bool Write(const std::filesystem::path& path, std::string_view bytes) const;
 
   std::filesystem::path folder_;

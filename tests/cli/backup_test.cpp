@@ -263,6 +263,13 @@ TEST_F(CBackupTest, RestoreComparesOnlyWhatTheFileHoldsAndWhatCanBeReadBack) {
   EXPECT_EQ(forced.out,
             "equal: 57 settings, 1 files by their content; 1 settings have no value in the backup; the file "
             "is not a complete backup\n");
+  // A download in a form that cannot be read here: the printer lists the file, and that is all that is known.
+  bytes = ReadFileBytes(HostPath("good.bak"));
+  bytes.replace(bytes.find("A.PNG,B,P"), 9, "A.PNG,A,P");
+  const tagRun listed = Tvmgr({"restore", HostFile("form.bak", bytes), "--yes", "--force"});
+  EXPECT_EQ(listed.exit_code, 3U) << listed.out << listed.err;
+  EXPECT_THAT(listed.out, HasSubstr("A.PNG  -       -        listed, content not compared\n"));
+  EXPECT_THAT(listed.out, HasSubstr("0 files by their content, 1 files by their name only; the file is not"));
   // A file that finds no room leaves the earlier one, under the same name.
   StoreOnE("A.PNG", "old");
   WriteIni("[printer]\ndevice_capacity=100\n");

@@ -60,6 +60,7 @@ TEST_F(CJsonTest, ErrorsAreObjectsThatNameStepPrinterAndAdvice) {
   EXPECT_EQ(document["exit_code"], 3);
   EXPECT_EQ(document["settings"][1]["value"], "600");
   EXPECT_EQ(document["error"]["code"], nullptr);
+  EXPECT_THAT(document["error"]["advice"].get<std::string>(), HasSubstr("repeat the command"));
 
   const std::vector<tagRun> usage = TvmgrEach({{"--json"},
                                                {"get", "--json"},
@@ -72,6 +73,8 @@ TEST_F(CJsonTest, ErrorsAreObjectsThatNameStepPrinterAndAdvice) {
     EXPECT_EQ(document["command"], commands[i]) << usage[i].err;
     EXPECT_EQ(document["error"]["exit_code"], i == 4 ? 5 : 2);
     EXPECT_EQ(document["error"]["printer"], nullptr);
+    EXPECT_THAT(document["error"]["advice"].get<std::string>(),
+                HasSubstr(i == 4 ? "check the path" : "--help"));
   }
 }
 

@@ -46,7 +46,7 @@ TEST_F(CSettingsTest, GetAllListsEverySettingOnce) {
   StoreOnE("KORVDEF.BGD", "12345");
   const tagRun run = Tvmgr({"get", "--all", "--json"});
   EXPECT_EQ(run.exit_code, 3U) << run.err;
-  EXPECT_THAT(run.err, HasSubstr("no value for CLM,T\n"));
+  EXPECT_THAT(run.err, HasSubstr("no value for CLM,T: look at the printer"));
   const json rows = json::parse(run.out)["settings"];
   EXPECT_EQ(rows.size(), 78U);
   std::set<std::string> keys;
@@ -86,6 +86,7 @@ TEST_F(CSettingsTest, SetTellsForEachSettingWhyItIsNotConfirmed) {
       Tvmgr({"set", "CLM,S=7", "CLM,T=1", "CLR,Z=300", "CLS,L=5", "INU,S=abc", "CMP,U=E", "--json"});
   EXPECT_EQ(run.exit_code, 1U);
   EXPECT_THAT(run.err, HasSubstr("-82"));
+  EXPECT_THAT(run.err, testing::ContainsRegex("about pass \\d+ of 10: the printer does not show it yet"));
   const json rows = json::parse(run.out)["settings"];
   const struct {
     int id;

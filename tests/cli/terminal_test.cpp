@@ -63,6 +63,25 @@ TEST_F(CTerminalTest, WhatIsThereIsOverwrittenOnlyAfterYes) {
   EXPECT_THAT(ReadFileBytes(HostPath("target")), HasSubstr("^XA^S(CLM,P"));
 }
 
+TEST_F(CTerminalTest, CtrlCLetsTheStepEndAndASecondOneSaysWhatMayBeLeft) {
+  WriteIni("[printer]\nmaintenance_ms=4000\n");
+  for (const int presses : {1, 2}) {
+    const std::jthread user([presses] {
+      for (int i = 0; i < presses; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2000));
+        CTestConsole::PressCtrlC();
+      }
+    });
+    const tagRun run = AtConsole({"op", "media-calibration"}, "");
+    EXPECT_THAT(run.err, HasSubstr("Ctrl-C: waiting for running media-calibration to end"));
+    EXPECT_EQ(run.exit_code, presses == 1 ? 0U : 1U) << run.err;
+    EXPECT_EQ(
+        run.err.find("ended by Ctrl-C while running media-calibration. What of it") != std::string::npos,
+        presses == 2)
+        << run.err;
+  }
+}
+
 TEST_F(CTerminalTest, BytesOfAFileDoNotGoToATerminal) {
   StoreOnE("LOGO.PNG", kPicture);
   const tagRun run = AtConsole({"fetch", "LOGO.PNG"}, "", true);

@@ -18,6 +18,7 @@ HANDLE Open(const wchar_t* name) {
 
 // Takes part in the console of a process that is there for nothing else: only a new process gets one without a window.
 bool AttachToNewConsole() {
+  FreeConsole();
   HANDLE read = nullptr;
   HANDLE write = nullptr;
   SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
@@ -55,8 +56,8 @@ CTestConsole::CTestConsole() {
   for (int i = 0; i < 3; ++i) {
     streams[i] = GetStdHandle(numbers[i]);
   }
-  FreeConsole();
-  const bool is_attached = AttachToNewConsole();
+  // Once for the life of this process: to leave a console ends it under Wine.
+  static const bool is_attached = AttachToNewConsole();
   for (int i = 0; i < 3; ++i) {
     SetStdHandle(numbers[i], streams[i]);
   }
@@ -69,10 +70,8 @@ CTestConsole::CTestConsole() {
 }
 
 CTestConsole::~CTestConsole() {
-  SetConsoleCtrlHandler(TakeNoNotice, FALSE);
   CloseHandle(input_);
   CloseHandle(output_);
-  FreeConsole();
 }
 
 void CTestConsole::Type(const std::string& keys) const {

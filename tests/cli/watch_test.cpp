@@ -35,6 +35,11 @@ std::uint64_t Seconds(std::uint64_t since) {
 TEST_F(CWatchTest, WorkWithAPrinterThatFallsSilentIsEndedWhenTheTimeIsOver) {
   WriteIni("[faults]\nsilent=1\n");
   const std::uint64_t start = GetTickCount64();
+  tagRun next;
+  std::thread waiting([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    next = Tvmgr({"get", "CLM,S"});
+  });
   const tagRun run = Tvmgr({"set", "CLM,S=3", "--no-check", "--timeout", "1"});
   EXPECT_EQ(run.exit_code, 4U);
   EXPECT_EQ(run.out, "");
@@ -42,6 +47,8 @@ TEST_F(CWatchTest, WorkWithAPrinterThatFallsSilentIsEndedWhenTheTimeIsOver) {
   EXPECT_THAT(run.err, HasSubstr("while writing and verifying"));
   EXPECT_THAT(run.err, HasSubstr("What of it the printer has taken is not known"));
   EXPECT_LT(Seconds(start), 30U);
+  waiting.join();
+  EXPECT_THAT(next.err, HasSubstr("was ended in the middle; its resolutions"));
 }
 
 TEST_F(CWatchTest, WorkGoesOnWhileThePrinterAnswersAndEndsAsIfNobodyWatched) {

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <fstream>
+#include <memory>
 #include <random>
 #include <string>
+#include <thread>
 
+#include "emulator/memory/folder_lock.h"
 #include "test_printer.h"
 
 namespace lxemu {
@@ -123,12 +128,32 @@ TEST_F(MemoryFolder, TwoProcessesOnOneFolderLoseNothing) {
     first("^XA^S(CLR,Z,30" + std::to_string(i) + "^JUS^XZ~DYE:A.PNG,B,P,1,0,a");
     second("^XA^S(CLR,P,15" + std::to_string(i) + "^JUS^XZ~DYE:B.PNG,B,P,1,0,b");
     EXPECT_TRUE(first_memory.Save(first.printer) && second_memory.Save(second.printer));
+    // Each protects its own file, then takes that back.
+    first.printer.SetProtected("E:A.PNG", i == 0);
+    second.printer.SetProtected("E:B.PNG", true);
+    EXPECT_TRUE(first_memory.Save(first.printer) && second_memory.Save(second.printer));
+    EXPECT_EQ(ReadHostFile(folder / "attributes.txt"), i == 0 ? "E:A.PNG\nE:B.PNG\n" : "E:B.PNG\n");
   }
   tagTestPrinter third;
   CMemoryFolder(folder).Load(third.printer);
   EXPECT_EQ(third.printer.Setting("CLR,Z"), "301");
   EXPECT_EQ(third.printer.Setting("CLR,P"), "151");
   EXPECT_TRUE(third.printer.File("E:A.PNG") && third.printer.File("E:B.PNG"));
+}
+
+TEST_F(MemoryFolder, OneAtATimeWrites) {
+  fs::create_directories(folder);
+  auto held = std::make_unique<CFolderLock>(folder);
+  std::atomic<bool> is_released = false;
+  std::jthread other([&] {
+    const CFolderLock waited(folder);
+    EXPECT_TRUE(is_released);
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  is_released = true;
+  held.reset();
+  other.join();
+  EXPECT_TRUE(fs::is_empty(folder)) << "nothing left over";
 }
 
 TEST_F(MemoryFolder, ReportsFailureAndTriesAgain) {

@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <future>
 #include <iterator>
 #include <thread>
@@ -23,6 +21,8 @@ namespace {
 constexpr std::uint64_t kSearchMs = 3'000;
 // Printers of the network are asked at the same time; one that has fallen silent costs up to so much more.
 constexpr std::uint64_t kNamesMs = 36'000;
+// From then on it is worth a word: names come within a second.
+constexpr std::uint64_t kSlowNamesMs = 3'000;
 // After Ctrl-C: printers that answer have done so by then.
 constexpr std::chrono::milliseconds kNamesAfterInterrupt{1'500};
 constexpr std::uint32_t kPollMs = 100;
@@ -70,8 +70,8 @@ bool StopAtOnce(std::int32_t kind) {
   return done.wait_for(kNamesAfterInterrupt) == std::future_status::ready;
 }
 
-// False: ended by Ctrl-C before there was a result.
-bool Search(const CManagerSession& session, const tagGlobalOptions& global, std::int32_t kind,
+// Appends what was found; nothing when Ctrl-C ended it before there was a result.
+void Search(CManagerSession& session, const tagGlobalOptions& global, std::int32_t kind,
             std::vector<tagFound>& all) {
   const char* const what = kind == TVMGR_SEARCH_USB ? "searching USB printers" : "searching network printers";
   session.Require("TVMGR_StartSearchPrinter", what, kSearchMs,
@@ -80,18 +80,23 @@ bool Search(const CManagerSession& session, const tagGlobalOptions& global, std:
                            {"usually 3 s", {}});
   while (TVMGR_GetSearchPrinterStatus() == 1) {
     if (session.WaitOrInterrupted(kPollMs)) {
+      session.Leave();
       if (!StopAtOnce(kind)) {
-        return false;
+        session.Remark("printers were still being asked for their names: those are not listed");
+        return;
       }
       break;
     }
+  }
+  if (const std::uint64_t took_ms = progress.ElapsedMs(); took_ms > kSearchMs + kSlowNamesMs) {
+    session.Remark("asking printers for their names took " + FormatDuration(took_ms - kSearchMs) +
+                   ": one that announced itself answered late, or not at all; in that case it is not listed");
   }
   // Only now: while results are being made, a question for them would wait.
   const std::uint32_t count = CountFound(kind);
   for (std::uint32_t i = 0; i < count; ++i) {
     all.push_back(ReadFound(kind, i));
   }
-  return true;
 }
 
 std::string HexNumber(std::int32_t number) {
@@ -147,16 +152,15 @@ void Remember(const CManagerSession& session, const std::vector<tagFound>& all) 
 }  // namespace
 
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options) {
-  const CManagerSession session(global, EPrinterUse::kNone);
+  CManagerSession session(global, EPrinterUse::kNone);
   std::vector<tagFound> all;
   std::string problems;
-  bool hangs = false;
   for (const std::int32_t kind : {TVMGR_SEARCH_USB, TVMGR_SEARCH_NETWORK}) {
     if (options.kind != "all" && (options.kind == "usb") != (kind == TVMGR_SEARCH_USB)) {
       continue;
     }
     try {
-      hangs = !Search(session, global, kind, all);
+      Search(session, global, kind, all);
     } catch (const CFailure& error) {
       // What the other half finds is worth as much as before.
       problems += (problems.empty() ? "" : "; ") + std::string(error.what());
@@ -170,10 +174,8 @@ int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options) {
   }
   global.json ? PrintFoundJson(all) : PrintFound(all);
   Remember(session, all);
-  if (hangs) {
-    session.Remark("ended by Ctrl-C while printers were still asked for their names: those are not listed");
-    std::fflush(nullptr);
-    std::_Exit(kExitUnproved);  // the module would first wait for the silent ones
+  if (session.WaitOrInterrupted(0)) {
+    throw CUnproved("ended by Ctrl-C: there may be more printers");
   }
   if (!problems.empty()) {
     throw CUnproved("one half of the search failed: " + problems);

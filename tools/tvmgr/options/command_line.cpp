@@ -8,6 +8,7 @@
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/json_output.h"
+#include "output/result_words.h"
 #include "output/text_layout.h"
 #include "printer/manager_session.h"
 #include "printer/printer_environment.h"
@@ -146,8 +147,17 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
   return kExitUsage;
 }
 
+// What went wrong and what to do: many texts have it in them already.
+std::string WithAdvice(const CCommandError& error) {
+  const std::string text = error.what();
+  const std::string advice = AdviceFor(error);
+  const bool is_told = advice.empty() || text.find(advice) != std::string::npos ||
+                       (error.ExitCode() == kExitUsage && text.find("--help") != std::string::npos);
+  return is_told ? text : text + (text.ends_with('\n') ? "  -> " : ": ") + advice;
+}
+
 int Report(const CCommandError& error, bool json) {
-  WriteError("tvmgr: " + Subject(error) + error.what() + "\n");
+  WriteError("tvmgr: " + Subject(error) + WithAdvice(error) + "\n");
   if (json) {
     try {
       WriteJsonDocument(error.ExitCode(), &error);
@@ -174,7 +184,10 @@ int RunCommandLine(std::vector<std::string> arguments) {
   program.require_subcommand(1);
   program.footer(
       "Without --device, --port and --address the printer of \"tvmgr use\" is taken, else the port library\n"
-      "chooses. Options may stand before or after the command; \"tvmgr COMMAND --help\" explains a command\n"
+      "chooses; commands that change something on a printer want one chosen. What is overwritten, deleted "
+      "or\n"
+      "reset is asked for before (--yes: agreed). Options may stand before or after the command; \"tvmgr "
+      "COMMAND --help\" explains a command\n"
       "and gives examples.\n"
       "Exit codes: 0 done and proved, 1 failed, 2 wrong usage, 3 done in part or not to be proved, 4 "
       "printer\n"

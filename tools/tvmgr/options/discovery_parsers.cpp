@@ -14,9 +14,15 @@ tagCommand AddSearch(CLI::App& program, const tagGlobalOptions& global) {
       ->required()
       ->check(CLI::IsMember({"usb", "network", "all"}));
   parser->footer(
-      "A search takes 3 s for each kind; printers of the network are asked for their names at its end. The\n"
-      "network search sends one broadcast datagram to UDP port 3289, and finds printers of the same network\n"
-      "segment only. Ctrl-C ends it early with what was found so far.\n\n"
+      "A search takes 3 s for each kind; printers of the network are asked for their names at its end, all "
+      "at\n"
+      "once. One that announced itself and then does not answer costs up to 36 s more and is not listed: "
+      "the\n"
+      "module does not name it; that the asking took long is told. The network search sends one broadcast "
+      "datagram to UDP port 3289, and finds printers of the same network\n"
+      "segment only. Ctrl-C ends it at once with what was found so far. Exit code 3 when it was ended so, "
+      "or\n"
+      "one half of \"all\" failed.\n\n"
       "Examples:\n  tvmgr search all\n  tvmgr search network --json");
   return {parser, [&global, options] { return RunSearch(global, *options); }};
 }

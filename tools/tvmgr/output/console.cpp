@@ -28,7 +28,8 @@ BOOL WINAPI OnInterrupt(DWORD kind) {
     return FALSE;
   }
   if (WaitForSingleObject(event, 0) == WAIT_OBJECT_0) {
-    return FALSE;  // pressed before: the next handler ends the process
+    // Pressed before. No DLL is told: the port library may hang.
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
   }
   SetEvent(event);
   const std::lock_guard<std::mutex> lock(running_mutex);

@@ -1,6 +1,7 @@
 #include "output/json_output.h"
 
 #include "output/record_output.h"
+#include "output/result_words.h"
 
 namespace tvmgr {
 namespace {
@@ -26,7 +27,7 @@ Json ErrorJson(const CCommandError& error) {
           {"step", details.step.empty() ? Document().step : Json(details.step)},
           {"printer", Document().printer},
           {"text", error.what()},
-          {"advice", TextOrNull(details.advice)}};
+          {"advice", TextOrNull(AdviceFor(error))}};
 }
 
 void Write(const Json& exit_code, const Json& error, bool compact) {

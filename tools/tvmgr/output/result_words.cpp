@@ -106,6 +106,25 @@ std::string ExplainResult(std::int32_t code) {
   return std::to_string(code) + ": " + MeaningOf(code) + (advice.empty() ? "" : ": " + std::string(advice));
 }
 
+std::string AdviceFor(const CCommandError& error) {
+  const tagErrorDetails& details = error.Details();
+  if (!details.advice.empty() || details.code) {
+    return details.advice.empty() ? std::string(WordsOf(*details.code).advice) : details.advice;
+  }
+  switch (error.ExitCode()) {
+    case kExitUsage:
+      return "\"tvmgr COMMAND --help\" explains a command and has examples";
+    case kExitUnproved:
+      return "look at the printer (tvmgr status), and repeat the command when it answers in full";
+    case kExitUnreachable:
+      return kSilentAdvice;
+    case kExitInputFile:
+      return "check the path, and that the file is whole and of the kind that the command takes";
+    default:
+      return {};
+  }
+}
+
 CFailure CallFailure(const std::string& text, const std::string& step, std::int32_t code) {
   return CFailure(text + ": " + ExplainResult(code), ExitCodeOf(code),
                   {code, step, std::string(WordsOf(code).advice)});

@@ -35,6 +35,15 @@ std::string MeaningOf(std::int32_t code);
 /** "code: meaning: advice", for codes of the module and of the port library. */
 std::string ExplainResult(std::int32_t code);
 
+/** What to do about a printer that does not answer. */
+inline constexpr char kSilentAdvice[] =
+    "check that it is switched on and connected, that --port, --device or --address names it, and that its "
+    "prefix "
+    "characters are the default ones (tvmgr prefix)";
+
+/** What to do about an error: its own advice, else that of its result code or kind; empty: the text says it all. */
+std::string AdviceFor(const CCommandError& error);
+
 /** The error for a call that ended with this code: "TEXT: code: meaning: advice". `step` is what it did, in words. */
 CFailure CallFailure(const std::string& text, const std::string& step, std::int32_t code);
 

@@ -1,7 +1,8 @@
 #include "printer/manager_session.h"
 
+#include <windows.h>
+
 #include <algorithm>
-#include <chrono>
 #include <iterator>
 #include <string_view>
 
@@ -24,25 +25,20 @@ namespace {
 std::string asked_printer;
 
 constexpr char kSilent[] = "the printer did not answer";
-constexpr char kSilentAdvice[] =
-    "check that it is switched on and connected, that --port, --device or "
-    "--address "
-    "names it, and that its prefix characters are the default ones (tvmgr prefix)";
 
 // What an answering printer makes of the bounds.
 struct tagUsual {
   std::string_view function;
   std::string_view usual;
-  std::uint64_t
-      pass_share; /**< of a full load's time that one of up to ten passes takes, 1/N; 0: no passes */
+  std::uint64_t pass_exchanges; /**< with the printer, in one of up to ten passes; 0: no passes */
 };
 
 constexpr tagUsual kUsual[] = {
     {"TVMGR_LoadSetting", "usually a few seconds", 0},
-    {"TVMGR_UpdatePrinterSetting", "usually one pass of a few seconds", 1},
-    {"TVMGR_UpdatePrinterSettingNoChangeDPI", "usually one pass of a few seconds", 1},
-    {"TVMGR_RegistData", "usually one pass of a second", 5},
-    {"TVMGR_DeleteData", "usually one pass of a second", 5},
+    {"TVMGR_UpdatePrinterSetting", "usually one pass of a few seconds", 2},
+    {"TVMGR_UpdatePrinterSettingNoChangeDPI", "usually one pass of a few seconds", 2},
+    {"TVMGR_RegistData", "usually one pass of a second", 2},
+    {"TVMGR_DeleteData", "usually one pass of a second", 2},
     {"TVMGR_ExecutePrinterOperation", "usually until the printer is ready again", 0},
     {"TVMGR_Backup", "usually a second for each file", 0},
     {"TVMGR_Restore", "usually under a minute", 0},
@@ -53,16 +49,16 @@ constexpr tagUsual kUsual[] = {
 constexpr std::uint64_t kPassPauseMs = 500;
 constexpr std::uint64_t kPasses = 10;
 
-// The module says nothing while it works: the pass follows from how long a load took just before.
-tagProgressWords WordsFor(std::string_view function, std::uint64_t load_ms,
+// The module says nothing while it works: the pass follows from how long the printer took for its status.
+tagProgressWords WordsFor(std::string_view function, std::uint64_t exchange_ms,
                           std::function<std::string(std::uint64_t)> now) {
   const auto* const found = std::find_if(std::begin(kUsual), std::end(kUsual),
                                          [&](const tagUsual& usual) { return usual.function == function; });
   if (found == std::end(kUsual)) {
     return {{}, std::move(now)};
   }
-  if (found->pass_share != 0 && load_ms != 0 && !now) {
-    const std::uint64_t pass_ms = kPassPauseMs + load_ms / found->pass_share;
+  if (found->pass_exchanges != 0 && exchange_ms != 0 && !now) {
+    const std::uint64_t pass_ms = kPassPauseMs + found->pass_exchanges * exchange_ms;
     now = [pass_ms](std::uint64_t elapsed_ms) {
       const std::uint64_t pass = std::min(elapsed_ms / pass_ms + 1, kPasses);
       return pass == 1 ? std::string()
@@ -129,7 +125,9 @@ void CManagerSession::StartModule() const {
 }
 
 CManagerSession::~CManagerSession() {
-  TVMGR_Terminate();
+  if (!is_left_) {
+    TVMGR_Terminate();
+  }
 }
 
 void CManagerSession::ChoosePrinter(const tagPrinterChoice& choice) const {
@@ -184,7 +182,8 @@ std::int32_t CManagerSession::Call(const char* function, const std::string& what
   std::uint64_t elapsed_ms = 0;
   NoteJsonStep(what);
   {
-    const CProgress progress(what, longest_ms, !options_.quiet, WordsFor(function, load_ms_, std::move(now)));
+    const CProgress progress(what, longest_ms, !options_.quiet,
+                             WordsFor(function, exchange_ms_, std::move(now)));
     CInterruptWait::SetRunning(what);
     ReportStep(what, longest_ms);
     result = call();
@@ -214,8 +213,10 @@ std::uint32_t CManagerSession::Status() const {
   std::uint32_t status = TVMGR_STATUS_UNKNOWN;
   // Not stopped by Ctrl-C: who watches the status ends in order.
   const std::string what = "asking for the printer's status";
+  const std::uint64_t start = GetTickCount64();
   const std::int32_t result = Call("TVMGR_GetPrinterStatus", what, limit::kShortExchange,
                                    [&] { return TVMGR_GetPrinterStatus(&status); });
+  exchange_ms_ = GetTickCount64() - start;
   if (result != TVMGR_OK) {
     Fail(what, result);
   }
@@ -229,11 +230,8 @@ void CManagerSession::RequireAnsweringPrinter() const {
 }
 
 void CManagerSession::LoadAll() const {
-  const auto start = std::chrono::steady_clock::now();
   Require("TVMGR_LoadSetting", "reading all settings and file lists", limit::kFullLoad,
           [] { return TVMGR_LoadSetting(true, 0); });
-  const auto took = std::chrono::steady_clock::now() - start;
-  load_ms_ = static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count());
   // A silent printer is no error for the module. The background file counts for nothing here: its entry is
   // always there after a load.
   const auto settings = AllSettings();

@@ -85,6 +85,9 @@ class CManagerSession {
   /** True when the printer is reached by an address, whose transfers may take longer. */
   bool IsNetwork() const;
 
+  /** Leaves the module as it is: its end would wait for a search that nobody waits for any more. */
+  void Leave() { is_left_ = true; }
+
   /** Waits; true as soon as Ctrl-C was pressed. */
   bool WaitOrInterrupted(std::uint32_t ms) const { return interrupt_.WaitFor(ms); }
 
@@ -107,7 +110,9 @@ class CManagerSession {
 
   const tagGlobalOptions& options_;
   CInterruptWait interrupt_;
-  mutable std::uint64_t load_ms_ = 0; /**< what the last full load took; 0: there was none */
+  mutable std::uint64_t exchange_ms_ =
+      0; /**< what the last question for the status took; 0: there was none */
+  bool is_left_ = false;
   std::optional<CPrinterLock> lock_;
   std::optional<CWorkScope> work_;
 };

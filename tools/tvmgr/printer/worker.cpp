@@ -142,7 +142,7 @@ std::string PrinterOf(const tagWorkReport& report) {
 
 // The exit codes of exceptions: the worker, or a DLL in it, has crashed.
 bool IsCrash(DWORD exit_code) {
-  return exit_code >= 0xC0000000U && exit_code != static_cast<DWORD>(STATUS_CONTROL_C_EXIT);
+  return exit_code >= 0xC0000000U;
 }
 
 int Watch(HANDLE process, HANDLE job, const tagWorkReport& report, const tagWatch& watch, double timeout_s) {
@@ -169,6 +169,10 @@ int Watch(HANDLE process, HANDLE job, const tagWorkReport& report, const tagWatc
   }
   DWORD exit_code = 0;
   GetExitCodeProcess(process, &exit_code);
+  if (exit_code == static_cast<DWORD>(STATUS_CONTROL_C_EXIT)) {
+    throw CFailure(report.step[0] == '\0' ? "ended by Ctrl-C before anything was done"
+                                          : "ended by Ctrl-C while " + StepOf(report) + ". " + watch.left);
+  }
   if (IsCrash(exit_code)) {
     char code[16];
     std::snprintf(code, sizeof code, "0x%08lX", static_cast<unsigned long>(exit_code));

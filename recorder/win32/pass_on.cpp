@@ -31,7 +31,7 @@ asm(R"(
   movaps 0x60(%rsp), %xmm2
   movaps 0x70(%rsp), %xmm3
   addq $0x88, %rsp
-  rex.W jmp *%rax
+  rex64 jmp *%rax
   .seh_endproc
 .endm
 .text

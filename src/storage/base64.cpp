@@ -191,7 +191,7 @@ void CBase64Decoder::Append(std::string_view text, std::string& bytes) {
 }
 
 void CBase64Decoder::Finish(std::string& bytes) {
-  std::fill(held_.characters.begin() + held_.count, held_.characters.end(), kAlphabet.front());
+  // Characters that are not there have no part in the bytes that are.
   const std::uint32_t bits = GroupBits(held_.characters.data());
   for (std::size_t byte = 0; byte + 1 < held_.count; ++byte) {
     bytes.push_back(static_cast<char>(bits >> (8 * byte)));

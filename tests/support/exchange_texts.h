@@ -11,12 +11,13 @@ namespace tavira::test {
 /** The command bytes of a run of transactions, as CTestWorld::Sent reports them. */
 using Transactions = std::vector<std::string>;
 
-inline const std::string kClosing = "^XA^H(E^XZ";
-inline const std::string kSaving = "^XA^JUS^XZ^XA^H(E^XZ";
-inline const std::string kCapture = "~H(CLR,Z~H(CLR,P~H(CLR,R~H(CMP,U";
-inline const std::string kResolutionQueries = "~H(CLR,Z~H(CLR,P~H(CLR,R~H(CBB,M";
-inline const std::string kStatus = "~H(SMA,S";
-inline const std::string kBackgroundUpload = "^XA^H(YE:KORVDEF.BGD^XZ";
+// One copy for each file: in which order inline ones are made is not the same with every compiler.
+const std::string kClosing = "^XA^H(E^XZ";
+inline constexpr char kSaving[] = "^XA^JUS^XZ^XA^H(E^XZ";
+const std::string kCapture = "~H(CLR,Z~H(CLR,P~H(CLR,R~H(CMP,U";
+const std::string kResolutionQueries = "~H(CLR,Z~H(CLR,P~H(CLR,R~H(CBB,M";
+const std::string kStatus = "~H(SMA,S";
+const std::string kBackgroundUpload = "^XA^H(YE:KORVDEF.BGD^XZ";
 
 /** One side of the resolution guard. */
 inline std::string GuardWrite(const std::string& first, const std::string& second, const std::string& third,
@@ -30,7 +31,7 @@ inline std::string GuardModeWrite(const std::string& mode) {
   return "^XA^S(CMP,U," + mode + "^XZ" + kSaving;
 }
 
-inline const std::string kNeutralise = GuardWrite("600", "600", "600", "D");
+const std::string kNeutralise = GuardWrite("600", "600", "600", "D");
 
 inline std::string AllQueries() {
   std::string queries;

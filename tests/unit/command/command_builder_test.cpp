@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "command/text.h"
+#include "emulator/printer/setting_table.h"
 
 namespace tavira {
 namespace {
@@ -35,6 +38,10 @@ TEST(CommandBuilderTest, AllQueriesStandInTableOrderWithoutTheOneThatCannotBeAsk
   EXPECT_NE(std::string::npos, commands.find("~H(CLA,C~H(CLR,Z~H(CLR,P~H(CLR,R~H(CBB,M~H(CFA,W~H(SCM,1"));
   EXPECT_NE(std::string::npos, commands.find("~H(CWR,P~H(CUI,B"));
   EXPECT_EQ("~H(INU,S~H(INU,N~H(INU,U~H(INU,V~H(INU,P", commands.substr(commands.size() - 40));
+  std::set<std::string> keys, asked;
+  for (const auto& setting : lxemu::kFactorySettings) keys.emplace(setting.key);
+  for (std::size_t at = 0; at < commands.size(); at += 8) asked.insert(commands.substr(at + 3, 5));
+  EXPECT_EQ(keys, asked);
 }
 
 TEST(CommandBuilderTest, SetCommandsCarryTheValueUnchanged) {

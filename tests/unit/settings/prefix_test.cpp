@@ -26,6 +26,13 @@ TEST(PrefixAnswerTest, LooksAtFourBytesOfALongEnoughPayload) {
 
 using PrefixTest = CModuleTest;
 
+TEST_F(PrefixTest, TheReadBackLeavesTheResolutionsOfAPrinterAlone) {
+  world_.printer.SetSetting("CLR,Z", "300");
+  EXPECT_EQ(TVMGR_OK, TVMGR_UpdatePrefix('~', '^', ','));
+  EXPECT_EQ(5U, world_.Sent().size());  // the change, the capture, the queries between two writes of the mode
+  for (const std::string& sent : world_.Sent()) EXPECT_EQ(std::string::npos, sent.find("^S(CLR")) << sent;
+}
+
 TEST_F(PrefixTest, TheResultOfTheReadBackDoesNotCount) {
   world_.port.Faults().call_faults.push_back({lxemu::PortCall::kInitialize, 2, 77, 0});
   EXPECT_EQ(TVMGR_OK, TVMGR_UpdatePrefix('~', '^', ','));

@@ -103,6 +103,7 @@ class ExchangeScriptTest : public CTransactionTest {
          [&] { world_.port.Faults().latency_ms = static_cast<std::uint32_t>(line.Number(line.first)); }},
         {"cut",
          [&] { world_.port.Faults().cut_answer_at = static_cast<std::size_t>(line.Number(line.first)); }},
+        {"plain", [&] { quirks = {}; }},
         {"deaf", [&] { world_.port.Faults().silent = true; }},
         {"power", [&] { printer.PowerCycle(); }},
         {"factory", [&] { printer.FactoryReset(); }},

@@ -194,7 +194,9 @@ def main():
     check_files(zip_folder, build)
     check_versions(zip_folder, version, wine)
     run("\n".join(lines[1:]), work, THREE_RESOLUTIONS)
-    run([wine, "bin/tvmgr.exe", "get", "CLR,Z", "--port", "USB001"], zip_folder, "(?s).*CLR,Z +600\n")
+    for line in commands(readme, "`tvmgr.exe` wants"):
+        run([wine, *line.replace("\\", "/").split()], zip_folder)
+    run([wine, "bin/tvmgr.exe", "get", "CLM,S"], zip_folder, "(?s).*CLM,S +3\n")
 
     # C through pkg-config, with the README's line.
     shutil.copy(zip_folder / "examples/read_settings.c", zip_folder / "host.c")

@@ -174,10 +174,8 @@ def imports_module(program):
     return "DLL Name: TaviraManager.dll" in listing
 
 
-def main():
-    if len(sys.argv) != 3:
-        sys.exit(__doc__)
-    build, wine = pathlib.Path(sys.argv[1]).resolve(), sys.argv[2]
+def prove(build, wine):
+    """All of it; returns the name of the zip."""
     package = check_twice(build)
     version = re.fullmatch(r"TaviraManager-(.*)\.zip", package).group(1)
     work = build / "package_test" / "Zip für Hosts"
@@ -195,7 +193,7 @@ def main():
     check_versions(zip_folder, version, wine)
     run("\n".join(lines[1:]), work, THREE_RESOLUTIONS)
     for line in commands(readme, "`tvmgr.exe` wants"):
-        run([wine, *line.replace("\\", "/").split()], zip_folder)
+        run([wine, *line.replace("bin\\tvmgr", "bin/tvmgr.exe").split()], zip_folder)
     run([wine, "bin/tvmgr.exe", "get", "CLM,S"], zip_folder, "(?s).*CLM,S +3\n")
 
     # C through pkg-config, with the README's line.
@@ -223,7 +221,17 @@ def main():
     check_microsoft(zip_folder, wine)
     check_network_printer(zip_folder, wine)
     check_recorder(zip_folder, wine)
+    return package
 
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    try:
+        package = prove(pathlib.Path(sys.argv[1]).resolve(), sys.argv[2])
+    except (OSError, subprocess.SubprocessError) as error:
+        # What a step that failed should have left is not there for the next one.
+        problems.append(f"package: {error}")
     for problem in problems:
         print(problem)
     if not problems:

@@ -105,32 +105,5 @@ TEST_F(PrinterOperationsTest, TheWaitOpensTheStoredPortAsItIs) {
   EXPECT_EQ((std::vector<std::int32_t>{1, 3}), types);
 }
 
-TEST_F(PrinterOperationsTest, AFailureEndsItWhereItsResultCounts) {
-  struct tagFailure {
-    std::uint32_t code;
-    std::uint32_t failing;
-    std::int32_t result;
-    std::size_t transactions;
-  };
-  std::vector<tagFailure> cases{
-      {TVMGR_OP_HEAD_CHECK, 1, kPortCode, 1},    {TVMGR_OP_HEAD_CHECK, 2, TVMGR_OK, 2},
-      {TVMGR_OP_WIPE_GRAPHICS, 1, kPortCode, 1}, {TVMGR_OP_WIPE_GRAPHICS, 2, kPortCode, 2},
-      {TVMGR_OP_WIPE_GRAPHICS, 3, TVMGR_OK, 4},  {TVMGR_OP_WIPE_GRAPHICS, 4, kPortCode, 4},
-      {TVMGR_OP_FACTORY_RESET, 1, kPortCode, 1}, {TVMGR_OP_FACTORY_RESET, 2, TVMGR_OK, 5},
-      {TVMGR_OP_FACTORY_RESET, 3, TVMGR_OK, 6},  // a failed capture is repeated by the second load
-      {TVMGR_OP_FACTORY_RESET, 4, kPortCode, 4}, {TVMGR_OP_FACTORY_RESET, 5, kPortCode, 5},
-  };
-  for (std::uint32_t list = 3; list <= 9; ++list) {
-    cases.push_back({TVMGR_OP_INITIALIZE_MEMORY, list, kPortCode, list});
-  }
-  for (const auto& [code, failing, result, transactions] : cases) {
-    world_.ClearLog();
-    FailTransaction(failing);
-    EXPECT_EQ(result, Execute(code)) << std::hex << code << " " << failing;
-    EXPECT_EQ(transactions, world_.Sent().size()) << std::hex << code << " " << failing;
-    EXPECT_EQ(world_.Count(EPortCall::kInitialize), world_.Count(EPortCall::kTerminate));
-  }
-}
-
 }  // namespace
 }  // namespace tavira::test

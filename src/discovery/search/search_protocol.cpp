@@ -44,10 +44,7 @@ std::optional<std::uint32_t> ReadNumber(std::string_view datagram, std::size_t o
   return number;
 }
 
-bool IsGoodStatus(std::uint32_t status, std::uint32_t command) {
-  if (command == kSearchState && status >= 0xE000 && status < 0xF000) {
-    status &= 0xF0FF;
-  }
+bool IsGoodStatus(std::uint32_t status) {
   return status != 0x0100 && (status < 0x1000 || (status >= 0xE000 && status < 0xF000));
 }
 
@@ -131,7 +128,7 @@ bool IsAnnouncement(std::string_view datagram) {
 
 bool IsGoodAnswer(std::string_view datagram, std::uint32_t command, const std::optional<MacAddress>& target) {
   const std::optional<std::uint32_t> status = ReadNumber(datagram, kStatusOffset, 2);
-  if (!status || !datagram.starts_with(kAnswerHead) || !IsGoodStatus(*status, command)) {
+  if (!status || !datagram.starts_with(kAnswerHead) || !IsGoodStatus(*status)) {
     return false;
   }
   if (command == kDetailedCommand && datagram[kDetailOffset] != 0) {

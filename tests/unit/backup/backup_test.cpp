@@ -335,6 +335,10 @@ TEST_F(RestoreTest, SendsTheFileAsItIsThenTheModeThenLoads) {
   EXPECT_EQ("^XA^S(CMP,U,D^XZ^XA^JUS^XZ^XA^H(E^XZ", sent[2]);
   EXPECT_EQ("~H(CLR,Z~H(CLR,P~H(CLR,R~H(CMP,U", sent[3]);  // the snapshot was dropped
   EXPECT_EQ(76U * 8, sent[4].size());
+  file_.Write("x");
+  world_.ClearLog();
+  EXPECT_EQ(TVMGR_OK, TVMGR_Restore(file_.Path().c_str()));
+  EXPECT_EQ("x", world_.Sent().at(0));
 }
 
 TEST_F(RestoreTest, FilesThatCannotBeReadSendNothing) {

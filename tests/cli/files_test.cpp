@@ -128,6 +128,21 @@ TEST_F(CFilesTest, WhatIsNotThereOrCannotBeStoredIsAFailure) {
   EXPECT_THAT(full.err, HasSubstr("does not list it"));
 }
 
+TEST_F(CFilesTest, WhatComesWithoutItsEndIsNotTakenForTheFile) {
+  StoreOnE("LOGO.PNG", "\x89PNG\r\n\x1A\n" + AllBytes(1000) + "IEND\xAE\x42\x60\x82");
+  StoreOnE("LABEL.ZPL", "^FDx^FS^FDy^FS");
+  const std::string target = HostFile("logo.png", "older");
+  WriteIni("[faults]\ncut_at=400\ncut_from=2\n");
+  const tagRun picture = Tvmgr({"fetch", "LOGO.PNG", "--unlisted", "-o", target, "--yes"});
+  EXPECT_EQ(picture.exit_code, 3U) << picture.err;
+  EXPECT_THAT(picture.err, HasSubstr("LOGO.PNG came without its end"));
+  EXPECT_EQ(ReadFileBytes(target), "older");
+  EXPECT_GT(ReadFileBytes(target + ".partial").size(), 100U);
+  WriteIni("[faults]\ncut_at=30\ncut_from=2\n");
+  const tagRun format = Tvmgr({"fetch", "LABEL.ZPL", "--unlisted"});
+  EXPECT_EQ(format.exit_code, 3U) << format.out;
+}
+
 TEST_F(CFilesTest, EmptyListsOfAPrinterThatFallsSilentProveNothing) {
   StoreOnE("LOGO.PNG", "bytes");
   // The answers count from the status: the guard's, the settings, eight lists, the reload, the status.

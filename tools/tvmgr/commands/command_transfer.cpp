@@ -187,13 +187,25 @@ int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
     session.Remark("remark: the printer sent " + options.name +
                    " compressed (zlib); the data is written as it came");
   }
-  if (options.output.empty()) {
+  const bool cut = kind != nullptr && IsEvidentlyCut(bytes, *kind);
+  // What was there before is worth more than a part.
+  const std::string target = cut && !options.output.empty() ? options.output + ".partial" : options.output;
+  if (target.empty()) {
     WriteOutput(bytes);
-    return kExitDone;
+  } else {
+    WriteHostFile(target, bytes);
   }
-  WriteHostFile(options.output, bytes);
-  PrintSummary(global, session, options.name, bytes.size(), options.output,
-               options.name + ": " + std::to_string(bytes.size()) + " bytes to " + options.output);
+  const std::string size = std::to_string(bytes.size()) + " bytes";
+  if (cut) {
+    throw CUnproved(
+        options.name + " came without its end: " + size +
+        (target.empty() ? "" : " in " + target + ", nothing in " + options.output) +
+        ". The printer stopped sending in the middle, or has stored it like that: fetch it again");
+  }
+  if (!target.empty()) {
+    PrintSummary(global, session, options.name, bytes.size(), target,
+                 options.name + ": " + size + " to " + target);
+  }
   return kExitDone;
 }
 

@@ -22,6 +22,14 @@ bool IsFont(std::string_view bytes) {
                      [&](std::string_view signature) { return bytes.starts_with(signature); });
 }
 
+bool IsPicture(std::string_view bytes) {
+  return bytes.starts_with(kPngSignature);
+}
+
+bool HasPictureEnd(std::string_view bytes) {
+  return bytes.find(kPngEnd) != std::string_view::npos;
+}
+
 [[noreturn]] void Refuse(std::string_view path, const std::string& why) {
   throw CInputFileError("the file \"" + std::string(path) + "\" " + why);
 }
@@ -32,10 +40,10 @@ void RequireFittingContent(std::string_view path, std::string_view bytes, const 
                            std::uint32_t row_bytes) {
   switch (kind.list) {
     case TVMGR_LIST_PNG:
-      if (!bytes.starts_with(kPngSignature)) {
+      if (!IsPicture(bytes)) {
         Refuse(path, "is no PNG picture: it does not begin like one");
       }
-      if (bytes.find(kPngEnd) == std::string_view::npos) {
+      if (!HasPictureEnd(bytes)) {
         Refuse(path, "is a PNG picture without its end: it was cut off");
       }
       return;
@@ -58,6 +66,15 @@ void RequireFittingContent(std::string_view path, std::string_view bytes, const 
     default:
       return;
   }
+}
+
+bool IsEvidentlyCut(std::string_view bytes, const tagFileKind& kind) {
+  if (IsFormat(kind)) {
+    // In front of the letters stands the prefix character, which need not be the caret.
+    bytes = bytes.substr(0, bytes.find_last_not_of(" \r\n") + 1);
+    return !bytes.ends_with("XZ");
+  }
+  return IsPicture(bytes) && !HasPictureEnd(bytes);
 }
 
 }  // namespace tvmgr

@@ -14,4 +14,11 @@ namespace tvmgr {
 void RequireFittingContent(std::string_view path, std::string_view bytes, const tagFileKind& kind,
                            std::uint32_t row_bytes);
 
+/**
+ * True for a fetched file that shows that its end is missing: a picture without its last chunk, a format that is not
+ * closed. The module takes what a printer sends before it falls silent; most kinds have no end of their own, and
+ * false says nothing of them.
+ */
+bool IsEvidentlyCut(std::string_view bytes, const tagFileKind& kind);
+
 }  // namespace tvmgr

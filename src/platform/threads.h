@@ -9,8 +9,9 @@ namespace tavira {
 /** A thread that runs, or has ended. The end of its life waits for the thread's, without a time limit. */
 class IThread {
  public:
-  virtual ~IThread() = default;
+  virtual ~IThread() = 0;
 };
+inline IThread::~IThread() = default;
 
 /**
  * Starts threads. While one runs, the code of this module stays in memory, also when the host unloads the module

@@ -1,9 +1,8 @@
 #include "platform/wide_string.h"
 
-#include <locale.h>
-#include <wctype.h>
-
 #include <algorithm>
+#include <clocale>
+#include <cwctype>
 
 namespace tavira {
 

@@ -76,7 +76,7 @@ def main(arguments):
             if command is not search:
                 connect(printer, names[0] if names else "")
             command(printer, *arguments[1:1 + needed])
-    except tavira.Error as error:
+    except (tavira.Error, OSError) as error:  # OSError: the module cannot be loaded
         sys.exit(str(error))
 
 

@@ -22,6 +22,7 @@ from __future__ import annotations
 
 import ctypes
 import enum
+import operator
 import os
 import sys
 import time
@@ -253,6 +254,10 @@ class BackupSections:
     background: bool = True
 
 
+Bytes = Union[bytes, bytearray, str]
+Path = Union[str, "os.PathLike[str]"]
+
+
 # --- The binary interface ---------------------------------------------------------------------------------------------
 
 
@@ -276,7 +281,8 @@ _TEXTS = ("text1", "text2", "text3", "text4", "text5")
 _FREE = ctypes.CFUNCTYPE(None, c_void_p, c_void_p)
 _FREE_SLOT = 1
 
-assert (ctypes.sizeof(_BackupInfo), ctypes.sizeof(_Record), ctypes.sizeof(_TextHeader)) == (16, 56, 24)
+if (ctypes.sizeof(_BackupInfo), ctypes.sizeof(_Record), ctypes.sizeof(_TextHeader)) != (16, 56, 24):
+    raise ImportError("TaviraManager.dll has 64 bits: it needs a 64-bit Python")
 
 
 def _header(text: int) -> _TextHeader:
@@ -354,15 +360,21 @@ class Library:
     file, else where the system looks.
     """
 
-    def __init__(self, path: Optional[str] = None) -> None:
-        path = path or os.environ.get("TAVIRA_LIBRARY") or self._default_path()
+    def __init__(self, path: Optional[Path] = None) -> None:
+        path = os.fspath(path or "") or os.environ.get("TAVIRA_LIBRARY") or self._default_path()
         if sys.platform == "win32" and os.path.dirname(path):
             # The module asks for its port library by name, which Windows looks for beside python.exe. Once it is loaded from
             # beside the module, it is found.
             path = os.path.abspath(path)
             port_library = os.path.join(os.path.dirname(path), "Ferrolink.dll")
-            self._port_library = ctypes.CDLL(port_library) if os.path.exists(port_library) else None
-        self._library = ctypes.CDLL(path)
+            try:
+                self._port_library: Optional[ctypes.CDLL] = ctypes.CDLL(port_library)
+            except OSError:
+                self._port_library = None  # missing or damaged: the module will say so
+        try:
+            self._library = ctypes.CDLL(path)
+        except OSError as error:
+            raise OSError(f"{path} cannot be loaded: {error}") from error  # Windows' own words name no file
         for name, (result, *arguments) in _SIGNATURES.items():
             function = getattr(self._library, name)
             function.restype = result
@@ -386,10 +398,11 @@ _UINT32 = (0, 2**32 - 1)
 
 
 def _number(function: str, value: int, limits: Tuple[int, int] = _INT32) -> int:
-    """ctypes would cut it to its last bits."""
+    """ctypes would cut it to its last bits. Raises a TypeError for what is no integer."""
+    value = operator.index(value)
     if not limits[0] <= value <= limits[1]:
         raise Error(function, Result.BAD_ARGUMENT, f"{value} does not fit")
-    return int(value)
+    return value
 
 
 def _index(function: str, index: int) -> int:
@@ -397,7 +410,9 @@ def _index(function: str, index: int) -> int:
     return _number(function, index, (0, _INT32[1]))
 
 
-def _bytes(function: str, value: Union[bytes, bytearray, str], limits: Tuple[int, int] = _INT32) -> Tuple[bytes, int]:
+def _bytes(function: str, value: Bytes, limits: Tuple[int, int] = _INT32) -> Tuple[bytes, int]:
+    if not isinstance(value, (str, bytes, bytearray)):
+        raise TypeError(f"{function}: bytes or str expected, not {type(value).__name__}")  # bytes(3) would be three zeros
     try:
         data = value.encode("ascii") if isinstance(value, str) else bytes(value)
     except UnicodeEncodeError:
@@ -413,14 +428,10 @@ def _utf16(function: str, text: str) -> Any:
     return (c_uint16 * (len(encoded) // 2)).from_buffer_copy(encoded)
 
 
-Bytes = Union[bytes, bytearray, str]
-Path = Union[str, "os.PathLike[str]"]
-
-
 class Manager:
     """The module's one manager, from construction to close()."""
 
-    def __init__(self, library: Union[Library, str, None] = None) -> None:
+    def __init__(self, library: Union[Library, Path, None] = None) -> None:
         """Raises also when there is a manager already, made by whomever: a second one would leak the first."""
         self._library = library if isinstance(library, Library) else Library(library)
         self._is_open = False

@@ -163,6 +163,12 @@ class ScenarioTest(HostTest):
         ):
             with self.subTest(call=call.__name__, arguments=arguments):
                 self.fails(code, call, *arguments)
+        for call, *arguments in ((printer.update, Setting.CLM_S, 3), (printer.update, Setting.CLM_S, None), (printer.send, 5),
+                                 (printer.load, 7.5), (printer.value, "CLM_S")):
+            with self.subTest(call=call.__name__, arguments=arguments), self.assertRaises(TypeError):
+                call(*arguments)
+        with self.assertRaisesRegex(OSError, "none.bak"):
+            Manager(FOLDER / "none.bak")
         printer.clear_regist_list()
         printer.send_prn_file()
         printer.get_device_info()

@@ -121,7 +121,8 @@ internal static class PrinterSample
         {
             return Run(arguments);
         }
-        catch (TaviraException error)
+        catch (Exception error) when (error is TaviraException || error is DllNotFoundException
+            || error is BadImageFormatException)
         {
             Console.Error.WriteLine(error.Message);
             return 1;

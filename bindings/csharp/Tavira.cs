@@ -485,6 +485,10 @@ namespace Tavira
             Call("TVMGR_ClearUpdateList", NativeMethods.TVMGR_ClearUpdateList);
             foreach (KeyValuePair<Setting, byte[]> change in changes)
             {
+                if (change.Value == null) // what Value returns for "not answered": not to be written as an empty one
+                {
+                    throw new TaviraException("TVMGR_SetUpdateList", (int)Result.BadArgument, "no value for " + change.Key);
+                }
                 Call("TVMGR_SetUpdateList",
                     () => NativeMethods.TVMGR_SetUpdateList((uint)change.Key, change.Value, Length(change.Value)));
             }

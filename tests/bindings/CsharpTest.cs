@@ -140,6 +140,7 @@ internal static class CsharpTest
         Fails(-7, "no such list", () => printer.FileCount((FileList)35));
         Fails(-7, "data of an earlier call", () => printer.Execute(Operation.SendData));
         Fails(-7, "nothing to send", () => printer.Send(new byte[0]));
+        Fails(-7, "a value that was not answered", () => printer.Update(Setting.CLM_S, printer.Text(Setting.ST)));
         Fails(-7, "not ASCII", () => printer.Send("\u00fc"));
         Fails(-7, "a cut backup path", () => printer.Backup(missing + "\0x"));
         Fails(-7, "a cut restore path", () => printer.Restore(missing + "\0x"));

@@ -36,8 +36,12 @@ static bool ReadSettings(const wchar_t* port) {
   /* Is it there? A silent printer shows after 3 s here; every later wait for it would last a minute. */
   uint32_t status = TVMGR_STATUS_UNKNOWN;
   result = TVMGR_GetPrinterStatus(&status);
-  if (result != TVMGR_OK || status == TVMGR_STATUS_UNKNOWN) {
-    fprintf(stderr, "the printer does not answer (%d)\n", (int)result);
+  if (result != TVMGR_OK) {
+    fprintf(stderr, "asking for the status: %d\n", (int)result);
+    return false;
+  }
+  if (status == TVMGR_STATUS_UNKNOWN) {
+    fprintf(stderr, "the printer does not answer\n");
     return false;
   }
   /* Everything at once: a load of a single setting only refreshes what such a load has stored before. */

@@ -32,10 +32,10 @@ std::string StoredValue(std::int32_t id) {
   return value;
 }
 
-// Found out in 3 s; every later wait for a silent printer would last a minute.
-bool PrinterAnswers() {
-  std::uint32_t status = TVMGR_STATUS_UNKNOWN;
-  return TVMGR_GetPrinterStatus(&status) == TVMGR_OK && status != TVMGR_STATUS_UNKNOWN;
+// Whether it answers is found out in 3 s; every later wait for a silent printer would last a minute.
+std::int32_t AskForStatus(const wchar_t* port, std::uint32_t* status) {
+  const std::int32_t result = TVMGR_UpdatePortComInfo(nullptr, port);
+  return result == TVMGR_OK ? TVMGR_GetPrinterStatus(status) : result;
 }
 
 std::int32_t Write(std::int32_t id, const std::string& value) {
@@ -67,12 +67,17 @@ int main(int count, char** arguments) {
                  static_cast<int>(module.Result()));
     return 1;
   }
-  if (TVMGR_UpdatePortComInfo(nullptr, port.empty() ? nullptr : wide_port.c_str()) != TVMGR_OK ||
-      !PrinterAnswers()) {
+  std::uint32_t status = TVMGR_STATUS_UNKNOWN;
+  std::int32_t result = AskForStatus(port.empty() ? nullptr : wide_port.c_str(), &status);
+  if (result != TVMGR_OK) {
+    std::fprintf(stderr, "asking for the status failed: %d\n", static_cast<int>(result));
+    return 1;
+  }
+  if (status == TVMGR_STATUS_UNKNOWN) {
     std::fputs("the printer does not answer\n", stderr);
     return 1;
   }
-  const std::int32_t result = Write(id, value);
+  result = Write(id, value);
   switch (result) {
     case TVMGR_OK:
       std::printf("setting %d is %s\n", static_cast<int>(id), value.c_str());

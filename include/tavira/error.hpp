@@ -79,7 +79,7 @@ inline void Check(const char* function, std::int32_t result) {
 template <typename Length>
 Length CheckedLength(const char* function, std::size_t size) {
   if (size > static_cast<std::size_t>((std::numeric_limits<Length>::max)())) {
-    throw Error(function, TVMGR_BAD_ARGUMENT, "more bytes than a length can say");
+    throw Error(function, TVMGR_BAD_ARGUMENT, "a negative number, or one that is too large");
   }
   return static_cast<Length>(size);
 }

@@ -8,7 +8,7 @@
  *  - Texts are std::wstring. Where wchar_t has 32 bits (Linux), they are converted to UTF-16 and back.
  *  - Values and answers that may be missing are std::optional. An empty one is what a silent printer looks like.
  *  - What would end the process (a negative index, a buffer that is too small, the bytes of an empty value) and what would be
- *    cut short (a zero character inside a text, more bytes than a length can say) is an Error, and nothing is called.
+ *    cut short (a zero character inside a text, a number that does not fit) is an Error, and nothing is called.
  *
  * One thread, one Manager at a time. Only a printer search can be ended early; every other call runs to its end.
  */

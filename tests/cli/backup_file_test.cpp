@@ -101,6 +101,8 @@ TEST(BackupParser, NamesWhatIsWrongAndGoesOnAtTheNextBlock) {
       {"^FXLX-R4100SeriesTavira^FS\r\n", "header is damaged", 0},
       {"^FXLX-R4100SeriesTavira^FS\r\n^FX20311304131415^FS\r\n^FXI^FS\r\n" + good + kTrailer, "time stamp",
        1},
+      {"^FXLX-R4100SeriesTavira^FS\r\n^FX20260231131415^FS\r\n^FXI^FS\r\n" + good + kTrailer, "time stamp",
+       1},
       {Header("IS") + good + kTrailer, "section letters", 1},
       {Header("II") + good + kTrailer, "section letters", 1},
       {Header("") + kTrailer, "section letters", 0},

@@ -106,8 +106,8 @@ TEST_F(CChoiceTest, APortBehindWhichNoPrinterIsKnownIsRemarkedOn) {
 }
 
 TEST_F(CChoiceTest, DamagedMemoryStopsCommandsInsteadOfChoosingAnotherPrinter) {
-  for (const char* const damaged :
-       {R"({"chosen":{"kind":"fax","value":"1"},"found":[]})", R"({"of":"others"})", "[]"}) {
+  for (const char* const damaged : {R"({"chosen":{"kind":"fax","value":"1"},"found":[]})",
+                                    R"({"of":"others"})", R"({"found":{}})", "[]"}) {
     HostFile("choice.json", damaged);
     const tagRun run = Tvmgr({"status"});
     EXPECT_EQ(run.exit_code, 5U) << damaged;
@@ -126,6 +126,17 @@ TEST_F(CChoiceTest, InfoOfASilentPrinterFailsButShowsTheChoice) {
   EXPECT_EQ(run.exit_code, 4U);
   EXPECT_THAT(run.out, HasSubstr("port     USB001\n"));
   EXPECT_THAT(run.out, HasSubstr("status   unknown"));
+}
+
+TEST_F(CChoiceTest, WhatAPrinterCallsItselfMovesNoCursor) {
+  HostFile("choice.json",
+           R"({"chosen":{"kind":"address","value":"no\u001b[2Jhost","name":"Do\r\u0007ck"},"found":[]})");
+  EXPECT_EQ(Tvmgr({"use"}).out, "address no\\x1B[2Jhost  (Do\\x0D\\x07ck)\n");
+  for (const char* const command : {"status", "info"}) {
+    const tagRun run = Tvmgr({command});
+    EXPECT_THAT(run.err, HasSubstr("no\\x1B[2Jhost"));
+    EXPECT_EQ((run.out + run.err).find('\x1B'), std::string::npos);
+  }
 }
 
 TEST_F(CChoiceTest, SearchReplacesTheNumbersAndKeepsTheChoice) {

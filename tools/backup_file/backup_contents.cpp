@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 namespace tvmgr {
 namespace {
@@ -46,10 +47,11 @@ std::string ReadableTime(std::string_view time_stamp) {
   const auto two_digits = [&](std::size_t at) {
     return (time_stamp[at] - '0') * 10 + (time_stamp[at + 1] - '0');
   };
-  const int month = two_digits(4);
-  const int day = two_digits(6);
-  // A minute may have a 61st second.
-  if (month < 1 || month > 12 || day < 1 || day > 31 || two_digits(8) > 23 || two_digits(10) > 59 ||
+  const std::chrono::year_month_day date{std::chrono::year(two_digits(0) * 100 + two_digits(2)),
+                                         std::chrono::month(static_cast<unsigned>(two_digits(4))),
+                                         std::chrono::day(static_cast<unsigned>(two_digits(6)))};
+  // The clock of Windows begins with the year 1601. A minute may have a 61st second.
+  if (!date.ok() || date.year() < std::chrono::year(1601) || two_digits(8) > 23 || two_digits(10) > 59 ||
       two_digits(12) > 60) {
     return {};
   }

@@ -6,6 +6,7 @@
 #include "output/settings_names.h"
 #include "output/status_words.h"
 #include "output/text_encoding.h"
+#include "output/text_layout.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -47,7 +48,7 @@ void Print(const tagChosenPrinter& chosen, std::uint32_t status, const CManagerS
   line("kind", chosen.is_network ? "network" : "USB, or chosen by the port library");
   for (const auto& [name, value] :
        {std::pair("port", &chosen.port), {"device", &chosen.device}, {"address", &chosen.address}}) {
-    line(name, value->empty() ? "-" : *value);
+    line(name, value->empty() ? "-" : MakeVisible(*value));
   }
   line("status", std::string(words.name) + " (" + words.meaning + ")");
   for (const std::int32_t id : kIdentity) {

@@ -7,6 +7,7 @@
 #include "output/json_output.h"
 #include "output/record_output.h"
 #include "output/text_encoding.h"
+#include "output/text_layout.h"
 #include "printer/choice_file.h"
 #include "printer/printer_choice.h"
 #include "printer/worker.h"
@@ -56,7 +57,7 @@ tagRememberedPrinter Resolve(const tagChoiceFile& choice, const tagUseOptions& o
 // Whether the printer that was just remembered answers; none: not known. It may be off, and is remembered all the same.
 std::optional<bool> Ask(const tagGlobalOptions& global, const tagRememberedPrinter& chosen) {
   const std::optional<int> asked = AskForStatus();
-  const std::string& printer = chosen.value;
+  const std::string printer = MakeVisible(chosen.value);
   if (asked != kExitDone && !global.quiet) {
     WriteError(asked == kExitUnreachable
                    ? "remark: " + printer +
@@ -75,8 +76,9 @@ int Show(const tagGlobalOptions& global, const std::optional<tagRememberedPrinte
         {{"printer", chosen ? PrinterJson(chosen->kind, chosen->value, chosen->name) : PrinterJson()},
          {"answers", answers ? Json(*answers) : Json()}});
   } else if (chosen) {
-    WriteOutput(chosen->kind + " " + chosen->value +
-                (chosen->name.empty() ? "" : "  (" + chosen->name + ")") + "\n");
+    // The name is what the printer said in a search.
+    WriteOutput(chosen->kind + " " + MakeVisible(chosen->value) +
+                (chosen->name.empty() ? "" : "  (" + MakeVisible(chosen->name) + ")") + "\n");
   } else {
     WriteOutput("no printer is remembered\n");
   }

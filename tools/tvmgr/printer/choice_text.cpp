@@ -30,7 +30,7 @@ Json WritePrinter(const tagRememberedPrinter& printer) {
 }
 
 std::optional<tagChoiceFile> Read(const Json& json) {
-  if (!HasOnly(json, {"chosen", "found"}) || !json.contains("found")) {
+  if (!HasOnly(json, {"chosen", "found"}) || !json.contains("found") || !json.at("found").is_array()) {
     return std::nullopt;  // somebody else's file: we always write the second one
   }
   tagChoiceFile choice;

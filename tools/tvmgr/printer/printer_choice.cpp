@@ -1,6 +1,7 @@
 #include "printer/printer_choice.h"
 
 #include "output/command_error.h"
+#include "output/text_layout.h"
 #include "printer/choice_file.h"
 
 namespace tvmgr {
@@ -44,11 +45,11 @@ Json PrinterJson(const tagPrinterChoice& choice) {
 std::string Describe(const tagPrinterChoice& choice) {
   std::string text = "the printer that the port library chooses";
   if (!choice.address.empty()) {
-    text = "the printer at " + choice.address;
+    text = "the printer at " + MakeVisible(choice.address);
   } else if (!choice.device.empty()) {
-    text = "the printer " + choice.device;
+    text = "the printer " + MakeVisible(choice.device);
   } else if (!choice.port.empty()) {
-    text = "the printer on " + choice.port;
+    text = "the printer on " + MakeVisible(choice.port);
   }
   return text + (choice.is_remembered ? " (tvmgr use)" : "");
 }

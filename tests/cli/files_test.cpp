@@ -156,6 +156,8 @@ TEST_F(CFilesTest, EmptyListsOfAPrinterThatFallsSilentProveNothing) {
   const tagRun cut = Tvmgr({"files"});
   EXPECT_EQ(cut.exit_code, 3U);
   EXPECT_THAT(cut.err, HasSubstr("there may be more files"));
+  StoreOnE("LOGO.PNG", "bytes");
+  EXPECT_EQ(Tvmgr({"rm", "LOGO.PNG", "--yes"}).exit_code, 3U);
 }
 
 }  // namespace

@@ -111,6 +111,9 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
         {tagCell::Text(name), {reason.empty() ? "yes" : "no", reason.empty()}, tagCell::TextOrNull(reason)});
   }
   global.json ? output.SetAsJson("files") : output.PrintTable();
+  if (!failed && IsAnswerCut(session)) {
+    throw CUnproved("the removal was sent, but the printer's answers were cut off: its lists prove nothing");
+  }
   return failed ? kExitFailed : kExitDone;
 }
 

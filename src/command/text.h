@@ -5,6 +5,9 @@
 
 namespace tavira {
 
+/** What may stand around a name in a printer command. */
+inline constexpr std::string_view kWhitespace = " \t\r\n";
+
 /** "a" to "z" as "A" to "Z"; every other byte, above 0x7F too, as it is. */
 constexpr char FoldCase(char byte) {
   return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;

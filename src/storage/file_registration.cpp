@@ -10,18 +10,17 @@ namespace {
 
 constexpr std::string_view kObjectCommand = "~DY";
 constexpr std::string_view kFormatCommand = "^DF";
-constexpr std::string_view kBlanks = " \t\r\n";
 
 constexpr std::uint64_t kBytesPerExtraMinute = std::uint64_t{20} << 20;
 constexpr std::uint64_t kMsPerMinute = 60000;
 constexpr std::uint64_t kLongestTimeoutMs = 50 * kMsPerMinute;
 
 std::string_view Trim(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(kBlanks);
+  const std::size_t begin = text.find_first_not_of(kWhitespace);
   if (begin == std::string_view::npos) {
     return {};
   }
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+  return text.substr(begin, text.find_last_not_of(kWhitespace) - begin + 1);
 }
 
 std::string_view WithoutDevice(std::string_view name) {

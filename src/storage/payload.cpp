@@ -15,7 +15,6 @@ constexpr std::string_view kDownloadFormat = "^DF";
 constexpr std::string_view kCompressedMarker = ":Z64:";
 constexpr std::string_view kPlainMarker = ":B64:";
 constexpr std::string_view kNameEnds = ",^";
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr int kHeaderFields = 5;
 
 constexpr std::string_view kDevice = "E:";
@@ -140,8 +139,9 @@ void CompleteFormatName(std::string& format, std::string_view requested_name, co
   }
   const std::size_t field = command + kDownloadFormat.size();
   const std::size_t field_end = std::min(leads.FindFirstOf(format, kNameEnds, field), format.size());
-  const std::size_t begin = std::min(format.find_first_not_of(kBlanks, field), field_end);
-  const std::size_t end = begin == field_end ? begin : format.find_last_not_of(kBlanks, field_end - 1) + 1;
+  const std::size_t begin = std::min(format.find_first_not_of(kWhitespace, field), field_end);
+  const std::size_t end =
+      begin == field_end ? begin : format.find_last_not_of(kWhitespace, field_end - 1) + 1;
   std::string name = format.substr(begin, end - begin);
   if (name.size() < 2 || name[1] != ':') {
     name.insert(0, kDevice);

@@ -157,7 +157,9 @@ TEST_F(CFilesTest, EmptyListsOfAPrinterThatFallsSilentProveNothing) {
   EXPECT_EQ(cut.exit_code, 3U);
   EXPECT_THAT(cut.err, HasSubstr("there may be more files"));
   StoreOnE("LOGO.PNG", "bytes");
-  EXPECT_EQ(Tvmgr({"rm", "LOGO.PNG", "--yes"}).exit_code, 3U);
+  const tagRun sent = Tvmgr({"rm", "LOGO.PNG", "--yes"});
+  EXPECT_EQ(sent.exit_code, 3U);
+  EXPECT_THAT(sent.out, HasSubstr("LOGO.PNG  sent"));
 }
 
 }  // namespace

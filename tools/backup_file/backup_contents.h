@@ -57,9 +57,9 @@ struct tagBackupContents {
 
 /** What no check of a backup can see, in one sentence. */
 inline constexpr std::string_view kNotSeenByChecks =
-    "No check can see whether a value, the time, a file's protection or the text of a stored format is the "
-    "one "
-    "that was written, nor whether a whole file has been taken out.";
+    "No check can see whether a value, the time, a prefix character, a file's name or protection, or the "
+    "text of a stored format is the one that was written, nor whether a whole file has been taken out or "
+    "two of a kind have been swapped.";
 
 /**
  * The settings that have a value, by key, with the prefix characters under their own keys, in two hexadecimal

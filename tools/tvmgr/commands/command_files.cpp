@@ -104,14 +104,18 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
   RequireStillAnswering(session, "the lists were read");
   CRecordOutput output({{"name", "NAME"}, {"removed", "REMOVED"}, {"reason", "REASON"}});
   bool failed = false;
+  bool unproved = false;
   for (const std::string& name : options.names) {
     const std::string reason = Remove(session, name, RequireDeletableKind(name));
+    const bool cut = reason.empty() && IsAnswerCut(session);
     failed = failed || !reason.empty();
-    output.Add(
-        {tagCell::Text(name), {reason.empty() ? "yes" : "no", reason.empty()}, tagCell::TextOrNull(reason)});
+    unproved = unproved || cut;
+    output.Add({tagCell::Text(name),
+                cut ? tagCell::Null("sent") : tagCell{reason.empty() ? "yes" : "no", reason.empty()},
+                tagCell::TextOrNull(reason)});
   }
   global.json ? output.SetAsJson("files") : output.PrintTable();
-  if (!failed && IsAnswerCut(session)) {
+  if (!failed && unproved) {
     throw CUnproved("the removal was sent, but the printer's answers were cut off: its lists prove nothing");
   }
   return failed ? kExitFailed : kExitDone;

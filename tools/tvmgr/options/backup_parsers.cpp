@@ -1,6 +1,7 @@
 // The arguments of the commands for backups.
 #include <memory>
 
+#include "backup_file/backup_contents.h"
 #include "commands/commands.h"
 #include "options/command_parsers.h"
 #include "output/command_error.h"
@@ -46,10 +47,9 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
   check_parser->add_option("file", check->file, "the backup")->required();
   check_parser->footer(
       "Needs no printer. Every setting has to stand there once, in its place and with a value, the prefix\n"
-      "characters too; every file with its own download command, whose checksum and size are verified.\n"
-      "No check can see whether a value, the time, a file's protection or the text of a stored format is\n"
-      "the one that was written, nor whether a whole file has been taken out.\n"
-      "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
+      "characters too; every file with its own download command, whose checksum and size are verified.\n" +
+      std::string(kNotSeenByChecks) +
+      "\nA backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
       "Exit codes: 0 complete, 1 not complete, 5 unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup check shop7.bak --json");
 

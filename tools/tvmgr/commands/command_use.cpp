@@ -10,6 +10,7 @@
 #include "output/text_layout.h"
 #include "printer/choice_file.h"
 #include "printer/printer_choice.h"
+#include "printer/printer_kind.h"
 #include "printer/worker.h"
 
 namespace tvmgr {
@@ -17,19 +18,6 @@ namespace {
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
-}
-
-// "USB001", "LPT1:", "COM3", and what the standard TCP/IP port monitor calls its ports.
-bool LooksLikePort(std::string_view text) {
-  const std::string upper = UpperAscii(text);
-  for (const std::string_view head : {"USB", "LPT", "COM", "DOT4_"}) {
-    if (upper.starts_with(head) && upper.size() > head.size()) {
-      std::string_view rest = std::string_view(upper).substr(head.size());
-      rest.remove_suffix(rest.ends_with(':') ? 1 : 0);
-      return !rest.empty() && std::all_of(rest.begin(), rest.end(), IsDigit);
-    }
-  }
-  return upper.starts_with("IP_") || upper.starts_with("WSD-");
 }
 
 tagRememberedPrinter ByNumber(const tagChoiceFile& choice, const std::string& text) {
@@ -50,8 +38,7 @@ tagRememberedPrinter Resolve(const tagChoiceFile& choice, const tagUseOptions& o
   if (std::all_of(text.begin(), text.end(), IsDigit)) {
     return ByNumber(choice, text);
   }
-  const char* const kind = text.starts_with("\\\\") ? "device" : LooksLikePort(text) ? "port" : "address";
-  return {kind, text, ""};
+  return {KindByLook(text), text, ""};
 }
 
 // Whether the printer that was just remembered answers; none: not known. It may be off, and is remembered all the same.

@@ -144,18 +144,4 @@ std::string ToHex(std::string_view bytes) {
   return hex;
 }
 
-std::string UpperAscii(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') {
-      c = static_cast<char>(c - 'a' + 'A');
-    }
-  }
-  return upper;
-}
-
-bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
-  return left.size() == right.size() && UpperAscii(left) == UpperAscii(right);
-}
-
 }  // namespace tvmgr

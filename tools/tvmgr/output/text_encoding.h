@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "output/text_layout.h"
+
 namespace tvmgr {
 
 // The program keeps all text as UTF-8. Windows and the module take UTF-16, the printer takes bytes of the
@@ -32,10 +34,5 @@ bool IsPlainAscii(std::string_view bytes);
 
 /** Two upper-case hexadecimal digits for each byte. */
 std::string ToHex(std::string_view bytes);
-
-std::string UpperAscii(std::string_view text);
-
-/** Compares ASCII letters without regard to case. */
-bool EqualsIgnoreCase(std::string_view left, std::string_view right);
 
 }  // namespace tvmgr

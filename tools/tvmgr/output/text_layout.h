@@ -35,4 +35,9 @@ std::string WrapLines(std::string_view text, std::size_t columns);
 std::optional<std::string> UndoEscapes(std::string_view text,
                                        const std::function<std::string(std::string_view)>& convert);
 
+std::string UpperAscii(std::string_view text);
+
+/** Compares ASCII letters without regard to case. */
+bool EqualsIgnoreCase(std::string_view left, std::string_view right);
+
 }  // namespace tvmgr

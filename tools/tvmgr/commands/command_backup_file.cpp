@@ -185,9 +185,11 @@ int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& op
     WriteOutput("A " + first.path + ": " + Summary(first) + "\nB " + second.path + ": " + Summary(second) +
                 "\n");
     PrintDifference(difference);
-    WriteOutput(equal                  ? "equal\n"
-                : difference.IsEmpty() ? "not known to be equal: a file is not complete\n"
-                                       : "different\n");
+    WriteOutput((equal ? ShownVerdict("equal", ETone::kGood)
+                 : difference.IsEmpty()
+                     ? ShownVerdict("not known to be equal", ETone::kOpen) + ": a file is not complete"
+                     : ShownVerdict("different", ETone::kBad)) +
+                "\n");
     WriteOutput(global.quiet ? std::string() : CoverageSentence() + "\n");
   }
   return equal ? kExitDone : whole ? kExitFailed : kExitUnproved;

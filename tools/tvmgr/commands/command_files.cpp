@@ -111,7 +111,9 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
     failed = failed || !reason.empty();
     unproved = unproved || cut;
     output.Add({tagCell::Text(name),
-                cut ? tagCell::Null("sent") : tagCell{reason.empty() ? "yes" : "no", reason.empty()},
+                cut ? tagCell{"sent", nullptr, ETone::kOpen}
+                    : tagCell{reason.empty() ? "yes" : "no", reason.empty(),
+                              reason.empty() ? ETone::kGood : ETone::kBad},
                 tagCell::TextOrNull(reason)});
   }
   global.json ? output.SetAsJson("files") : output.PrintTable();

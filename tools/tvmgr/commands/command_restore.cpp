@@ -157,7 +157,7 @@ void Print(const tagGlobalOptions& global, const tagComparison& result) {
       return value ? ValueCell(value) : tagCell::Null("-");
     };
     output.Add({tagCell::Text(finding.subject), cell(finding.backup), cell(finding.printer),
-                tagCell::Text(finding.verdict)});
+                tagCell::Verdict(finding.verdict, finding.is_open ? ETone::kOpen : ETone::kBad)});
   }
   output.PrintTable();
   WriteOutput(Verdict(result));

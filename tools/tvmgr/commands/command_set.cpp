@@ -21,6 +21,12 @@ struct tagAssignment {
 
 enum class EVerdict { kProved, kOpen, kFailed };
 
+ETone ToneOf(EVerdict verdict) {
+  return verdict == EVerdict::kProved ? ETone::kGood
+         : verdict == EVerdict::kOpen ? ETone::kOpen
+                                      : ETone::kBad;
+}
+
 struct tagVerdict {
   std::string word;
   std::string reason;
@@ -155,7 +161,7 @@ int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
     worst = std::max(worst, verdict.kind);
     output.Add({tagCell::Number(assignment.setting.id), tagCell::Text(std::string(assignment.setting.key)),
                 ValueCell(assignment.value), got ? ValueCell(got) : tagCell::Null("-"),
-                tagCell::Text(verdict.word), tagCell::TextOrNull(verdict.reason)});
+                tagCell::Verdict(verdict.word, ToneOf(verdict.kind)), tagCell::TextOrNull(verdict.reason)});
   }
   global.json ? output.SetAsJson("settings") : output.PrintTable();
   if (worst == EVerdict::kFailed) {

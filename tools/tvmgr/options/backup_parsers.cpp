@@ -65,6 +65,7 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
 
   CLI::App* const coverage = parser->add_subcommand("coverage", "list which settings a backup holds");
   coverage->footer("Needs no printer.\n\nExample:\n  tvmgr backup coverage");
+  AddTableOptions(coverage, {"ID", "KEY", "IN BACKUPS"});
 
   commands.push_back({coverage, [&global, options] {
                         RefuseOuterOptions(*options);
@@ -96,6 +97,7 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
       "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
       "Exit codes: 0 equal, 1 different or refused, 3 not everything could be compared, 4 printer silent.\n\n"
       "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json");
+  AddTableOptions(parser, {"WHAT", "BACKUP", "PRINTER", "VERDICT"});
   return {parser, [&global, options] { return RunRestore(global, *options); }, tagWatch{90, kLeftByWriting}};
 }
 

@@ -27,6 +27,8 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
   program.add_flag("--json", global.json, "results as JSON");
   program.add_flag("--quiet", global.quiet, "no progress and no remarks, only results and errors");
   program.add_flag("--verbose", global.verbose, "show every call of the module with its result and duration");
+  program.add_flag("--no-color", global.no_color,
+                   "no colours on a terminal; NO_COLOR=1 in the environment does it, too");
   program.add_flag("--no-check", global.no_check, "do not ask for the printer's status before long work");
   program
       .add_option("--timeout", global.timeout_s,
@@ -139,6 +141,9 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
   }
   NoteJsonCommand(CommandName(program));
   RefuseTwoPrinters(global);
+  if (global.no_color) {
+    ForbidColour();
+  }
   for (const tagCommand& command : commands) {
     if (command.parser->parsed()) {
       return RunCommand(command, global, role);

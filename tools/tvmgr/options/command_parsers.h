@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "options/options.h"
@@ -32,5 +33,11 @@ void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vec
 void AddBackupCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
 void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
                           std::vector<tagCommand>& commands);
+
+/**
+ * The options --columns and --sort of a command that prints one table, with these headings. They are not for
+ * --json, whose documents have all members.
+ */
+void AddTableOptions(CLI::App* parser, std::vector<std::string> headings);
 
 }  // namespace tvmgr

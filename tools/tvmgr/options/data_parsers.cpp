@@ -55,6 +55,7 @@ tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
   parser->footer(
       "Exit code 3 when the printer's answers were cut off, so that there may be more files.\n\n"
       "Examples:\n  tvmgr files\n  tvmgr files --list font --json");
+  AddTableOptions(parser, {"TYPE", "KIND", "NAME"});
   return {parser, [&global, options] { return RunFiles(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
@@ -101,6 +102,7 @@ tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
   parser->footer(
       "Afterwards the lists are read again. Exit code 1 when a file is still there, or never was.\n\n"
       "Examples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes");
+  AddTableOptions(parser, {"NAME", "REMOVED", "REASON"});
   return {parser, [&global, options] { return RunRemove(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 

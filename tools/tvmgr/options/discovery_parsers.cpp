@@ -24,6 +24,7 @@ tagCommand AddSearch(CLI::App& program, const tagGlobalOptions& global) {
       "or\n"
       "one half of \"all\" failed.\n\n"
       "Examples:\n  tvmgr search all\n  tvmgr search network --json");
+  AddTableOptions(parser, {"NO", "KIND", "NAME", "MORE", "WHERE"});
   return {parser, [&global, options] { return RunSearch(global, *options); }};
 }
 

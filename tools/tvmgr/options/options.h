@@ -18,6 +18,7 @@ struct tagGlobalOptions {
   bool json = false;               /**< results on stdout as JSON */
   bool quiet = false;              /**< no progress and no remarks on stderr, errors only */
   bool verbose = false;            /**< every call of the module with result and duration, on stderr */
+  bool no_color = false;           /**< verdicts without colour on a terminal, too */
   bool no_check = false;           /**< do not ask for the printer's status before long work */
   std::optional<double> timeout_s; /**< seconds until the printer is asked whether it is there; 0: never */
 };

@@ -13,6 +13,7 @@ tagCommand AddPorts(CLI::App& program, const tagGlobalOptions& global) {
   CLI::App* const parser =
       program.add_subcommand("ports", "list the print spooler's ports with their printers");
   parser->footer("Example:\n  tvmgr ports");
+  AddTableOptions(parser, {"PORT", "MONITOR", "DESCRIPTION", "PRINTERS"});
   return {parser, [&global] { return RunPorts(global); }};
 }
 
@@ -29,6 +30,7 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
       "gives\n"
       "no value for some of the settings, 1 when for none.\n\n"
       "Examples:\n  tvmgr get CLR_Z CMP_U\n  tvmgr --address 192.0.2.7 get --all --json");
+  AddTableOptions(parser, {"ID", "KEY", "VALUE"});
   return {parser, [&global, options] { return RunGet(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
@@ -45,6 +47,7 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
       "or whose mode is not D the guard puts settings 3, 4, 5 and 84 back to what they were, new values for\n"
       "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n\n"
       "Examples:\n  tvmgr set CLM_P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR_Z=300");
+  AddTableOptions(parser, {"ID", "KEY", "ASKED", "GOT", "VERDICT", "REASON"});
   return {parser, [&global, options] { return RunSet(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 

@@ -19,6 +19,7 @@ namespace {
 
 // Console handlers take no argument, so the event has to stand where the handler finds it.
 std::atomic<HANDLE> interrupt_event{nullptr};
+bool is_colour_forbidden = false;
 std::mutex running_mutex;
 std::string running;  // guarded by running_mutex
 
@@ -67,16 +68,38 @@ std::optional<std::size_t> OutputColumns() {
   return std::max(static_cast<std::size_t>(std::max(info.srWindow.Right - info.srWindow.Left, 0)), kFewest);
 }
 
+void ForbidColour() {
+  is_colour_forbidden = true;
+}
+
+bool IsOutputColoured() {
+  const wchar_t* const refused = _wgetenv(L"NO_COLOR");
+  DWORD mode = 0;
+  return !is_colour_forbidden && (refused == nullptr || *refused == 0) &&
+         GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0 &&
+         (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
 CConsoleSetup::CConsoleSetup() {
   if (IsTerminal(EStream::kOutput) || IsTerminal(EStream::kError)) {
     earlier_code_page_ = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
+  }
+  // Consoles of before Windows 10 refuse, and show no colours.
+  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+  DWORD mode = 0;
+  if (GetConsoleMode(output, &mode) != 0 && (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) == 0 &&
+      SetConsoleMode(output, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0) {
+    earlier_mode_ = mode;
   }
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
 }
 
 CConsoleSetup::~CConsoleSetup() {
+  if (earlier_mode_) {
+    SetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), *earlier_mode_);
+  }
   if (earlier_code_page_ != 0) {
     SetConsoleOutputCP(earlier_code_page_);
   }

@@ -18,9 +18,18 @@ bool IsTerminal(EStream stream);
  */
 std::optional<std::size_t> OutputColumns();
 
+/** From now on nothing is coloured, whatever stdout is. */
+void ForbidColour();
+
 /**
- * Puts the three streams in order for the life of the program: UTF-8 on a console, bytes unchanged
- * everywhere. Gives the console its code page back at the end.
+ * True when stdout is a terminal that shows colours and nobody has said no to them (ForbidColour; the environment
+ * variable NO_COLOR with any text in it).
+ */
+bool IsOutputColoured();
+
+/**
+ * Puts the three streams in order for the life of the program: UTF-8 and, where the console can, colours;
+ * bytes unchanged everywhere. Gives the console its code page and its mode back at the end.
  */
 class CConsoleSetup {
  public:
@@ -31,6 +40,7 @@ class CConsoleSetup {
 
  private:
   unsigned int earlier_code_page_ = 0;
+  std::optional<unsigned long> earlier_mode_; /**< of the console of stdout, where it was changed */
 };
 
 /**

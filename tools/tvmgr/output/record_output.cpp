@@ -1,6 +1,5 @@
 #include "output/record_output.h"
 
-#include <algorithm>
 #include <cstdio>
 
 #include "output/command_error.h"
@@ -19,32 +18,17 @@ Json ToJson(const std::vector<CRecordOutput::tagColumn>& columns, const std::vec
   return object;
 }
 
-constexpr std::size_t kColumnGap = 2;
-
-/** Takes from the widest columns until a line fits. */
-void FitWidths(std::vector<std::size_t>& widths, std::optional<std::size_t> columns) {
-  constexpr std::size_t kNarrowest = 4;
-  if (widths.empty() || !columns) {
-    return;
-  }
-  std::size_t total = kColumnGap * (widths.size() - 1);
-  for (const std::size_t width : widths) {
-    total += width;
-  }
-  while (total > *columns) {
-    const auto widest = std::max_element(widths.begin(), widths.end());
-    if (*widest <= kNarrowest) {
-      return;
-    }
-    --*widest;
-    --total;
-  }
-}
+// What the command line says of the one table of a run.
+tagTableView table_view;
 
 }  // namespace
 
 tagCell tagCell::Text(std::string text) {
   return {text, text};
+}
+
+tagCell tagCell::Verdict(std::string word, ETone tone) {
+  return {word, word, tone};
 }
 
 tagCell tagCell::TextOrNull(std::string text) {
@@ -64,36 +48,19 @@ void CRecordOutput::PrintTable() const {
   if (rows_.empty()) {
     return;
   }
-  // Line by line, headings first, what is shown of each; nothing in a cell can break its line.
-  std::vector<std::vector<std::string>> lines(1 + rows_.size());
+  tagTable table;
+  table.rows.resize(rows_.size());
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     if (columns_[i].heading.empty()) {
       continue;
     }
-    lines[0].push_back(columns_[i].heading);
+    table.headings.push_back(columns_[i].heading);
     for (std::size_t row = 0; row < rows_.size(); ++row) {
-      lines[row + 1].push_back(MakeVisible(rows_[row][i].shown));
+      // Nothing in a cell can break its line.
+      table.rows[row].push_back({MakeVisible(rows_[row][i].shown), rows_[row][i].tone});
     }
   }
-  std::vector<std::size_t> widths(lines[0].size());
-  for (const std::vector<std::string>& line : lines) {
-    for (std::size_t n = 0; n < widths.size(); ++n) {
-      widths[n] = std::max(widths[n], DisplayWidth(line[n]));
-    }
-  }
-  FitWidths(widths, OutputColumns());
-  std::string text;
-  for (const std::vector<std::string>& cells : lines) {
-    std::string line;
-    for (std::size_t n = 0; n < widths.size(); ++n) {
-      const std::string cell = CutToWidth(cells[n], widths[n]);
-      line += cell;
-      line.append(widths[n] - DisplayWidth(cell) + kColumnGap, ' ');
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    text += line + "\n";
-  }
-  WriteOutput(text);
+  WriteOutput(TableText(table, table_view, OutputColumns(), IsOutputColoured()));
 }
 
 void CRecordOutput::SetAsJson(const char* member) const {
@@ -106,6 +73,14 @@ void CRecordOutput::SetAsJson(const char* member) const {
 
 void CRecordOutput::SetAsJson() const {
   SetJsonResult(ToJson(columns_, rows_.at(0)));
+}
+
+void SetTableView(const tagTableView& view) {
+  table_view = view;
+}
+
+std::string ShownVerdict(std::string_view word, ETone tone) {
+  return IsOutputColoured() ? Coloured(word, tone) : std::string(word);
 }
 
 void WriteOutput(std::string_view bytes) {

@@ -7,6 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "table/table_text.h"
+
 namespace tvmgr {
 
 /** One cell: what a table shows and what JSON holds (null: nullptr). All text is UTF-8. */
@@ -15,8 +17,11 @@ struct tagCell {
 
   std::string shown;
   Value value;
+  ETone tone = ETone::kPlain; /**< its colour on a terminal */
 
   static tagCell Text(std::string text);
+  /** A word that judges, "written". */
+  static tagCell Verdict(std::string word, ETone tone);
   /** As Text; in JSON an empty text is null. */
   static tagCell TextOrNull(std::string text);
   static tagCell Number(std::int64_t number);
@@ -39,7 +44,7 @@ class CRecordOutput {
 
   /**
    * The table with its headings; nothing when there are no records. Control characters are made visible, and cells
-   * are cut so that lines fit the terminal.
+   * are cut so that lines fit the terminal. As the table's view has it.
    */
   void PrintTable() const;
   /** Makes an array of all records the named member of the JSON result. */
@@ -51,6 +56,12 @@ class CRecordOutput {
   std::vector<tagColumn> columns_;
   std::vector<std::vector<tagCell>> rows_;
 };
+
+/** What of the tables of this run is shown, and in which order. */
+void SetTableView(const tagTableView& view);
+
+/** A word that judges, for stdout: in the colour of its tone where colours are shown. */
+std::string ShownVerdict(std::string_view word, ETone tone);
 
 /** Writes bytes to stdout as they are; ends the command when they cannot be written. */
 void WriteOutput(std::string_view bytes);

@@ -16,7 +16,7 @@
 namespace tavira::test {
 
 /** A clock that only Sleep advances, so that a time-out of a minute costs nothing. */
-class CVirtualClock final : public IClock {
+class CVirtualClock : public IClock {
  public:
   std::uint32_t TickCount() override { return static_cast<std::uint32_t>(now_ms_); }
   void Sleep(std::uint32_t ms) override { now_ms_ += ms; }

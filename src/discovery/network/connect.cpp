@@ -35,7 +35,6 @@ bool CConnect::PrepareSocket() {
   }
   if (!platform_.sockets.Bind(socket_.Get(), {})) {
     Fail("bind():");
-    socket_.Reset();
     return false;
   }
   return true;

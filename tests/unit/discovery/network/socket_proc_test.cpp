@@ -127,34 +127,22 @@ TEST_F(SocketProcTest, AnUnknownHostFailsWhenItIsUsed) {
   EXPECT_EQ(kNetDone, connection_.Open(&unterminated, 12));
 }
 
-/** A clock set to one moment. */
-class CFixedClock final : public IClock {
- public:
-  explicit CFixedClock(int second) : second_(second) {}
-  std::uint32_t TickCount() override { return 0; }
-  void Sleep(std::uint32_t) override {}
-  std::tm LocalTime() override {
-    std::tm time{};
-    time.tm_year = 126;
-    time.tm_mday = 1;
-    time.tm_sec = second_;
-    return time;
-  }
-
- private:
-  int second_;
-};
-
 TEST_F(SocketProcTest, TheLocalPortOfATransferIsTheFirstNumberDrawn) {
+  class CSteppingClock final : public CVirtualClock {
+   public:
+    std::tm LocalTime() override {
+      std::tm time = CVirtualClock::LocalTime();
+      time.tm_sec = step++ / 2;  // twice the same second
+      return time;
+    }
+    int step = 0;
+  } clock;
+  CSocketProc connection({sockets_, threads_, clock, codec_});
+  const tagNetAddress address = AddressOf("printer");
   std::set<std::uint16_t> ports;
-  for (int second = 0; second < 500; ++second) {
-    CFixedClock clock(second);
-    CSocketProc connection({sockets_, threads_, clock, codec_});
-    const tagNetAddress address = AddressOf("printer");
+  while (clock.step < 1000) {
     EXPECT_EQ(kNetDone, connection.Open(&address, 32));
     EXPECT_EQ(0U, sockets_.last_bound.address);
-    ports.insert(sockets_.last_bound.port);
-    EXPECT_EQ(kNetDone, connection.Open(&address, 32));
     ports.insert(sockets_.last_bound.port);
   }
   EXPECT_LT(300U, ports.size());
@@ -306,14 +294,12 @@ TEST_F(ConnectorTest, FiveAttemptsTakeTheirWholeTime) {
 }
 
 TEST_F(ConnectorTest, AConnectThatHangsIsDroppedWhenItReturns) {
+  // It returns once the next attempt has begun; that one connects once the late socket is gone, and not when all ends.
   sockets_.on_connect = [this](int attempt) {
-    if (attempt == 1) {
-      Eventually([this] { return sockets_.Count("connect") == 2; });  // the next attempt has begun
-    }
-    return true;
+    return Eventually(
+        [&] { return attempt == 1 ? sockets_.Count("connect") > 1 : sockets_.Count("shutdown") > 0; });
   };
   ASSERT_EQ(kNetDone, OpenThreaded());
-  EXPECT_EQ(2U, sockets_.Count("connect"));
   EXPECT_EQ(1U, sockets_.OpenSockets());
 }
 

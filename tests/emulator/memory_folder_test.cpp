@@ -36,9 +36,7 @@ TEST_F(MemoryFolder, KeepsWhatThePrinterKeepsWithoutPower) {
     memory.Load(first.printer);
     first("^XA^S(CLR,Z,300^XZ^XA^JUS^XZ^XA^S(CLR,P,150^XZ");
     first.printer.SetSetting("CUL,L", std::string("a=b\\\n\xFF"));
-    first(
-        "\x1E"
-        "CT%");  // in force, not saved
+    first("\036CT%");  // in force, not saved
     first.printer.PutFile("E:CON.PNG", std::string("\0\r\n\x1A", 4), true);
     first.printer.PutFile("Z:\x83g\\1.CNV", "table");
     first.printer.PutFile("R:TEMP.PNG", "volatile");

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -53,21 +52,6 @@ TEST(RequestStream, GivesUpOnARecordBeyondAllMeasure) {
   stream.Append(RecordHeader({RecordKind::kCommands, 1, kMaximumRecord + 1}) + "and more");
   EXPECT_EQ(stream.Next(), std::nullopt);
   EXPECT_TRUE(stream.IsBroken());
-}
-
-TEST(RequestStream, TakesAnyBytes) {
-  std::mt19937 random(2);
-  const std::string alphabet = "LXEC\x10\x1B\x1D\x1C" + std::string(2, '\0');
-  for (int i = 0; i < 2'000; ++i) {
-    std::string bytes(random() % 200, '\0');
-    for (char& byte : bytes) {
-      byte = alphabet[random() % alphabet.size()];
-    }
-    CRequestStream whole;
-    CRequestStream pieces;
-    EXPECT_EQ(Requests(whole, bytes, 1 + bytes.size()), Requests(pieces, bytes, 1 + random() % 7));
-    EXPECT_EQ(whole.TakeSkipped(), pieces.TakeSkipped());
-  }
 }
 
 TEST(RequestStream, LooksForTheEndOfALongFrameOnce) {

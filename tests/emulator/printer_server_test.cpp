@@ -1,15 +1,5 @@
 // Printers on the network, over sockets of this machine's loopback on ports that are free.
-#include "emulator/network/printer_server.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <string>
-#include <thread>
 #include <vector>
 
 #include "emulator/memory/memory_folder.h"
@@ -17,6 +7,7 @@
 #include "emulator/network/socket.h"
 #include "emulator/port/exchange.h"
 #include "emulator/port/port_endpoint.h"
+#include "served_printers.h"
 
 namespace lxemu {
 namespace {
@@ -26,9 +17,6 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::uint32_t kLoopback = 0x7F000001;
-constexpr std::uint32_t kFirst = 0x7F000002;
-constexpr std::uint32_t kSecond = 0x7F000003;
-constexpr std::uint32_t kListen = 0x7F000009;
 
 const std::string kBroadcast = std::string("KORVAP") + std::string(8, '\0');
 const std::string kNames = "KORVAQ\2" + std::string(7, '\0');
@@ -82,45 +70,17 @@ class PrinterServer : public testing::Test {
   PrinterServer()
       : folder_(fs::temp_directory_path() / ("printer_server_" + std::to_string(std::random_device()()))) {}
   ~PrinterServer() override {
-    Stop();
+    printers_.reset();
     std::error_code error;
     fs::remove_all(folder_, error);
   }
 
-  /// Serves two printers until the test ends.
-  void Start() {
-    tagServerOptions options;
-    options.command_port = 0;
-    options.search_port = 0;
-    options.listen_ip = kListen;
-    options.printers = {{kFirst, "first", folder_ / "1"}, {kSecond, "second", folder_ / "2"}};
-    server_.emplace(options);
-    std::string problem;
-    ASSERT_TRUE(server_->Open(problem)) << problem;
-    first_ = &server_->Printers().front();
-    second_ = &server_->Printers().back();
-    stop_ = false;
-    thread_ = std::thread([this] { server_->Run(stop_); });
-  }
+  void Start() { printers_.emplace(folder_); }
 
-  void Stop() {
-    stop_ = true;
-    if (thread_.joinable()) {
-      thread_.join();
-    }
-    server_.reset();
-  }
+  void WriteIni(const std::string& text) const { lxemu::WriteIni(folder_ / "1", text); }
 
-  /// printer.ini of the first printer, with a time of its own.
-  void WriteIni(const std::string& text) {
-    fs::create_directories(folder_ / "1");
-    std::ofstream(folder_ / "1" / "printer.ini", std::ios::binary) << text;
-    fs::last_write_time(folder_ / "1" / "printer.ini",
-                        fs::file_time_type::clock::now() + std::chrono::seconds(10 * ++ini_count_));
-  }
-
-  tagSocketAddress CommandAddress() const { return {kFirst, first_->CommandPort()}; }
-  tagSocketAddress SearchAddress() const { return {kFirst, first_->SearchPort()}; }
+  tagSocketAddress CommandAddress() const { return {kFirst, printers_->First().CommandPort()}; }
+  tagSocketAddress SearchAddress() const { return {kFirst, printers_->First().SearchPort()}; }
 
   /// One exchange from opening to closing; an error code as text when a call fails.
   std::string Exchange(const std::string& commands, std::uint32_t timeout_ms = 2000) {
@@ -169,14 +129,7 @@ class PrinterServer : public testing::Test {
   }
 
   fs::path folder_;
-  std::optional<CPrinterServer> server_;
-  const CNetworkPrinter* first_ = nullptr;
-  const CNetworkPrinter* second_ = nullptr;
-
- private:
-  std::thread thread_;
-  std::atomic<bool> stop_{false};
-  int ini_count_ = 0;
+  std::optional<CServedPrinters> printers_;
 };
 
 const std::string kQuery = "~H(CLR,Z";
@@ -185,7 +138,7 @@ const std::string kValue = "\x02^S(CLR,Z,600\x03\r\n";
 TEST_F(PrinterServer, EachPrinterAnswersTheBroadcastFromItsOwnAddress) {
   Start();
   CSearcher host;
-  host.Send(kBroadcast, server_->ListenAddress());
+  host.Send(kBroadcast, printers_->ListenAddress());
   std::vector<std::string> froms;
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(host.Receive().substr(0, 6), "KORVAp");
@@ -194,11 +147,11 @@ TEST_F(PrinterServer, EachPrinterAnswersTheBroadcastFromItsOwnAddress) {
   const auto expected = [](std::uint32_t ip, std::uint16_t port) {
     return AddressText({kKeepsSource ? ip : 0, port});
   };
-  EXPECT_EQ(froms, (std::vector<std::string>{expected(kFirst, first_->SearchPort()),
-                                             expected(kSecond, second_->SearchPort())}));
+  EXPECT_EQ(froms, (std::vector<std::string>{expected(kFirst, printers_->First().SearchPort()),
+                                             expected(kSecond, printers_->Second().SearchPort())}));
   // What is meant for one printer is not answered by all of them.
-  host.Send(kNames, server_->ListenAddress());
-  host.Send(kNames, {kSecond, second_->SearchPort()});
+  host.Send(kNames, printers_->ListenAddress());
+  host.Send(kNames, {kSecond, printers_->Second().SearchPort()});
   EXPECT_EQ(host.Receive().substr(16), std::string("LX-R4100\0second\0", 16));
   EXPECT_EQ(host.Receive(50), "");
 }
@@ -249,7 +202,7 @@ TEST_F(PrinterServer, AnswersCommandsAndKeepsItsMemory) {
   EXPECT_EQ(port.Close(), kPortNotOpen);
   EXPECT_EQ(ReadHostFile(folder_ / "1" / "E" / "LOGO.PNG"), "bytes");
   EXPECT_TRUE(fs::is_empty(folder_ / "2"));  // there from the start
-  Stop();
+  printers_.reset();
   Start();
   EXPECT_EQ(Exchange(kQuery), "\x02^S(CLR,Z,300\x03\r\n");
 }
@@ -269,7 +222,7 @@ TEST_F(PrinterServer, ExchangeFaultsReachTheHost) {
        }) {
     SCOPED_TRACE(fault.ini);
     WriteIni(std::string("[faults]\n") + fault.ini);
-    if (server_ == std::nullopt) {
+    if (!printers_) {
       Start();
     }
     CNetworkPort port;

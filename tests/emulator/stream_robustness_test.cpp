@@ -37,9 +37,7 @@ TEST(StreamRobustness, TimeGrowsWithTheLengthOnly) {
       {"", "^IDE:*?*?*?"},
       {"~DYE:A,B,P,9,0,", ":B64:"},
       {"", "^CC^"},
-      {"",
-       "\x1E"
-       "CC*"},
+      {"", "\036CC*"},
       {"", "~DYE:A,B,P,1,0,x"},
       {"^XA^S(CUL,L,", "text"},
   };

@@ -86,21 +86,6 @@ TEST(Transcript, ShowsEveryCallOnALine) {
   EXPECT_EQ(Timeless(Read(again.text)), Timeless(transcript));
 }
 
-TEST(Transcript, EveryByteComesBackFromPiecesOfAnySize) {
-  std::string bytes(100'000, '\0');
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    bytes[i] = static_cast<char>(i * 31 / 7);
-  }
-  CMemorySink sink;
-  CTranscriptWriter writer(sink, StopWatch);
-  auto size = static_cast<std::uint32_t>(bytes.size());
-  writer.End(writer.BeginSend(1, Raw(bytes), size), 0);
-  writer.EndReceive(writer.BeginReceive(1, true, &size), 0, &size, Raw(bytes), size);
-  const tagTranscript transcript = Read(sink.text);
-  EXPECT_EQ(transcript.calls.at(0).bytes, bytes);
-  EXPECT_EQ(transcript.calls.at(1).bytes, bytes);
-}
-
 TEST(Transcript, CallThatNeverReturnsIsThereWithAllItWasGiven) {
   CMemorySink sink;
   CTranscriptWriter writer(sink, StopWatch);

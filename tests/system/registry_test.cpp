@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "discovery/spooler_ports.h"
+#include <algorithm>
+
+#include "platform/registry.h"
 #include "sandbox_key.h"
 
 namespace tavira::test {
@@ -47,32 +49,6 @@ TEST_F(RegistryTest, KeysAreOpenedAndListed) {
   EXPECT_EQ(2U, names.size());
   EXPECT_EQ(1, std::count(names.begin(), names.end(), longest));
   EXPECT_TRUE(machine_->Open(L"A\\One")->SubkeyNames().empty());
-}
-
-TEST_F(RegistryTest, TheSpoolersPortsAreFoundWhereWindowsKeepsThem) {
-  const std::wstring print = L"SYSTEM\\CurrentControlSet\\Control\\Print\\";
-  const std::wstring ports = print + L"Monitors\\Standard TCP/IP Port\\Ports\\";
-  sandbox_.SetText(ports + L"IP_192.0.2.7", L"IPAddress", L"192.0.2.7");
-  sandbox_.SetText(ports + L"Second", L"HostName", L"192.0.2.7");
-  sandbox_.SetText(print + L"Printers\\Label", L"Port", L"Second");
-  sandbox_.SetText(print + L"Printers\\Label", L"Printer Driver", L"LX");
-
-  /** Setting.ini names the printer that is installed on the second port. */
-  class CLabelPrinterSupported final : public IProfileFile {
-   public:
-    WideString ReadWide(const WideString&, const char* section, const char* key, std::size_t) override {
-      return std::string(section) + key == "SupportPrinter4" ? L"label" : L"";
-    }
-    WideString ModulePath() override { return L"C:\\m.dll"; }
-  } profile;
-
-  const CModuleSettings settings(profile);
-  const auto usb = MakeUsbTree();
-  CSpoolerPorts lookup(*machine_, *usb, settings);
-  tagFoundPrinter printer;
-  lookup.FillFromPort(L"ip_192.0.2.7", printer);
-  EXPECT_EQ(L"192.0.2.7", printer.text5);
-  EXPECT_EQ(L"Second", lookup.FindPortName(printer));
 }
 
 }  // namespace

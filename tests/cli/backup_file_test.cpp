@@ -38,10 +38,7 @@ std::string Settings(const std::map<std::string, std::string>& values = {},
     lines += "^XA^S(" + std::string(key) + "," + (found == values.end() ? "0" : found->second) + "^XZ\r\n";
   }
   for (std::size_t i = 0; i < prefix.size(); ++i) {
-    lines += std::string(i == 0 ? "\x02" : "") +
-             "\x1E"
-             "C" +
-             "TCD"[i] + prefix[i];
+    lines += std::string(i == 0 ? "\x02" : "") + "\036C" + "TCD"[i] + prefix[i];
   }
   return lines + "\x03^XA^JUS^XZ\r\n";
 }

@@ -87,20 +87,9 @@ std::vector<bool> UnseenBytes(const std::string& bytes) {
   mark("A.FMT^FS", "^XZ");          // texts of formats
   mark("B.ZPL^FS", "^XZ");
   mark("G.GRF,B,G,200,", ",:Z64:");  // the row width
-  mark(
-      "\x1E"
-      "CT",
-      "\x1E"
-      "CC");  // the prefix characters
-  mark(
-      "\x1E"
-      "CC",
-      "\x1E"
-      "CD");
-  mark(
-      "\x1E"
-      "CD",
-      "\x03");
+  mark("\036CT", "\036CC");          // the prefix characters
+  mark("\036CC", "\036CD");
+  mark("\036CD", "\x03");
   return unseen;
 }
 
@@ -128,16 +117,8 @@ TEST_F(BackupForm, WhateverThePrinterStoresIsComplete) {
     if (below(2) != 0) {
       const std::string prefix = bytes(3, std::string_view("\0", 1));
       if (prefix[0] != prefix[1] && prefix[1] != prefix[2] && prefix[0] != prefix[2]) {
-        printer.Execute(
-            "\x1E"
-            "CT" +
-            prefix.substr(0, 1) +
-            "\x1E"
-            "CC" +
-            prefix.substr(1, 1) +
-            "\x1E"
-            "CD" +
-            prefix.substr(2));
+        printer.Execute("\036CT" + prefix.substr(0, 1) + "\036CC" + prefix.substr(1, 1) + "\036CD" +
+                        prefix.substr(2));
       }
     }
     std::size_t files = 0;
@@ -237,12 +218,7 @@ TEST_F(BackupForm, DamageThatKeepsTheLinesIsNamed) {
       {Replaced(bytes, "(CLM,T,", "(CLM,X,"), "CLM,X: no backup holds such a setting"},
       {Replaced(bytes, "(CLM,T,", "(CLM,D,"), "CLM,D: it stands there more than once"},
       {Without(bytes, prefix), "prefix characters are missing"},
-      {Replaced(bytes, prefix,
-                "\x02\x1E"
-                "CT!\x1E"
-                "CC!\x1E"
-                "CD!\x03"),
-       "not three different ones"},
+      {Replaced(bytes, prefix, "\x02\036CT!\036CC!\036CD!\x03"), "not three different ones"},
       {Replaced(bytes, "~DYE:ONE.PNG", "~DYE:SIX.PNG"),
        "ONE.PNG: its data is the download of a file with another"},
       {Replaced(bytes, "~DYE:ONE.PNG", "~DYR:ONE.PNG"),

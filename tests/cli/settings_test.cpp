@@ -22,9 +22,7 @@ const json* FindSetting(const json& rows, int id) {
 }
 
 TEST_F(CSettingsTest, GetShowsTheNamedSettingsInTheOrderAsked) {
-  WriteIni(
-      "[answers]\nINU,S=A\x1E"
-      "B\\\xE9\n[factory]\nCLR,Z=300\n[printer]\nunanswered=CLM,T\n");
+  WriteIni("[answers]\nINU,S=A\036B\\\xE9\n[factory]\nCLR,Z=300\n[printer]\nunanswered=CLM,T\n");
   const std::vector<tagRun> runs = TvmgrEach({{"get", "inu_s", "3", "CLM,T"}, {"get", "INU,S", "--json"}});
   const tagRun& run = runs[0];
   EXPECT_EQ(run.exit_code, 3U);

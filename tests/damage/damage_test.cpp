@@ -169,50 +169,41 @@ TEST(UsbDamageTest, ADeviceIsListedWithWhatItToldWhole) {
   };
   CRecordedUsbTree intact = RootHubTree();
   const tagUsbRawEntry whole = enumerate(intact);
-  using Answer = std::string& (*)(CRecordedUsbTree&);
+  using Answer = std::string* (*)(CRecordedUsbTree&);
   const std::pair<const char*, Answer> answers[] = {
-      {"device ID", [](CRecordedUsbTree & tree) -> auto& {return tree.answers[kPrinterPath].device_id;
-}
-}  // namespace
-, {"node information", [](CRecordedUsbTree& tree) -> auto& {return tree.answers[kHubPath].node_information;
-}  // namespace tavira::test
-}
-, {"connection information",
-   [](CRecordedUsbTree& tree) -> auto& {return tree.answers[kHubPath].connections[kPort];
-}
-}
-, {"languages", [](CRecordedUsbTree& tree) -> auto& {return tree.answers[kHubPath].strings[{kPort, 0, 0}];
-}
-}
-, {
-  "product name", [](CRecordedUsbTree & tree) -> auto& {
-    return tree.answers[kHubPath].strings[{kPort, 3, kEnglish}];
+      {"device ID", [](CRecordedUsbTree& tree) { return &tree.answers[kPrinterPath].device_id; }},
+      {"node information", [](CRecordedUsbTree& tree) { return &tree.answers[kHubPath].node_information; }},
+      {"connection information",
+       [](CRecordedUsbTree& tree) { return &tree.answers[kHubPath].connections[kPort]; }},
+      {"languages",
+       [](CRecordedUsbTree& tree) {
+         return &tree.answers[kHubPath].strings[{kPort, 0, 0}];
+       }},
+      {"product name", [](CRecordedUsbTree& tree) {
+         return &tree.answers[kHubPath].strings[{kPort, 3, kEnglish}];
+       }}};
+  for (const auto& [what, answer] : answers) {
+    ForEachDamage(what, *answer(intact), [&](const std::string& bytes, const tagDamage& damage) {
+      CRecordedUsbTree tree = RootHubTree();
+      *answer(tree) = bytes;
+      const tagUsbRawEntry entry = enumerate(tree);
+      EXPECT_EQ(whole.instance_id, entry.instance_id);
+      EXPECT_EQ(whole.device_path, entry.device_path);
+      EXPECT_GT(256U, entry.model.size());
+      EXPECT_GE(126U, entry.product_name.size());
+      if (answer(tree) != &tree.answers[kPrinterPath].device_id) {
+        EXPECT_EQ(whole.device_id, entry.device_id);
+        EXPECT_EQ(whole.model, entry.model);
+      }
+      if (damage.is_cut) {
+        EXPECT_TRUE(whole.device_id.starts_with(entry.device_id) || damage.at <= 2);
+        EXPECT_TRUE(entry.model.empty() || entry.model == whole.model);
+        EXPECT_TRUE(entry.product_name.empty() || entry.product_name == whole.product_name);
+        EXPECT_TRUE(entry.vendor_number == 0 || entry.vendor_number == whole.vendor_number);
+        EXPECT_TRUE(entry.product_number == 0 || entry.product_number == whole.product_number);
+      }
+    });
   }
-}
-}
-;
-for (const auto& [what, answer] : answers) {
-  ForEachDamage(what, answer(intact), [&](const std::string& bytes, const tagDamage& damage) {
-    CRecordedUsbTree tree = RootHubTree();
-    answer(tree) = bytes;
-    const tagUsbRawEntry entry = enumerate(tree);
-    EXPECT_EQ(whole.instance_id, entry.instance_id);
-    EXPECT_EQ(whole.device_path, entry.device_path);
-    EXPECT_GT(256U, entry.model.size());
-    EXPECT_GE(126U, entry.product_name.size());
-    if (&answer(tree) != &tree.answers[kPrinterPath].device_id) {
-      EXPECT_EQ(whole.device_id, entry.device_id);
-      EXPECT_EQ(whole.model, entry.model);
-    }
-    if (damage.is_cut) {
-      EXPECT_TRUE(whole.device_id.starts_with(entry.device_id) || damage.at <= 2);
-      EXPECT_TRUE(entry.model.empty() || entry.model == whole.model);
-      EXPECT_TRUE(entry.product_name.empty() || entry.product_name == whole.product_name);
-      EXPECT_TRUE(entry.vendor_number == 0 || entry.vendor_number == whole.vendor_number);
-      EXPECT_TRUE(entry.product_number == 0 || entry.product_number == whole.product_number);
-    }
-  });
-}
 }
 
 }  // namespace

@@ -185,11 +185,7 @@ TEST(BackupFormatTest, TheSettingsBlockKeepsItsOrderAndNamesSettingsWithoutAValu
 }
 
 TEST(BackupFormatTest, ThePrefixChangeNeedsAllThreeCharacters) {
-  const std::string change =
-      "\x02\x1E"
-      "CT!\x1E"
-      "CC^\x1E"
-      "CD;\x03^XA^JUS^XZ\r\n";
+  const std::string change = "\x02\036CT!\036CC^\036CD;\x03^XA^JUS^XZ\r\n";
   CSettingStore store;
   store.PutValue(65, " 0x121");  // as "%x" reads it; the low byte counts
   store.PutValue(66, "5Exyz");

@@ -4,6 +4,7 @@
 
 #include <set>
 
+#include "command/prefix.h"
 #include "command/text.h"
 #include "emulator/printer/setting_table.h"
 
@@ -49,30 +50,35 @@ TEST(CommandBuilderTest, SetCommandsCarryTheValueUnchanged) {
   EXPECT_EQ("^XA^S(IMP,S,^XZ", Set(1, ""));
   EXPECT_EQ("^XA^S(IMP,S,a,b ^\x01^XZ", Set(1, "a,b ^\x01"));
   EXPECT_EQ("^XA^ST01,02^XZ", Set(46, "01,02"));
-  EXPECT_EQ(
-      "^XA\x1E"
-      "CT!^XZ",
-      Set(65, "!"));
-  EXPECT_EQ(
-      "^XA\x1E"
-      "CC^^XZ",
-      Set(66, "^"));
-  EXPECT_EQ(
-      "^XA\x1E"
-      "CD;^XZ",
-      Set(67, ";"));
+  EXPECT_EQ("^XA\036CT!^XZ", Set(65, "!"));
+  EXPECT_EQ("^XA\036CC^^XZ", Set(66, "^"));
+  EXPECT_EQ("^XA\036CD;^XZ", Set(67, ";"));
   EXPECT_EQ("", Set(37, "x"));
 }
 
 TEST(CommandBuilderTest, PrefixChangeTakesAnyByte) {
   std::string commands = "x";
   AppendPrefixChange(commands, {'!', 0x00, 0x03});
-  EXPECT_EQ(std::string("x\x02\x1E"
-                        "CT!\x1E"
-                        "CC\0\x1E"
-                        "CD\x03\x03",
-                        15),
-            commands);
+  EXPECT_EQ(std::string("x\x02\036CT!\036CC\0\036CD\x03\x03", 15), commands);
+}
+
+TEST(PrefixAnswerTest, LooksAtFourBytesOfALongEnoughPayload) {
+  const std::pair<std::string_view, bool> cases[] = {
+      {"\x02^S(CCC,T,7E\x03", true},
+      {"\x02^S(CCC,T,5F\x03", false},
+      {"\x02^S(CCC,T?7E trailing\x03", true},
+      {"\x02!S(CCC,T,7E\x03", false},
+      {"\x02^S(CCC;T;7E\x03", false},
+      {"\x02^xxxxx,xx7E\x03", true},
+      {"\x02^S(CCC,T,7F\x03", false},
+      {"\x02^S(CCC,T5F\x03", true},  // ten bytes: too short to judge
+      {"", true},
+      {"^S(CCC,T,5F", true},
+      {"\x02^S(CCC,T,5F", true},
+      {"\x03\x02^S(CCC,T,21\x03", false}};
+  for (const auto& [answer, is_default] : cases) {
+    EXPECT_EQ(is_default, IsDefaultPrefixAnswer(answer)) << answer;
+  }
 }
 
 TEST(TextTest, StrictDecimalAcceptsDigitsWithOneLeadingMinus) {

@@ -17,26 +17,20 @@ std::vector<WideString> WideList(std::initializer_list<std::string_view> texts) 
 
 TEST(ModuleSettingsTest, ListsHoldWhatStandsUnderTheKeys0To19) {
   CMemoryProfile profile;
-  profile.values = {{"SupportPrinter/0", "first"},         {"SupportPrinter/5", "second"},
-                    {"SupportPrinter/19", "third"},        {"SupportPrinter/20", "never"},
-                    {"SupportPrinter/05", "never either"}, {"SupportDriver/10", "driver"}};
+  profile.values = {{"SupportPrinter/0", "first"},
+                    {"SupportPrinter/5", "second"},
+                    {"SupportPrinter/19", std::string(400, 'p')},
+                    {"SupportPrinter/20", "never"},
+                    {"SupportPrinter/05", "never either"},
+                    {"SupportDriver/10", "driver"}};
   const CModuleSettings settings(profile);
   tagSupportedNames names{WideList({"stale"}), WideList({"stale"})};
   EXPECT_EQ(0, settings.ReadSupportedNames(names));
-  EXPECT_EQ(WideList({"first", "second", "third"}), names.printers);
+  EXPECT_EQ(WideList({"first", "second", std::string(259, 'p')}), names.printers);
   EXPECT_EQ(WideList({"driver"}), names.drivers);
   profile.values.clear();
   EXPECT_EQ(0, settings.ReadSupportedNames(names));
   EXPECT_TRUE(names.printers.empty() && names.drivers.empty());
-}
-
-TEST(ModuleSettingsTest, ValuesAreCutToTheirBuffers) {
-  CMemoryProfile profile;
-  profile.values = {{"SupportPrinter/0", std::string(400, 'p')}};
-  const CModuleSettings settings(profile);
-  tagSupportedNames names;
-  settings.ReadSupportedNames(names);
-  EXPECT_EQ(259U, names.printers.at(0).size());
 }
 
 TEST(ModuleSettingsTest, TheHubNameIsCutToABufferOfBytes) {

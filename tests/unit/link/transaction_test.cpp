@@ -14,15 +14,6 @@ TEST(FrameTest, PutsTheMarksAroundTheCommands) {
             FrameCommands("~H(IMP,S"));
 }
 
-TEST_F(TransactionTest, IsOneOpenOneSendOneReadOneClose) {
-  TVMGR_LoadSetting(false, 1);  // captures first
-  world_.ClearLog();
-  EXPECT_EQ(TVMGR_OK, TVMGR_LoadSetting(false, 1));
-  EXPECT_EQ((std::vector<EPortCall>{EPortCall::kInitialize, EPortCall::kSend, EPortCall::kPoll,
-                                    EPortCall::kRead, EPortCall::kTerminate}),
-            world_.calls);
-}
-
 TEST_F(TransactionTest, EvenAReadyAnswerCostsOneInterval) {
   std::uint8_t is_default = 0;
   const std::uint64_t start = world_.clock.Now();

@@ -115,6 +115,37 @@ TEST(LifecycleTest, ASecondInitializeThatFailsLeavesNoManager) {
   EXPECT_EXIT(initialize_twice(), ::testing::ExitedWithCode(0), "");
 }
 
+TEST(LifecycleTest, WhatCannotBeSentIsRefusedBeforeThePortIsOpened) {
+  static constexpr std::uint8_t kByte = '~';
+  static constexpr TvmgrChar kEmpty[] = {0};
+  static constexpr TvmgrChar kBeyondTheCodePage[] = {'A', 0xFF3E, '.', 'P', 'N', 'G', 0};
+  const std::function<std::int32_t()> calls[] = {
+      [] { return TVMGR_DirectSendCommand(nullptr, 5, true); },
+      [] { return TVMGR_DirectSendCommand(&kByte, 0, true); },
+      [] { return TVMGR_DirectSendCommand(&kByte, -1, false); },
+      [] { return TVMGR_DirectSendCommand(&kByte, INT32_MIN, false); },
+      [] { return TVMGR_GetPrinterStatus(nullptr); },
+      [] { return TVMGR_LoadStoredData(nullptr, 0, 1000); },
+      [] { return TVMGR_LoadStoredData(nullptr, 1, 1000); },
+      [] { return TVMGR_LoadStoredData(kEmpty, 0, 1000); },
+      [] { return TVMGR_LoadStoredData(kEmpty, 1, 1000); },
+      [] { return TVMGR_LoadStoredData(kBeyondTheCodePage, 0, 1000); },
+      [] { return TVMGR_LoadStoredData(kBeyondTheCodePage, 1, 1000); },
+      [] {
+        TVMGR_UpdateRegistList(TVMGR_REQUEST_DELETE_GRAPHIC, &kByte, 1, &kByte, 1);
+        TVMGR_UpdateRegistList(TVMGR_REQUEST_DELETE_GRAPHIC, nullptr, 5, nullptr, 5);
+        return TVMGR_DeleteData();
+      },
+  };
+  CTestWorld world;
+  TVMGR_Initialize();
+  for (const auto& call : calls) {
+    EXPECT_EQ(TVMGR_BAD_ARGUMENT, call()) << &call - calls;
+  }
+  EXPECT_TRUE(world.calls.empty());
+  TVMGR_Terminate();
+}
+
 TEST(LifecycleTest, FixedAnswersAreFixed) {
   CTestWorld world;
   TVMGR_Initialize();
@@ -127,6 +158,7 @@ TEST(LifecycleTest, FixedAnswersAreFixed) {
   EXPECT_EQ(0, TVMGR_SetCallbackWnd(reinterpret_cast<HWND__*>(&anything)));
   EXPECT_EQ(0, TVMGR_SetCallbackWnd(nullptr));
   TVMGR_Terminate();
+  EXPECT_EQ((std::vector<EPortCall>{EPortCall::kTerminate}), world.calls);  // the port library is ended, once
 }
 
 TEST(LifecycleTest, EntryPointsAreLookedUpInOrderUpToTheFirstMissingOne) {
@@ -205,13 +237,6 @@ TEST(LifecycleTest, TerminateBesideTheSearchOfAnotherThread) {
     EXPECT_EQ(TVMGR_NOT_INITIALIZED, stops.get());
     EXPECT_EQ(0U, printers.OpenSockets());
   }
-}
-
-TEST(LifecycleTest, TerminateEndsThePortLibraryOnce) {
-  CTestWorld world;
-  TVMGR_Initialize();
-  TVMGR_Terminate();
-  EXPECT_EQ((std::vector<EPortCall>{EPortCall::kTerminate}), world.calls);
 }
 
 }  // namespace

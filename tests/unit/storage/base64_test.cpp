@@ -10,13 +10,18 @@
 namespace tavira::test {
 namespace {
 
-constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::string_view kJunk{"=\r\n :-_.\0\x7F\x80\xC1\xFF", 13};
-
 class CInputs {
  public:
-  char Character() { return kAlphabet[random_() % kAlphabet.size()]; }
-  char Junk() { return kJunk[random_() % kJunk.size()]; }
+  char Character() { return kBase64Alphabet[random_() % kBase64Alphabet.size()]; }
+  /** Any byte outside the alphabet. */
+  char Junk() {
+    for (;;) {
+      const char c = static_cast<char>(random_() >> 8);
+      if (kBase64Alphabet.find(c) == kBase64Alphabet.npos) {
+        return c;
+      }
+    }
+  }
   bool OneIn(unsigned n) { return random_() % n == 0; }
 
   /** `length` bytes, each of which `is_junk` may turn into junk by its place. */
@@ -52,23 +57,10 @@ TEST(Base64Test, KnownTexts) {
   for (const auto& [text, bytes] : cases) {
     EXPECT_EQ(bytes, DecodeBase64(text)) << text;
   }
-  const std::string all = DecodeBase64(kAlphabet);
+  const std::string all = DecodeBase64(kBase64Alphabet);
   ASSERT_EQ(48U, all.size());
   EXPECT_EQ(std::string("\x00\x10\x83", 3), all.substr(0, 3));
   EXPECT_EQ("\xFB\xFE\xFF\xBF"[0], DecodeBase64("+/7/")[0]);
-}
-
-TEST(Base64Test, EveryByteOutsideTheAlphabetIsPassedOver) {
-  for (int byte = 0; byte < 256; ++byte) {
-    const char c = static_cast<char>(byte);
-    if (kAlphabet.find(c) == kAlphabet.npos) {
-      for (std::size_t at = 0; at <= 4; ++at) {
-        std::string text = "TWFu";
-        text.insert(at, 1, c);
-        EXPECT_EQ("Man", DecodeBase64(text)) << byte << " at " << at;
-      }
-    }
-  }
 }
 
 // (On any input, in one piece or two: fuzz/base64.cpp.)

@@ -42,22 +42,6 @@ TEST(DownloadNameTest, IsReadFromTheDownloadCommand) {
   EXPECT_EQ("\x83,\x83^.ZPL", FindDownloadName("\x83^DFX^^DFE:\x83,\x83^.ZPL^FS", japanese));
 }
 
-TEST_F(FileRegistrationTest, WhatAFetchBroughtRegistersTheSameFileAgain) {
-  std::string bytes;
-  for (int i = 0; i < 600; ++i) {
-    bytes += static_cast<char>(i * 11);
-  }
-  for (const bool compressed : {false, true}) {
-    world_.printer.Quirks().compressed_downloads = compressed;
-    world_.printer.PutFile("E:LOGO.PNG", bytes);
-    const std::string download = world_.printer.Execute("^XA^H(YE:LOGO.PNG^XZ");
-    world_.printer.FactoryReset();
-    SetRequest(TVMGR_REQUEST_REGISTER_GRAPHIC, download);
-    EXPECT_EQ(TVMGR_OK, TVMGR_RegistData());
-    EXPECT_EQ(bytes, world_.printer.File("E:LOGO.PNG"));
-  }
-}
-
 TEST_F(FileRegistrationTest, ANetworkPortGetsAMinuteMoreForEachTwentyMebibytes) {
   constexpr std::size_t kTwentyMebibytes = 20U << 20;
   const struct {
@@ -82,6 +66,14 @@ TEST_F(FileRegistrationTest, ANetworkPortGetsAMinuteMoreForEachTwentyMebibytes) 
     EXPECT_EQ(timeout_ms + 500, sends[1] - sends[0]) << size;
     EXPECT_EQ(60000U, sends[2] - sends[1]) << size;
   }
+}
+
+TEST_F(FileRegistrationTest, ACodeOfThePortThatReadsLikeStillListedEndsADeletion) {
+  world_.before_send = [this] { world_.printer.PutFile("E:A.PNG", "x"); };
+  SetRequest(TVMGR_REQUEST_DELETE_GRAPHIC, "A.PNG");
+  world_.port.Faults().call_faults = {{lxemu::PortCall::kInitialize, 2, TVMGR_NOT_CONFIRMED, 0}};
+  EXPECT_EQ(TVMGR_NOT_CONFIRMED, TVMGR_DeleteData());
+  EXPECT_EQ(1U, world_.Sent().size());
 }
 
 }  // namespace

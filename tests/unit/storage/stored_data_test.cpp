@@ -1,4 +1,3 @@
-#include "base64_reference.h"
 #include "support/exchange_texts.h"
 
 namespace tavira::test {
@@ -10,27 +9,6 @@ std::int32_t Fetch(std::string_view name, std::uint8_t mode, std::uint32_t timeo
   return TVMGR_LoadStoredData(Wide(name).c_str(), mode, timeout_ms);
 }
 
-TEST_F(StoredDataTest, AnObjectComesBackByteForByte) {
-  std::string bytes;
-  for (int i = 0; i < 1000; ++i) {
-    bytes += static_cast<char>(i * 7);
-  }
-  world_.printer.PutFile("E:LOGO.PNG", bytes);
-  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
-  EXPECT_EQ(bytes, StoredData());
-}
-
-TEST_F(StoredDataTest, ACompressedPayloadIsDecodedButStaysCompressed) {
-  world_.printer.PutFile("E:LOGO.PNG", std::string(500, 'p'));
-  world_.printer.Quirks().compressed_downloads = true;
-  EXPECT_EQ(TVMGR_OK, Fetch("LOGO.PNG", 0));
-  const std::string& answer = world_.port.Exchanges().back().answer;
-  const std::size_t begin = answer.find(":Z64:") + 5;
-  ASSERT_NE(std::string::npos + 5, begin);
-  EXPECT_EQ(DecodeBase64OneByOne(answer.substr(begin, answer.find(':', begin) - begin)), StoredData());
-  EXPECT_EQ('\x78', StoredData().at(0));
-}
-
 TEST_F(StoredDataTest, InADoubleByteCodePageANameKeepsItsCharactersWhole) {
   world_.double_byte_code_page = true;
   world_.scripted_answer = "^XA^DF\x83^^FS^XZ";
@@ -38,16 +16,6 @@ TEST_F(StoredDataTest, InADoubleByteCodePageANameKeepsItsCharactersWhole) {
   EXPECT_EQ(TVMGR_OK, TVMGR_LoadStoredData(name, 1, 100));
   EXPECT_EQ((Transactions{"^XA^HFE:\x83^.ZPL^XZ"}), world_.Sent());
   EXPECT_EQ("^XA^DFE:\x83^.ZPL^FS^XZ", StoredData());
-}
-
-TEST_F(StoredDataTest, WithoutANameThatCanBeSentNothingIs) {
-  for (const std::uint8_t mode : {std::uint8_t{0}, std::uint8_t{1}}) {
-    EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_LoadStoredData(nullptr, mode, 1000));
-    EXPECT_EQ(TVMGR_BAD_ARGUMENT, Fetch("", mode));
-    const TvmgrChar beyond_the_code_page[] = {'A', 0xFF3E, '.', 'P', 'N', 'G', 0};
-    EXPECT_EQ(TVMGR_BAD_ARGUMENT, TVMGR_LoadStoredData(beyond_the_code_page, mode, 1000));
-  }
-  EXPECT_TRUE(world_.calls.empty());
 }
 
 TEST_F(StoredDataTest, HandsOutWhatFitsAndTellsTheWholeSize) {

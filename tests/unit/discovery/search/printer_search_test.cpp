@@ -56,8 +56,8 @@ tagSearchPlan PlanWith(lxemu::tagSearchMessages tagSearchPlan::*fault, SearchMes
 
 class PrinterSearchTest : public ::testing::Test {
  protected:
-  std::unique_ptr<CPrinterSearch> SearchOn(ISockets& sockets, const tagSearchNetwork& network = {}) {
-    return std::make_unique<CPrinterSearch>(tagNetPlatform{sockets, threads_, clock_, codec_}, usb_, network);
+  std::unique_ptr<CPrinterSearch> SearchOn(ISockets& sockets) {
+    return std::make_unique<CPrinterSearch>(tagNetPlatform{sockets, threads_, clock_, codec_}, usb_);
   }
   /** Lets the clock run until the search is over. */
   void RunOut(CPrinterSearch& search, std::uint32_t speed) {
@@ -77,7 +77,6 @@ class PrinterSearchTest : public ::testing::Test {
   CTestThreads threads_;
   CListedUsb usb_;
   CScriptedSockets scripted_;
-  const std::unique_ptr<ISockets> real_ = MakeSockets();
 };
 
 TEST_F(PrinterSearchTest, AUsbSearchListsTheInterfacesAfterItsTime) {
@@ -203,36 +202,6 @@ TEST_F(PrinterSearchTest, ANetworkSearchFindsThePrintersThatAnswerAsTheyShould) 
             }),
             Listing(*search, TVMGR_SEARCH_NETWORK));
   EXPECT_EQ(0U, CountOf(*search, TVMGR_SEARCH_USB));
-  Destroy(search);
-}
-
-TEST_F(PrinterSearchTest, JunkAndRepeatsOnTheBroadcastSocketDoNoHarm) {
-  const tagSearchPlan unannounced = PlanWith(&tagSearchPlan::silent, SearchMessage::kAnnouncement);
-  CMemoryNetwork printers(clock_, {{}, unannounced, unannounced});
-  auto search = SearchOn(printers);
-  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  for (int i = 0; i < 150; ++i) {
-    printers.Deliver(std::string(static_cast<std::size_t>(i * 10), i % 2 == 0 ? 'K' : '\0'), 0x0A000003);
-  }
-  std::string announcement = "KORVAp" + std::string(70, '\0');
-  announcement[10] = '\xE0';
-  announcement[75] = 2;
-  printers.Deliver(announcement, CMemoryNetwork::kFirstAddress);      // again
-  printers.Deliver(announcement, CMemoryNetwork::kFirstAddress + 2);  // for the first time, behind all that
-  RunOut(*search, 10);
-  EXPECT_EQ((std::vector<std::string>{"LX-R4100|printer 2|10.0.0.2", "LX-R4100|printer 4|10.0.0.4"}),
-            Listing(*search, TVMGR_SEARCH_NETWORK));
-  Destroy(search);
-}
-
-TEST_F(PrinterSearchTest, ARealPrinterOnLoopbackIsFound) {
-  const CLoopbackPrinter printer;
-  auto search = SearchOn(*real_, printer.Network());
-  ASSERT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
-  ASSERT_TRUE(Eventually([&] { return printer.Answered() == 1; }));
-  RunOut(*search, 10);
-  EXPECT_EQ((std::vector<std::string>{"LX-R4100|loopback|127.0.0.1"}),
-            Listing(*search, TVMGR_SEARCH_NETWORK));
   Destroy(search);
 }
 

@@ -94,8 +94,12 @@ TEST_F(AsyncSocketTest, AFloodOfAnnouncementsIsBoundedInMemoryAndTime) {
 
 TEST_F(AsyncSocketTest, AnnouncementsAreAllReadAtTheEnd) {
   Open(std::vector<tagSearchPlan>(400));
-  network_->Deliver(std::string(2000, 'x'), 1);  // too large to be received
+  for (std::size_t size = 0; size <= 2000; size += 20) {  // the largest ones cannot be received
+    network_->Deliver(std::string(size, size % 40 == 0 ? 'K' : '\0'), 1);
+  }
+  network_->Deliver(kAnnouncement, CMemoryNetwork::kFirstAddress);  // again
   EXPECT_EQ(400U, Collect());
+  EXPECT_EQ(0U, elapsed_);  // nobody else is asked
 }
 
 TEST_F(AsyncSocketTest, FailedCallsEndNothingTooEarly) {

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "recorded_printer.h"
+#include "unit/discovery/search/search_support.h"
 
 namespace tavira::test {
 namespace {
@@ -58,15 +59,9 @@ class UsbEnumerationTest : public ::testing::Test {
     return entries.size() == 1 ? entries.front() : tagUsbRawEntry();
   }
 
-  class CTestCodec final : public ITextCodec {
-   public:
-    std::string ToAnsi(WideView text) override { return std::string(text.begin(), text.end()); }
-    WideString FromAnsi(std::string_view bytes) override { return WidenAscii(bytes); }
-  };
-
   CMemoryProfile profile_;
   CModuleSettings settings_{profile_};
-  CTestCodec text_;
+  CLatin1Codec text_;
 };
 
 const WideString kProductName = WidenAscii("LX ") + static_cast<TvmgrChar>(0x20AC);

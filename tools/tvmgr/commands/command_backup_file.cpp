@@ -4,11 +4,11 @@
 #include "backup_file/stored_download.h"
 #include "commands/commands.h"
 #include "files/backup_report.h"
+#include "names/setting_names.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/record_output.h"
 #include "output/setting_cell.h"
-#include "output/settings_names.h"
 #include "output/text_encoding.h"
 
 namespace tvmgr {

@@ -2,12 +2,16 @@
 
 #include "commands/commands.h"
 #include "files/file_kinds.h"
+#include "files/listed_files.h"
 #include "files/stored_files.h"
+#include "names/name_pattern.h"
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/json_output.h"
 #include "output/record_output.h"
 #include "output/result_words.h"
 #include "output/text_encoding.h"
+#include "output/text_layout.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
@@ -47,6 +51,52 @@ std::string Remove(const CManagerSession& session, const std::string& name, cons
   RequireStillAnswering(session, "the removal of " + name + " was sent");
   // The result says nothing about the background file, but its list has just been refreshed.
   return IsStored(session, kind, name) ? "the printer still lists it" : "";
+}
+
+/** What the words of the command line name: each file once. */
+std::vector<std::string> FilesToRemove(const CManagerSession& session,
+                                       const std::vector<std::string>& words) {
+  std::vector<std::string> names;
+  const auto add = [&](const std::string& name) {
+    const bool is_there = std::any_of(names.begin(), names.end(), [&](const std::string& earlier) {
+      return EqualsIgnoreCase(earlier, name);
+    });
+    if (!is_there) {
+      names.push_back(name);
+    }
+  };
+  for (const std::string& word : words) {
+    if (!IsPattern(word)) {
+      add(word);
+      continue;
+    }
+    std::size_t matches = 0;
+    for (const tagListedFile& file : MatchingFiles(session, word)) {
+      if (file.kind->delete_request == 0) {
+        session.Remark("remark: " + file.name + " stays: such files cannot be removed");
+        continue;
+      }
+      ++matches;
+      add(file.name);
+    }
+    if (matches == 0) {
+      RefuseUnmatched(session, word);
+    }
+  }
+  return names;
+}
+
+std::string Joined(const std::vector<std::string>& names) {
+  std::string all;
+  for (const std::string& name : names) {
+    all += (all.empty() ? "" : ", ") + MakeVisible(name);
+  }
+  return all;
+}
+
+std::string WouldBeRemoved(const CManagerSession& session, const std::string& name) {
+  return IsStored(session, RequireDeletableKind(name), name) ? "would be removed"
+                                                             : "the printer has no such file";
 }
 
 }  // namespace
@@ -89,26 +139,41 @@ int RunFiles(const tagGlobalOptions& global, const tagFilesOptions& options) {
 }
 
 int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
-  std::string all;
+  std::vector<std::string> words;
   for (const std::string& name : options.names) {
-    RequireDeletableKind(name);
-    all += (all.empty() ? "" : ", ") + name;
+    words.push_back(WithoutDevice(name));
+    if (!IsPattern(words.back())) {
+      RequireDeletableKind(words.back());
+    }
   }
+  const bool has_pattern = std::any_of(words.begin(), words.end(), IsPattern);
   const tagPrinterChoice choice = RequireChoice(global);
-  Confirm("delete " + all + " on " + Describe(choice), options.yes);
+  const auto confirm = [&](const std::vector<std::string>& names) {
+    Confirm("delete " + Joined(names) + " on " + Describe(choice), options.yes || options.dry_run);
+  };
+  if (!has_pattern) {
+    confirm(words);
+  }
 
   const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
   // A file that was never there must not be reported as removed, so the lists are read first.
   session.LoadAll();
   RequireStillAnswering(session, "the lists were read");
+  const bool is_list_cut = IsAnswerCut(session);
+  const std::vector<std::string> names = FilesToRemove(session, words);
+  if (has_pattern) {
+    confirm(names);
+  }
   CRecordOutput output({{"name", "NAME"}, {"removed", "REMOVED"}, {"reason", "REASON"}});
   bool failed = false;
-  bool unproved = false;
-  for (const std::string& name : options.names) {
-    const std::string reason = Remove(session, name, RequireDeletableKind(name));
+  bool unproved = is_list_cut && (has_pattern || options.dry_run);
+  for (const std::string& name : names) {
+    const std::string reason =
+        options.dry_run ? WouldBeRemoved(session, name) : Remove(session, name, RequireDeletableKind(name));
     const bool cut = reason.empty() && IsAnswerCut(session);
-    failed = failed || !reason.empty();
+    failed =
+        failed || (options.dry_run ? !IsStored(session, RequireDeletableKind(name), name) : !reason.empty());
     unproved = unproved || cut;
     output.Add({tagCell::Text(name),
                 cut ? tagCell{"sent", nullptr, ETone::kOpen}
@@ -117,8 +182,12 @@ int RunRemove(const tagGlobalOptions& global, const tagRemoveOptions& options) {
                 tagCell::TextOrNull(reason)});
   }
   global.json ? output.SetAsJson("files") : output.PrintTable();
+  AddJsonMember("dry_run", options.dry_run);
   if (!failed && unproved) {
-    throw CUnproved("the removal was sent, but the printer's answers were cut off: its lists prove nothing");
+    throw CUnproved(
+        is_list_cut
+            ? "the printer's lists were cut off: there may be more files, and they prove nothing"
+            : "the removal was sent, but the printer's answers were cut off: its lists prove nothing");
   }
   return failed ? kExitFailed : kExitDone;
 }

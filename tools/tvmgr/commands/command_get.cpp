@@ -4,26 +4,23 @@
 #include "output/command_error.h"
 #include "output/record_output.h"
 #include "output/setting_cell.h"
-#include "output/settings_names.h"
 #include "output/text_encoding.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
+#include "profile/required_settings.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
 namespace {
 
 std::vector<tagSettingName> Wanted(const tagGetOptions& options) {
-  std::vector<tagSettingName> wanted;
-  for (const std::string& name : options.settings) {
-    wanted.push_back(RequireSetting(name));
-  }
+  std::vector<tagSettingName> wanted = RequireSettings(options.settings);
   if (options.all) {
     const auto all = AllSettings();
     wanted.assign(all.begin(), all.end());
   }
   if (wanted.empty()) {
-    throw CUsageError("name settings by number or key, or give --all");
+    throw CUsageError("name settings by number, key, group or pattern, or give --all");
   }
   return wanted;
 }

@@ -3,11 +3,11 @@
 #include "output/json_output.h"
 #include "output/record_output.h"
 #include "output/setting_cell.h"
-#include "output/settings_names.h"
 #include "output/status_words.h"
 #include "output/text_encoding.h"
 #include "output/text_layout.h"
 #include "printer/manager_session.h"
+#include "profile/required_settings.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {

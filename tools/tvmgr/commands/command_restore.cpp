@@ -10,10 +10,10 @@
 #include "output/console.h"
 #include "output/record_output.h"
 #include "output/setting_cell.h"
-#include "output/settings_names.h"
 #include "output/text_encoding.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
+#include "profile/required_settings.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {

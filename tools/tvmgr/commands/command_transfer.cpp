@@ -146,69 +146,6 @@ void RequireStored(const CManagerSession& session, const tagDownload& download) 
 
 }  // namespace
 
-int RunFetch(const tagGlobalOptions& global, const tagFetchOptions& options) {
-  RequireFileName(options.name);
-  RequireAnsi(options.name);
-  const tagFileKind* const kind = KindOfFile(options.name);
-  if (options.output.empty() && (global.json || IsTerminal(EStream::kOutput))) {
-    throw CUsageError(std::string(global.json ? "with --json the bytes of a file cannot go to stdout"
-                                              : "the bytes of a file do not go to a terminal") +
-                      ": name a file with -o" + (global.json ? "" : ", or redirect the output"));
-  }
-  if (!options.output.empty()) {
-    ConfirmOverwriting(options.output, options.yes);
-  }
-  const CManagerSession session(global);
-  session.RequireAnsweringPrinter();
-  if (kind != nullptr && !options.unlisted) {
-    // A file that does not exist shows as silence only, after the whole time-out; the list knows at once.
-    session.LoadAll();
-    if (!IsStored(session, *kind, options.name)) {
-      // An empty list is no proof: a silent printer has one, too.
-      RequireStillAnswering(session, "the lists were read");
-      throw CFailure("the printer has no file " + options.name +
-                     " (\"tvmgr files\" lists them; --unlisted asks for it "
-                     "all the same)");
-    }
-  }
-  const std::wstring name = ToWide(options.name);
-  const std::uint8_t mode = kind != nullptr && IsFormat(*kind) ? 1 : 0;
-  const auto timeout_ms = static_cast<std::uint32_t>(options.wait_s * 1000);
-  session.Require("TVMGR_LoadStoredData", "fetching " + options.name, timeout_ms + 100,
-                  [&] { return TVMGR_LoadStoredData(name.c_str(), mode, timeout_ms); });
-  const std::string bytes = FetchedData(session);
-  if (bytes.empty()) {
-    RequireStillAnswering(session, options.name + " was asked for");
-    throw CFailure("the printer sent nothing for " + options.name +
-                   ": no such file, an empty file, or no answer within " + std::to_string(timeout_ms / 1000) +
-                   " s (--wait)");
-  }
-  if (mode == 0 && IsCompressed(bytes)) {
-    session.Remark("remark: the printer sent " + options.name +
-                   " compressed (zlib); the data is written as it came");
-  }
-  const bool cut = kind != nullptr && IsEvidentlyCut(bytes, *kind);
-  // What was there before is worth more than a part.
-  const std::string target = cut && !options.output.empty() ? options.output + ".partial" : options.output;
-  if (target.empty()) {
-    WriteOutput(bytes);
-  } else {
-    WriteHostFile(target, bytes);
-  }
-  const std::string size = std::to_string(bytes.size()) + " bytes";
-  if (cut) {
-    throw CUnproved(
-        options.name + " came without its end: " + size +
-        (target.empty() ? "" : " in " + target + ", nothing in " + options.output) +
-        ". The printer stopped sending in the middle, or has stored it like that: fetch it again");
-  }
-  if (!target.empty()) {
-    PrintSummary(global, session, options.name, bytes.size(), target,
-                 options.name + ": " + size + " to " + target);
-  }
-  return kExitDone;
-}
-
 int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
   const tagPrinterChoice choice = RequireChoice(global);
   std::string bytes = ReadHostFile(options.file);

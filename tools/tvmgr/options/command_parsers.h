@@ -26,6 +26,12 @@ constexpr char kLeftByWriting[] =
     "What of it the printer has taken is not known; also its resolutions and its mode (settings 3, 4, 5, 84) "
     "may stand at 600 and D: look at it when it answers again, and repeat the command";
 
+constexpr char kDryRunHelp[] = "only read the printer, and show what would be done";
+// What --dry-run cannot promise.
+constexpr char kDryRunFooter[] =
+    "--dry-run changes nothing beyond what reading does: a printer whose resolutions are not 600 or whose\n"
+    "mode is not D is put there while it is read, and back, and saves its settings each time.";
+
 // Each adds its commands to the program's parser; of commands within one another the inner ones come first.
 // `global` has to outlive the commands.
 void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);

@@ -62,8 +62,11 @@ tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
 tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagFetchOptions>();
   CLI::App* const parser = program.add_subcommand("fetch", "fetch a stored file");
-  parser->add_option("name", options->name, "the file's name with extension")->required();
-  parser->add_option("-o,--output", options->output, "write to this file, not to stdout");
+  parser
+      ->add_option("name", options->name, "the file's name with extension, or a pattern: \"*.PNG\", \"E:*\"")
+      ->required();
+  parser->add_option("-o,--output", options->output,
+                     "write to this file, not to stdout; with a pattern: to this folder");
   parser->add_option("--wait", options->wait_s, "seconds to wait for the first byte")
       ->check(CLI::Range(0.1, kMaxTimeoutSeconds))
       ->capture_default_str();
@@ -71,8 +74,11 @@ tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
   parser->footer(
       "Graphics, fonts and the background file come as the bytes of the file, stored formats (FMT, ZPL) as\n"
-      "the command that stores them.\n\n"
-      "Examples:\n  tvmgr fetch LOGO.PNG -o logo.png\n  tvmgr fetch LABEL.ZPL > label.zpl");
+      "the command that stores them. A pattern (* any characters, ? one) fetches every file that matches "
+      "into\n"
+      "a folder, with a verdict for each; one that matches nothing is an error.\n\n"
+      "Examples:\n  tvmgr fetch LOGO.PNG -o logo.png\n  tvmgr fetch LABEL.ZPL > label.zpl\n"
+      "  tvmgr fetch \"E:*\" -o stored");
   return {parser, [&global, options] { return RunFetch(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
@@ -97,11 +103,17 @@ tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
 tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagRemoveOptions>();
   CLI::App* const parser = program.add_subcommand("rm", "delete stored files");
-  parser->add_option("name", options->names, "names with extension")->required();
+  parser->add_option("name", options->names, "names with extension, or patterns: \"*.PNG\"")->required();
   parser->add_flag("--yes", options->yes, "do not ask");
+  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
   parser->footer(
-      "Afterwards the lists are read again. Exit code 1 when a file is still there, or never was.\n\n"
-      "Examples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes");
+      "What a pattern (* any characters, ? one) matches is shown before it is asked; one that matches "
+      "nothing\n"
+      "is an error. Afterwards the lists are read again. Exit code 1 when a file is still there, or never "
+      "was.\n" +
+      std::string(kDryRunFooter) +
+      "\n\nExamples:\n  tvmgr rm LOGO.PNG\n  tvmgr rm OLD1.ZPL OLD2.ZPL --yes\n  tvmgr rm \"*.PNG\" "
+      "--dry-run");
   AddTableOptions(parser, {"NAME", "REMOVED", "REASON"});
   return {parser, [&global, options] { return RunRemove(global, *options); }, tagWatch{60, kLeftByWriting}};
 }

@@ -8,7 +8,8 @@
 namespace tvmgr {
 
 // What the command line says, as plain records: the commands know nothing of the argument parser. All texts
-// are UTF-8. `yes`: what is to be overwritten, deleted or reset is confirmed already.
+// are UTF-8. `yes`: what is to be overwritten, deleted or reset is confirmed already. `dry_run`: the printer is only
+// read, and what would be done is shown.
 
 /** Options that every command takes. */
 struct tagGlobalOptions {
@@ -24,7 +25,7 @@ struct tagGlobalOptions {
 };
 
 struct tagGetOptions {
-  std::vector<std::string> settings; /**< numbers or keys */
+  std::vector<std::string> settings; /**< numbers, keys, groups or patterns */
   bool all = false;
 };
 
@@ -71,8 +72,8 @@ struct tagFilesOptions {
 };
 
 struct tagFetchOptions {
-  std::string name;
-  std::string output; /**< file of the host; empty: stdout */
+  std::string name;   /**< or a pattern */
+  std::string output; /**< file of the host, of a pattern a folder; empty: stdout */
   double wait_s = 60.0;
   bool unlisted = false; /**< do not look the name up in the printer's lists first */
   bool yes = false;
@@ -122,7 +123,8 @@ struct tagCodesOptions {
 };
 
 struct tagRemoveOptions {
-  std::vector<std::string> names;
+  std::vector<std::string> names; /**< or patterns */
+  bool dry_run = false;
   bool yes = false;
 };
 

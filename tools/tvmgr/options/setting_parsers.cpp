@@ -20,16 +20,19 @@ tagCommand AddPorts(CLI::App& program, const tagGlobalOptions& global) {
 tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagGetOptions>();
   CLI::App* const parser = program.add_subcommand("get", "read settings");
-  CLI::Option* const names =
-      parser->add_option("setting", options->settings, "numbers or keys: 3, CLR,Z, clr_z");
+  CLI::Option* const names = parser->add_option(
+      "setting", options->settings, "numbers, keys, groups or patterns: 3, CLR,Z, clr_z, CLM, \"CLM,*\"");
   parser->add_flag("--all", options->all, "every setting")->excludes(names);
   parser->footer(
       "Control characters in values are shown as \\xNN. In JSON a value with more than plain ASCII also\n"
-      "has its bytes under \"hex\". In shells that split at commas write CLR_Z for CLR,Z.\n"
+      "has its bytes under \"hex\". In shells that split at commas write CLR_Z for CLR,Z. CLM is the group "
+      "of\n"
+      "all settings whose keys begin so; in patterns * stands for any characters, ? for one.\n"
       "A D of CMP,U may be the resolution guard's (JSON: \"guard\": true). Exit code 3 when the printer "
       "gives\n"
       "no value for some of the settings, 1 when for none.\n\n"
-      "Examples:\n  tvmgr get CLR_Z CMP_U\n  tvmgr --address 192.0.2.7 get --all --json");
+      "Examples:\n  tvmgr get CLR_Z CMP_U\n  tvmgr get CLM \"CL?_P\"\n  tvmgr --address 192.0.2.7 get --all "
+      "--json");
   AddTableOptions(parser, {"ID", "KEY", "VALUE"});
   return {parser, [&global, options] { return RunGet(global, *options); }, tagWatch{30, kLeftByReading}};
 }

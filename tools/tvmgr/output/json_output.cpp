@@ -55,6 +55,10 @@ void SetJsonResult(Json members) {
   Document().result = std::move(members);
 }
 
+void AddJsonMember(const std::string& name, Json value) {
+  Document().result[name] = std::move(value);
+}
+
 void WriteJsonLine() {
   Write(nullptr, nullptr, true);
   Document().has_lines = true;

@@ -25,6 +25,9 @@ void NoteJsonStep(const std::string& step);
 /** What the command found out: the members of an object. Replaces what was set before. */
 void SetJsonResult(Json members);
 
+/** Adds a member to that. */
+void AddJsonMember(const std::string& name, Json value);
+
 /** Writes what is known in the middle of a run as a document on one line; the result counts as written then. */
 void WriteJsonLine();
 

@@ -128,20 +128,4 @@ std::string BytesOfShown(std::string_view utf8) {
   return *std::move(bytes);
 }
 
-bool IsPlainAscii(std::string_view bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
-}
-
-std::string ToHex(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string hex;
-  hex.reserve(bytes.size() * 2);
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    hex += kDigits[byte >> 4];
-    hex += kDigits[byte & 0x0F];
-  }
-  return hex;
-}
-
 }  // namespace tvmgr

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "output/text_layout.h"
+#include "names/ascii_text.h"
 
 namespace tvmgr {
 
@@ -28,11 +28,5 @@ std::string EscapeBytes(std::string_view bytes);
 
 /** The bytes that EscapeBytes shows so; ends the command (usage) at an escape that it never writes. */
 std::string BytesOfShown(std::string_view utf8);
-
-/** True when all bytes are printable ASCII. */
-bool IsPlainAscii(std::string_view bytes);
-
-/** Two upper-case hexadecimal digits for each byte. */
-std::string ToHex(std::string_view bytes);
 
 }  // namespace tvmgr

@@ -168,18 +168,4 @@ std::optional<std::string> UndoEscapes(std::string_view text,
   }
 }
 
-std::string UpperAscii(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') {
-      c = static_cast<char>(c - 'a' + 'A');
-    }
-  }
-  return upper;
-}
-
-bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
-  return left.size() == right.size() && UpperAscii(left) == UpperAscii(right);
-}
-
 }  // namespace tvmgr

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "names/ascii_text.h"
+
 namespace tvmgr {
 
 // How text meets a terminal. Pure functions on UTF-8; ill-formed bytes count as one column each.
@@ -34,10 +36,5 @@ std::string WrapLines(std::string_view text, std::size_t columns);
  */
 std::optional<std::string> UndoEscapes(std::string_view text,
                                        const std::function<std::string(std::string_view)>& convert);
-
-std::string UpperAscii(std::string_view text);
-
-/** Compares ASCII letters without regard to case. */
-bool EqualsIgnoreCase(std::string_view left, std::string_view right);
 
 }  // namespace tvmgr

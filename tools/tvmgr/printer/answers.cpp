@@ -1,7 +1,7 @@
 #include "printer/answers.h"
 
+#include "names/setting_names.h"
 #include "output/command_error.h"
-#include "output/settings_names.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {

@@ -6,12 +6,12 @@
 #include <iterator>
 #include <string_view>
 
+#include "names/setting_names.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/json_output.h"
 #include "output/progress.h"
 #include "output/result_words.h"
-#include "output/settings_names.h"
 #include "output/text_encoding.h"
 
 namespace tvmgr {

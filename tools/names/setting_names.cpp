@@ -1,10 +1,11 @@
-#include "output/settings_names.h"
+#include "names/setting_names.h"
 
 #include <algorithm>
 #include <charconv>
+#include <string>
 
-#include "output/command_error.h"
-#include "output/text_encoding.h"
+#include "names/ascii_text.h"
+#include "names/name_pattern.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
@@ -64,6 +65,14 @@ static_assert(IsStrictlyAscending(), "listed by number, each number once");
 static_assert(std::size(kSettings) == 78,
               "76 settings to read, the background file, and the one written only");
 
+// "CLR_Z" and "CLR.Z" as "CLR,Z".
+std::string CanonicalKey(std::string_view text) {
+  std::string key = UpperAscii(text);
+  std::replace_if(
+      key.begin(), key.end(), [](char c) { return c == '_' || c == '.'; }, ',');
+  return key;
+}
+
 }  // namespace
 
 std::span<const tagSettingName> AllSettings() {
@@ -75,9 +84,7 @@ std::optional<tagSettingName> FindSetting(std::string_view number_or_key) {
   const char* const end = number_or_key.data() + number_or_key.size();
   const auto [stop, error] = std::from_chars(number_or_key.data(), end, number);
   const bool is_number = error == std::errc() && stop == end;
-  std::string key = UpperAscii(number_or_key);
-  std::replace_if(
-      key.begin(), key.end(), [](char c) { return c == '_' || c == '.'; }, ',');
+  const std::string key = CanonicalKey(number_or_key);
   for (const tagSettingName& setting : kSettings) {
     if (is_number ? setting.id == number : setting.key == key) {
       return setting;
@@ -86,13 +93,22 @@ std::optional<tagSettingName> FindSetting(std::string_view number_or_key) {
   return std::nullopt;
 }
 
-tagSettingName RequireSetting(std::string_view number_or_key) {
-  const std::optional<tagSettingName> setting = FindSetting(number_or_key);
-  if (!setting) {
-    throw CUsageError("there is no setting \"" + std::string(number_or_key) +
-                      "\"; \"tvmgr get --all\" lists the numbers and keys");
+std::string_view GroupOf(std::string_view key) {
+  return key.substr(0, 3);
+}
+
+std::vector<tagSettingName> SettingsNamed(std::string_view word) {
+  if (const std::optional<tagSettingName> setting = FindSetting(word)) {
+    return {*setting};
   }
-  return *setting;
+  const std::string key = CanonicalKey(word);
+  std::vector<tagSettingName> found;
+  std::copy_if(std::begin(kSettings), std::end(kSettings), std::back_inserter(found),
+               [&](const tagSettingName& setting) {
+                 return IsPattern(key) ? MatchesPattern(key, setting.key)
+                                       : setting.key.size() == 5 && GroupOf(setting.key) == key;
+               });
+  return found;
 }
 
 }  // namespace tvmgr

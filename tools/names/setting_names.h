@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tvmgr {
 
@@ -23,7 +23,14 @@ std::span<const tagSettingName> AllSettings();
  */
 std::optional<tagSettingName> FindSetting(std::string_view number_or_key);
 
-/** As FindSetting, but ends the command when there is no such setting. */
-tagSettingName RequireSetting(std::string_view number_or_key);
+/** The first three letters of a key, by which settings are grouped; "ST" for "ST". */
+std::string_view GroupOf(std::string_view key);
+
+/**
+ * The settings that a word of the command line names, in the order of their numbers: one by number or key as
+ * FindSetting, a group by its three letters ("CLM"), or all whose keys match a pattern ("CLM,*", "C?_P"). Empty when
+ * there are none.
+ */
+std::vector<tagSettingName> SettingsNamed(std::string_view word);
 
 }  // namespace tvmgr

@@ -7,7 +7,6 @@
 
 #include "system/emulator_folder.h"
 #include "tavira/manager.hpp"
-#include "text_counter.h"
 
 namespace tavira::test {
 namespace {
@@ -169,17 +168,6 @@ TEST_F(ManagerTest, ACodeOfThePortLibraryIsPassedThrough) {
     EXPECT_STREQ(ResultWords(1), error.Words());
     EXPECT_STREQ("TVMGR_GetPrinterStatus", error.Function());
   }
-}
-
-TEST_F(ManagerTest, AThousandRecordsLeaveNoTextBehind) {
-  Manager manager;
-  manager.ChoosePort(L"USB001");
-  const CTextCounter counter;
-  for (int i = 0; i < 1000; ++i) {
-    ASSERT_EQ(L"USB001", manager.Choice().name);
-  }
-  EXPECT_LE(1000, counter.Allocated());
-  EXPECT_EQ(counter.Allocated(), counter.Freed());
 }
 
 }  // namespace

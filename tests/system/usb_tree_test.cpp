@@ -142,26 +142,6 @@ TEST_F(UsbTreeTest, ASpoolerPortIsMatchedByTheInterfacesParameters) {
   EXPECT_EQ(L"", ports.FindPortName(printer));
 }
 
-TEST_F(UsbTreeTest, SettingIniStandsBesideTheModuleOnTheCurrentDrive) {
-  const auto file = std::filesystem::path(profile_->ModulePath()).replace_filename(L"Setting.ini");
-  std::ofstream(file) << "[Search]\nUserUSBHubName=AcmeH\n[SupportPrinter]\n19=Label\n";
-  const auto start = std::filesystem::current_path();
-  std::filesystem::current_path(file.root_path());
-  EXPECT_EQ(L"AcmeH", settings_.UserHubName(platform_->Text()));
-  tagSupportedNames names;
-  EXPECT_EQ(0, settings_.ReadSupportedNames(names));
-  EXPECT_EQ(std::vector<std::wstring>{L"Label"}, names.printers);
-  const std::filesystem::path other_drive = file.root_name() == L"C:" ? L"Z:\\" : L"C:\\";
-  std::filesystem::current_path(other_drive);
-  // The hub's name is read with the module's drive, the lists without.
-  EXPECT_EQ(L"AcmeH", settings_.UserHubName(platform_->Text()));
-  tagSupportedNames elsewhere;
-  settings_.ReadSupportedNames(elsewhere);
-  EXPECT_TRUE(elsewhere.printers.empty());
-  std::filesystem::current_path(start);
-  std::filesystem::remove(file);
-}
-
 // Run by itself, with the library disabled.
 TEST(MissingSetupapiTest, NothingIsListed) {
   ASSERT_EQ(nullptr, ::LoadLibraryW(kLibrary));

@@ -74,7 +74,7 @@ TEST(TextHandleTest, BuffersCarryTheirHeader) {
   EXPECT_EQ(nullptr, text);
 }
 
-TEST(TextHandleTest, CopiesShareUntilTheLastIsGone) {
+TEST(TextHandleTest, CopiesShareUntilTheLastIsGoneButForALockedText) {
   TvmgrText text = nullptr;
   {
     const CTextHandle first(WidenAscii("shared"));
@@ -88,6 +88,12 @@ TEST(TextHandleTest, CopiesShareUntilTheLastIsGone) {
   }
   EXPECT_EQ(1, Data(text)->references);
   TvmgrTextRelease(&text);
+  const CTextHandle locked(WidenAscii("somebody writes to it"));
+  Data(locked.View().data())->references = -1;
+  const CTextHandle copy(locked);
+  Data(locked.View().data())->references = 1;
+  EXPECT_EQ(locked.View(), copy.View());
+  EXPECT_NE(locked.View().data(), copy.View().data());
 }
 
 TEST(TextHandleTest, TheModulesManagerServesOtherModules) {

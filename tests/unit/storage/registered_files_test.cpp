@@ -1,7 +1,9 @@
 #include <stdexcept>
 
+#include "support/allocation_faults.h"
 #include "support/exchange_texts.h"
 #include "tavira/manager.hpp"
+#include "unit/discovery/usb/recorded_printer.h"
 
 namespace tavira::test {
 namespace {
@@ -101,6 +103,24 @@ TEST(FilesOfTheCppLayerTest, EntriesWithoutANameAreLeftOut) {
   manager.Load();
   EXPECT_EQ(3U, manager.FileCount(TVMGR_LIST_PNG));
   EXPECT_EQ(std::vector<std::wstring>{L"A.PNG"}, manager.Files(TVMGR_LIST_PNG));
+}
+
+TEST(TextsOfTheCppLayerTest, AThousandRecordsLeaveNothingBehind) {
+  CTestWorld world;
+  AddPrinter(world.usb);
+  tavira::Manager manager;
+  manager.ChoosePort(L"USB001");
+  manager.StartSearch(TVMGR_SEARCH_USB);
+  manager.StopSearch(TVMGR_SEARCH_USB);
+  const auto read = [&] {
+    return manager.Choice().name + manager.FoundPrinters(TVMGR_SEARCH_USB).at(0).name;
+  };
+  EXPECT_EQ(L"USB001LX-R4100", read());
+  const std::int64_t blocks = CAllocationFaults::Blocks();
+  for (int i = 0; i < 1000; ++i) {
+    read();
+  }
+  EXPECT_GE(blocks, CAllocationFaults::Blocks());  // less when the search's worker ends meanwhile
 }
 
 }  // namespace

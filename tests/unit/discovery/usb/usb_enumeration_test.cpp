@@ -115,6 +115,7 @@ TEST_F(UsbEnumerationTest, WhatTheHubDoesNotTellStaysEmpty) {
       {"no connection information", kNothing, [](auto&, auto& hub) { hub.connections.clear(); }},
       {"no languages", kNumbersOnly, text(0, 0, "")},
       {"empty list of languages", kNumbersOnly, text(0, 0, Descriptor({}))},
+      {"half a language", kNumbersOnly, text(0, 0, std::string(12, '\0') + "\3\3\x09\x04")},
       {"no product string named", kNumbersOnly,
        [](auto&, auto& hub) {
          hub.connections[kPort][4 + 15] = 0;

@@ -13,10 +13,10 @@ namespace {
 class CInputs {
  public:
   char Character() { return kBase64Alphabet[random_() % kBase64Alphabet.size()]; }
-  /** Any byte outside the alphabet. */
+  /** Any byte outside the alphabet; many are line breaks. */
   char Junk() {
     for (;;) {
-      const char c = static_cast<char>(random_() >> 8);
+      const char c = OneIn(3) ? "\r\n"[OneIn(2)] : static_cast<char>(random_() >> 8);
       if (kBase64Alphabet.find(c) == kBase64Alphabet.npos) {
         return c;
       }
@@ -50,6 +50,7 @@ TEST(Base64Test, KnownTexts) {
       {"TQ", "M"},
       {"TWFuT", "Man"},  // a single character left over carries no whole byte
       {"TW\r\nFu", "Man"},
+      {"TWF-\nuTWFuTWFu", "ManManMan"},
       {"TQ==TWFu", "M\x04\xD6\x16"},  // the filler ends nothing: "TQTW" and "Fu"
       {"=T-W F:u", "Man"},
       {"====", ""},

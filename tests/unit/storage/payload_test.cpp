@@ -28,7 +28,7 @@ TEST(PayloadTest, IsTakenOutOfTheAnswer) {
       {"empty payload, closed", "~DYE:A.PNG,B,P,0,0,:B64::0000", ""},
       {"text before the marker", "~DYE:A.PNG,B,P,3,0,0000:B64:TWFu:", "Man"},
       {"compressed before plain", "~DYE:A.PNG,B,P,3,0,:Z64:TWFu:00:B64:QQ==:", "Man"},
-      {"plain before compressed", "~DYE:A.PNG,B,P,3,0,:B64:QQ==:00:Z64:TWFu:", "Man"},
+      {"plain before compressed", "~DYE:A.PNG,B,P,3,0,:B64:QUJDREVG:00:Z64:TWFu:", "Man"},
       {"compressed where plain ends", "~DYE:A.PNG,B,P,3,0,:B64:QQ==:Z64:TWFu:", "Man"},
       {"the two share a mark", "~DYE:A.PNG,B,P,3,0,:B64:Z64:TWFu:", "Man"},
       {"first of two plain", "~DYE:A.PNG,B,P,3,0,:B64:TWFu:00:B64:QQ==:", "Man"},

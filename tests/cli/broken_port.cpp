@@ -1,8 +1,25 @@
-// A Ferrolink.dll whose sends hang or crash, as BROKEN_PORT says.
+// A Ferrolink.dll whose sends hang or crash, or which is never loaded to its end, as BROKEN_PORT says.
 #include <windows.h>
 
 #include <cstdint>
 #include <cwchar>
+
+namespace {
+
+bool Says(const wchar_t* behaviour) {
+  wchar_t said[8] = L"";
+  GetEnvironmentVariableW(L"BROKEN_PORT", said, 8);
+  return std::wcscmp(said, behaviour) == 0;
+}
+
+}  // namespace
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
+  if (reason == DLL_PROCESS_ATTACH && Says(L"load")) {
+    Sleep(INFINITE);
+  }
+  return TRUE;
+}
 
 extern "C" {
 
@@ -15,9 +32,7 @@ std::int32_t Terminate() {
 }
 
 std::int32_t SendData(const std::uint8_t*, std::uint32_t) {
-  wchar_t behaviour[8] = L"";
-  GetEnvironmentVariableW(L"BROKEN_PORT", behaviour, 8);
-  if (std::wcscmp(behaviour, L"hang") == 0) {
+  if (Says(L"hang")) {
     Sleep(INFINITE);
   }
   __builtin_trap();

@@ -84,5 +84,22 @@ TEST(LibraryFile, DamagedFilesAreReadWithinTheirBytes) {
   }
 }
 
+TEST(LibraryFile, VersionAndMarkOfADownloadAreReadFromBytes) {
+  std::string resource;
+  for (const char c : std::string("VS_VERSION_INFO")) {
+    resource += {c, '\0'};
+  }
+  const std::string name = resource;
+  resource += std::string("\0\0\0\0\xBD\x04\xEF\xFE\0\0\1\0\2\0\1\0\x04\1\3\0", 20);
+  EXPECT_EQ(FileVersion("MZ" + name + " twice " + resource), "1.2.3.260");
+  for (std::size_t size = 0; size < resource.size(); ++size) {
+    EXPECT_EQ(FileVersion(resource.substr(0, size)), "") << size;
+  }
+  EXPECT_TRUE(IsMarkedAsDownload("[ZoneTransfer]\r\nZoneId=3\r\nHostUrl=about:internet\r\n"));
+  for (const char* const other : {"", "ZoneId=", "[ZoneTransfer]\r\nZoneId=1\r\n", "zone 3"}) {
+    EXPECT_FALSE(IsMarkedAsDownload(other)) << other;
+  }
+}
+
 }  // namespace
 }  // namespace tvmgr

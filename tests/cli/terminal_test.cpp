@@ -90,4 +90,23 @@ TEST_F(CTerminalTest, BytesOfAFileDoNotGoToATerminal) {
   EXPECT_EQ(Log(), "");
 }
 
+TEST_F(CTerminalTest, VerdictsAreColouredOnATerminalUnlessSomebodySaysNo) {
+  WriteIni("[faults]\nlatency_ms=0\n");
+  const std::vector<std::string> set{"set", "CLM,P=3", "--columns", "verdict"};
+  EXPECT_EQ(Tvmgr(set).out, "VERDICT\nwritten\n");
+  EXPECT_EQ(AtConsole(set, "", true).exit_code, 0U);
+  EXPECT_TRUE(console_.ShowsColour());
+  for (const bool by_option : {true, false}) {
+    console_.Clear();
+    std::vector<std::string> plain = set;
+    if (by_option) {
+      plain.emplace_back("--no-color");
+    }
+    SetEnvironmentVariableW(L"NO_COLOR", by_option ? nullptr : L"1");
+    EXPECT_EQ(AtConsole(plain, "", true).exit_code, 0U);
+    EXPECT_FALSE(console_.ShowsColour()) << by_option;
+  }
+  SetEnvironmentVariableW(L"NO_COLOR", nullptr);
+}
+
 }  // namespace

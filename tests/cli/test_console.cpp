@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -85,6 +87,31 @@ void CTestConsole::Type(const std::string& keys) const {
     DWORD written = 0;
     WriteConsoleInputW(input_, &record, 1, &written);
   }
+}
+
+void CTestConsole::Clear() const {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  GetConsoleScreenBufferInfo(output_, &info);
+  const auto size = static_cast<DWORD>(info.dwSize.X) * static_cast<DWORD>(info.dwSize.Y);
+  DWORD written = 0;
+  FillConsoleOutputCharacterW(output_, L' ', size, {0, 0}, &written);
+  FillConsoleOutputAttribute(output_, info.wAttributes, size, {0, 0}, &written);
+  SetConsoleCursorPosition(output_, {0, 0});
+}
+
+bool CTestConsole::ShowsColour() const {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  GetConsoleScreenBufferInfo(output_, &info);
+  const auto size = static_cast<std::size_t>(info.dwSize.X) * static_cast<std::size_t>(info.dwSize.Y);
+  std::wstring text(size, L'\0');
+  std::vector<WORD> attributes(size);
+  DWORD read = 0;
+  ReadConsoleOutputCharacterW(output_, text.data(), static_cast<DWORD>(size), {0, 0}, &read);
+  ReadConsoleOutputAttribute(output_, attributes.data(), static_cast<DWORD>(size), {0, 0}, &read);
+  const bool is_green = std::any_of(attributes.begin(), attributes.end(), [](WORD attribute) {
+    return (attribute & (FOREGROUND_RED | FOREGROUND_GREEN | FOREGROUND_BLUE)) == FOREGROUND_GREEN;
+  });
+  return is_green || text.find(L"[32mwritten") != std::wstring::npos;
 }
 
 void CTestConsole::PressCtrlC() {

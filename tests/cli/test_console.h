@@ -21,6 +21,12 @@ class CTestConsole {
   /** Keys for whoever reads next; ASCII, "\n" is Enter. */
   void Type(const std::string& keys) const;
 
+  /** Empties the screen. */
+  void Clear() const;
+
+  /** True when green stands on the screen: as a colour, or (Wine) as the characters that ask for it. */
+  bool ShowsColour() const;
+
   /** Reaches every process of the console; this one takes no notice. */
   static void PressCtrlC();
 

@@ -30,7 +30,7 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
       {{"set", "CCC,T=!"}, "prefix --set"},
       {{"get", "3", "--columns", "id,unit"}, "no column \"unit\"; the table has: ID, KEY, VALUE"},
       {{"set", "CLM,P=1", "--sort", "size"}, "VERDICT, REASON"},
-      {{"files", "--sort", "name", "--json"}, "--json excludes --sort"},
+      {{"files", "--sort", "name:up"}, "no column \"name:up\""},
       {{"prefix", "--set", "!", "@"}, "--set"},
       {{"prefix", "--set", "!", "!", ";"}, "differ"},
       {{"prefix", "--set", "a", "@", ";"}, "\"a\""},
@@ -87,9 +87,9 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
 }
 
 TEST_F(CUsageTest, HelpNamesEveryCommandAndEachHasExamples) {
-  const std::vector<std::string> commands = {"search", "use",    "info",  "ports",  "status", "get",
-                                             "set",    "prefix", "codes", "op",     "files",  "fetch",
-                                             "put",    "rm",     "send",  "backup", "restore"};
+  const std::vector<std::string> commands = {
+      "search", "use",   "info", "ports", "status", "get",    "set",     "prefix", "codes",      "op",
+      "files",  "fetch", "put",  "rm",    "send",   "backup", "restore", "doctor", "completions"};
   std::vector<std::vector<std::string>> all{{"--help"}};
   for (const std::string& command : commands) {
     all.push_back({command, "--help"});
@@ -117,6 +117,7 @@ TEST_F(CUsageTest, CommandsWithoutPrinterWork) {
   EXPECT_THAT((*unreadable)["advice"].get<std::string>(), HasSubstr("beside TaviraManager.dll"));
 
   EXPECT_TRUE(Json({"ports"})["ports"].is_array());
+  EXPECT_THAT(Json({"completions", "bash"})["script"].get<std::string>(), HasSubstr("complete -o"));
 
   const nlohmann::json operations = Json({"op", "--list"})["operations"];
   EXPECT_EQ(operations.size(), 13U);

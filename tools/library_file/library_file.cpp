@@ -132,4 +132,33 @@ tagLibraryFile InspectLibrary(std::string_view bytes, std::span<const char* cons
   return file;
 }
 
+std::string FileVersion(std::string_view bytes) {
+  // In UTF-16, as it stands in front of the record; then the record: its mark, its own version, and twice two numbers.
+  constexpr std::string_view kName("V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0", 30);
+  constexpr std::string_view kMark("\xBD\x04\xEF\xFE\0\0\1\0", 8);
+  constexpr std::size_t kRecord = 16;
+  for (std::size_t at = bytes.find(kName); at != std::string_view::npos; at = bytes.find(kName, at + 1)) {
+    const std::string_view near = bytes.substr(at + kName.size(), 8 + kRecord);
+    const std::size_t record = near.find(kMark);
+    if (record == std::string_view::npos || near.size() - record < kRecord) {
+      continue;
+    }
+    std::string version;
+    for (const std::size_t number : {10, 8, 14, 12}) {
+      const auto low = static_cast<std::uint8_t>(near[record + number]);
+      const auto high = static_cast<std::uint8_t>(near[record + number + 1]);
+      version += (version.empty() ? "" : ".") + std::to_string(high << 8 | low);
+    }
+    return version;
+  }
+  return {};
+}
+
+bool IsMarkedAsDownload(std::string_view zone_identifier) {
+  constexpr std::string_view kZone = "ZoneId=";
+  const std::size_t at = zone_identifier.find(kZone);
+  const std::string_view zone = at == std::string_view::npos ? "" : zone_identifier.substr(at + kZone.size());
+  return zone.starts_with('3') || zone.starts_with('4');  // the internet, and sites that nobody trusts
+}
+
 }  // namespace tvmgr

@@ -25,4 +25,13 @@ struct tagLibraryFile {
 /** Looks at a file's bytes, without loading it. Any bytes are safe. */
 tagLibraryFile InspectLibrary(std::string_view bytes, std::span<const char* const> entry_points);
 
+/** The file version of a module's version resource, "1.0.0.0"; empty: it has none. Any bytes are safe. */
+std::string FileVersion(std::string_view bytes);
+
+/**
+ * True when the text of a file's stream Zone.Identifier says that it came from the internet, or from a place that counts
+ * for it: Windows may refuse to load such a DLL.
+ */
+bool IsMarkedAsDownload(std::string_view zone_identifier);
+
 }  // namespace tvmgr

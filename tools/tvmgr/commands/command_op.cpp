@@ -115,6 +115,14 @@ void RequireWiped(const CManagerSession& session, const tagOperation& operation)
 
 }  // namespace
 
+std::vector<std::string> OperationNames() {
+  std::vector<std::string> names;
+  for (const tagOperation& operation : kOperations) {
+    names.emplace_back(operation.name);
+  }
+  return names;
+}
+
 int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& options) {
   if (options.list) {
     return List(global);

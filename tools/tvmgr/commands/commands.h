@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "options/options.h"
 
 namespace tvmgr {
@@ -26,6 +29,10 @@ int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options)
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options);
 int RunUse(const tagGlobalOptions& global, const tagUseOptions& options);
 int RunInfo(const tagGlobalOptions& global);
+int RunDoctor(const tagGlobalOptions& global, const tagDoctorOptions& options);
 int RunCodes(const tagGlobalOptions& global, const tagCodesOptions& options);
+
+/** The names that "op" takes. */
+std::vector<std::string> OperationNames();
 
 }  // namespace tvmgr

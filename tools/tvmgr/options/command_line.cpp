@@ -13,6 +13,7 @@
 #include "printer/manager_session.h"
 #include "printer/printer_environment.h"
 #include "printer/worker.h"
+#include "trace/trace_file.h"
 
 namespace tvmgr {
 namespace {
@@ -29,6 +30,10 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
   program.add_flag("--verbose", global.verbose, "show every call of the module with its result and duration");
   program.add_flag("--no-color", global.no_color,
                    "no colours on a terminal; NO_COLOR=1 in the environment does it, too");
+  CLI::Option* const trace = program.add_option(
+      "--trace", global.trace, "write every call of the module to this file; appended to a trace");
+  program.add_flag("--trace-contents", global.trace_contents, "contents of files in the trace, too")
+      ->needs(trace);
   program.add_flag("--no-check", global.no_check, "do not ask for the printer's status before long work");
   program
       .add_option("--timeout", global.timeout_s,
@@ -102,9 +107,25 @@ std::string Subject(const CCommandError& error) {
   return is_elsewhere || AskedPrinter().empty() ? std::string() : AskedPrinter() + ": ";
 }
 
-int RunCommand(const tagCommand& command, const tagGlobalOptions& global, ERole role) {
-  const auto run = [&] {
+int RunTraced(const tagCommand& command, const tagGlobalOptions& global, const std::string& name) {
+  OpenTrace(global, name);
+  try {
     const int exit_code = command.run();
+    CloseTrace(exit_code);
+    return exit_code;
+  } catch (const CCommandError& error) {
+    CloseTrace(error.ExitCode());
+    throw;
+  } catch (...) {
+    CloseTrace(kExitFailed);
+    throw;
+  }
+}
+
+int RunCommand(const tagCommand& command, const tagGlobalOptions& global, const std::string& name,
+               ERole role) {
+  const auto run = [&] {
+    const int exit_code = RunTraced(command, global, name);
     if (global.json) {
       WriteJsonDocument(exit_code, nullptr);
     }
@@ -116,8 +137,13 @@ int RunCommand(const tagCommand& command, const tagGlobalOptions& global, ERole 
   if (!command.watch || role == ERole::kWorker) {
     return run();
   }
-  const std::optional<int> exit_code = RunInWorker(global, *command.watch);
-  return exit_code ? *exit_code : run();
+  try {
+    const std::optional<int> exit_code = RunInWorker(global, *command.watch);
+    return exit_code ? *exit_code : run();
+  } catch (const CFailure& error) {
+    AppendToTrace(global, error.what());
+    throw;
+  }
 }
 
 int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments,
@@ -146,7 +172,7 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
   }
   for (const tagCommand& command : commands) {
     if (command.parser->parsed()) {
-      return RunCommand(command, global, role);
+      return RunCommand(command, global, CommandName(program), role);
     }
   }
   return kExitUsage;
@@ -203,6 +229,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   AddSettingCommands(program, global, commands);
   AddDataCommands(program, global, commands);
   AddBackupCommands(program, global, commands);
+  AddToolCommands(program, global, commands);
   // Also errors of the parsing itself are told as asked for.
   const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {

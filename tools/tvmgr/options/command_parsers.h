@@ -37,6 +37,7 @@ constexpr char kDryRunFooter[] =
 void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
 void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
 void AddBackupCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+void AddToolCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
 void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
                           std::vector<tagCommand>& commands);
 

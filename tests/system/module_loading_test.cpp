@@ -223,8 +223,8 @@ TEST_F(ModuleNetworkTest, SearchesThatAreGivenUpLeaveNoSocketBehind) {
       EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread, 1000));
       DWORD result = 1;
       // On a busy machine it may begin when the manager is gone.
-    EXPECT_TRUE(::GetExitCodeThread(thread, &result));
-    EXPECT_TRUE(result == 0 || result == static_cast<DWORD>(-2)) << result;
+      EXPECT_TRUE(::GetExitCodeThread(thread, &result));
+      EXPECT_TRUE(result == 0 || result == static_cast<DWORD>(-2)) << result;
       ::CloseHandle(thread);
     }
     for (const CLoadedModule& module : modules) {

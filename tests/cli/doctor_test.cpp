@@ -145,6 +145,12 @@ TEST_F(CDoctorTest, LibrariesThatStandInTheWayAreNamedAndTheRestIsStillLookedAt)
     EXPECT_THAT(steps["choice"], HasSubstr("well: "));
     EXPECT_THAT(steps["answer"], HasSubstr("not tried: the step \"" + broken.step + "\""));
   }
+  // One that is loaded all the same.
+  const auto program = ToolWith("marked", manager, port);
+  HostFile("marked\\Ferrolink.dll:Zone.Identifier", "[ZoneTransfer]\r\nZoneId=3\r\n");
+  const tagRun run = RunProgram(program, {"doctor", "--json"});
+  EXPECT_EQ(run.exit_code, 3U) << run.err;
+  EXPECT_THAT(Steps(run)["port library"], HasSubstr("carries the mark of a download -> right-click"));
 }
 
 TEST_F(CDoctorTest, PortLibraryThatHangsOrCrashesEndsNoLaterThanStated) {

@@ -95,18 +95,16 @@ void CCheckup::NotTried(const std::string& name) {
 
 void CCheckup::TalkToPrinter() {
   // A printer that is silent may have other prefix characters: that question it understands all the same.
-  tagAnswer answer;
+  std::optional<tagAnswer> answer;
   Step(kStepAnswer, {}, [&] {
     answer = AskForState();
-    return JudgeAnswer(answer);
+    return JudgeAnswer(*answer);
   });
-  const bool answers = answer.result == TVMGR_OK && answer.status != TVMGR_STATUS_UNKNOWN && !is_stuck_;
-  in_the_way_ = answers ? "" : kStepAnswer;
-  if (is_stuck_ || answer.result != TVMGR_OK) {
-    in_the_way_ = kStepAnswer;
-    NotTried(kStepPrefix);
-  } else {
+  in_the_way_ = answer && answer->status != TVMGR_STATUS_UNKNOWN ? "" : kStepAnswer;
+  if (answer && answer->result == TVMGR_OK) {
     Step(kStepPrefix, {}, [&] { return AskForPrefix(); });
+  } else {
+    NotTried(kStepPrefix);
   }
   if (!in_the_way_.empty()) {
     NotTried(kStepState);

@@ -113,7 +113,8 @@ tagCommand AddDoctor(CLI::App& program, const tagGlobalOptions& global) {
       "could\n"
       "not be tried, 4 the printer cannot be reached or does not answer.\n\n"
       "Examples:\n  tvmgr doctor\n  tvmgr --address 192.0.2.7 doctor --json\n  tvmgr doctor --read");
-  return {parser, [&global, options] { return RunDoctor(global, *options); }, tagWatch{0, kLeftByReading}};
+  return {parser, [&global, options] { return RunDoctor(global, *options); },
+          tagWatch{0, std::string("Without --read the printer is as it was. With it: ") + kLeftByReading}};
 }
 
 }  // namespace

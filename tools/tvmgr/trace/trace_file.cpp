@@ -96,7 +96,14 @@ class CTrace {
   }
 
   void Write(const std::string& text) {
-    if (file_ != INVALID_HANDLE_VALUE && !WriteAll(file_, text)) {
+    if (file_ == INVALID_HANDLE_VALUE) {
+      return;
+    }
+    // Behind a gap, which may have begun in the middle of a line.
+    const std::string gap =
+        is_within_gap_ ? "\n... " + std::to_string(lost_) + " pieces are missing so far\n" : "";
+    is_within_gap_ = !WriteAll(file_, gap + text);
+    if (is_within_gap_) {
       error_ = GetLastError();
       ++lost_;
     }
@@ -154,6 +161,7 @@ class CTrace {
   std::vector<Clock::time_point> starts_;  // of the calls, by their numbers
   std::uint64_t unfinished_ = kNone;
   std::uint64_t lost_ = 0;
+  bool is_within_gap_ = false;
   DWORD error_ = 0;
 };
 

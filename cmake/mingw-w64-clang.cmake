@@ -8,6 +8,8 @@ set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET x86_64-w64-mingw32)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-mingw32)
+# LLVM's own does not keep debug information of Windows programs apart.
+find_program(CMAKE_OBJCOPY x86_64-w64-mingw32-objcopy REQUIRED)
 set(headers ${tavira_gcc_folder}/include/c++)
 # The C++ run-time library keeps its thread-local variables in GCC's emulation.
 set(CMAKE_CXX_FLAGS_INIT

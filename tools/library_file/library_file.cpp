@@ -144,7 +144,7 @@ std::string FileVersion(std::string_view bytes) {
       continue;
     }
     std::string version;
-    for (const std::size_t number : {10, 8, 14, 12}) {
+    for (const std::size_t number : {10U, 8U, 14U, 12U}) {
       const auto low = static_cast<std::uint8_t>(near[record + number]);
       const auto high = static_cast<std::uint8_t>(near[record + number + 1]);
       version += (version.empty() ? "" : ".") + std::to_string(high << 8 | low);

@@ -28,7 +28,8 @@ TEST_F(CJsonTest, EveryCommandThatWritesHasAResult) {
                                         {"error", nullptr},
                                         {"name", "LABEL.ZPL"},
                                         {"bytes", 7},
-                                        {"file", label}}));
+                                        {"file", label},
+                                        {"dry_run", false}}));
   EXPECT_EQ(Json({"fetch", "LOGO.PNG", "-o", Utf8Path("x.png")})["bytes"], 5);
   EXPECT_EQ(Json({"set", "CLM,P=3"})["settings"][0]["reason"], nullptr);
   EXPECT_EQ(Json({"rm", "LOGO.PNG", "--yes"})["files"][0]["removed"], true);

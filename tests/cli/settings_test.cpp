@@ -36,7 +36,7 @@ TEST_F(CSettingsTest, GetShowsTheNamedSettingsInTheOrderAsked) {
   EXPECT_EQ(runs[1].exit_code, 0U);
   EXPECT_EQ(json::parse(runs[1].out),
             json::parse(R"({"version":1,"command":"get","exit_code":0,"error":null,"settings":[{"id":79,
-                "key":"INU,S","value":"A\u001eB\\é","hex":"411E425CE9","size":null,"guard":false}]})"));
+                "key":"INU,S","name":null,"value":"A\u001eB\\é","meaning":null,"hex":"411E425CE9","size":null,"guard":false}]})"));
 }
 
 TEST_F(CSettingsTest, GetAllListsEverySettingOnce) {

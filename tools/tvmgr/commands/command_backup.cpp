@@ -5,8 +5,8 @@
 #include "commands/commands.h"
 #include "files/backup_progress.h"
 #include "files/backup_report.h"
-#include "files/backup_target.h"
 #include "files/file_kinds.h"
+#include "files/file_target.h"
 #include "files/host_data.h"
 #include "output/command_error.h"
 #include "output/record_output.h"
@@ -142,7 +142,7 @@ tagShortfall Compare(const CManagerSession& session, const tagBackupContents& co
   return shortfall;
 }
 
-void WriteBackup(const CManagerSession& session, const CBackupTarget& target, TvmgrBackupInfo info) {
+void WriteBackup(const CManagerSession& session, const CFileTarget& target, TvmgrBackupInfo info) {
   const std::wstring path = ToWide(target.Partial());
   info.path = path.c_str();
   session.Require("TVMGR_UpdateBackupInfo", "preparing the backup", 0,
@@ -176,7 +176,7 @@ int RunBackup(const tagGlobalOptions& global, const tagBackupOptions& options) {
   }
   const TvmgrBackupInfo info = ChooseSections(options.sections);
   ConfirmOverwriting(options.file, options.yes);
-  CBackupTarget target(options.file);
+  CFileTarget target(options.file, "the backup");
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();
   session.LoadAll();

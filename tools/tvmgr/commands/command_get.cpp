@@ -7,6 +7,7 @@
 #include "output/text_encoding.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
+#include "profile/host_profile.h"
 #include "profile/required_settings.h"
 #include "tavira/TaviraManager.h"
 
@@ -30,8 +31,10 @@ std::vector<tagCell> BackgroundRow(const tagSettingName& setting, const std::opt
   const std::size_t size = bytes ? bytes->size() : 0;
   return {tagCell::Number(setting.id),
           tagCell::Text(std::string(setting.key)),
+          tagCell::Null(""),
           tagCell::Null(size == 0 ? "no background file"
                                   : "background file of " + std::to_string(size) + " bytes"),
+          tagCell::Null(""),
           tagCell::Null(""),
           tagCell::Number(static_cast<std::int64_t>(size)),
           {"", false}};
@@ -46,6 +49,7 @@ bool MayBeTheGuards(const tagSettingName& setting, const std::optional<std::stri
 
 int RunGet(const tagGlobalOptions& global, const tagGetOptions& options) {
   const std::vector<tagSettingName> wanted = Wanted(options);
+  const CLabels labels(options.labels);
   const CManagerSession session(global);
   session.RequireAnsweringPrinter();
   // Also for a single setting: a load of one setting only refreshes values that a full load has stored
@@ -53,8 +57,14 @@ int RunGet(const tagGlobalOptions& global, const tagGetOptions& options) {
   // printer's.
   session.LoadAll();
 
-  CRecordOutput output(
-      {{"id", "ID"}, {"key", "KEY"}, {"value", "VALUE"}, {"hex", ""}, {"size", ""}, {"guard", ""}});
+  CRecordOutput output({{"id", "ID"},
+                        {"key", "KEY"},
+                        {"name", labels.NameHeading()},
+                        {"value", "VALUE"},
+                        {"meaning", ""},
+                        {"hex", ""},
+                        {"size", ""},
+                        {"guard", ""}});
   std::string missing;
   std::size_t answered = 0;
   bool has_doubt = false;
@@ -65,7 +75,7 @@ int RunGet(const tagGlobalOptions& global, const tagGetOptions& options) {
       ++answered;
       continue;
     }
-    tagCell cell = ValueCell(value);
+    tagCell cell = labels.WithUnit(setting.id, ValueCell(value));
     if (setting.id == TVMGR_SETTING_ST) {
       cell.shown = "written only";
     }
@@ -76,7 +86,9 @@ int RunGet(const tagGlobalOptions& global, const tagGetOptions& options) {
     }
     output.Add({tagCell::Number(setting.id),
                 tagCell::Text(std::string(setting.key)),
+                labels.NameCell(setting.id),
                 cell,
+                labels.MeaningCell(setting.id, value),
                 HexCell(value),
                 tagCell::Null(""),
                 {"", is_doubtful}});

@@ -5,15 +5,18 @@
 #include "commands/commands.h"
 #include "files/backup_report.h"
 #include "files/file_kinds.h"
+#include "files/restore_files.h"
 #include "files/stored_files.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/record_output.h"
 #include "output/setting_cell.h"
 #include "output/text_encoding.h"
+#include "output/text_layout.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "profile/required_settings.h"
+#include "profile/settings_application.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
@@ -92,9 +95,11 @@ void CompareSettings(const CManagerSession& session, const tagBackupContents& co
   }
 }
 
-void CompareFiles(const CManagerSession& session, const tagBackupContents& contents, tagComparison& result) {
-  for (const tagBackupFile& file : contents.files) {
-    const std::string name = FromAnsi(file.name).value_or(EscapeBytes(file.name));
+// `done`: until when the printer is known to have answered.
+void CompareFiles(const CManagerSession& session, const std::vector<tagBackupFile>& files,
+                  const std::string& done, tagComparison& result) {
+  for (const tagBackupFile& file : files) {
+    const std::string name = NameOf(file);
     const tagFileKind* const kind = KindOfFile(name);
     if (kind == nullptr || !IsStored(session, *kind, name)) {
       result.findings.push_back({name, std::nullopt, std::nullopt, "not listed"});
@@ -104,7 +109,7 @@ void CompareFiles(const CManagerSession& session, const tagBackupContents& conte
     const EComparison content = bytes ? CompareStored(session, name, *bytes) : EComparison::kNotCompared;
     if (content == EComparison::kNotCompared) {
       // A silent printer would cost a minute for each of the files.
-      RequireStillAnswering(session, "the backup was sent");
+      RequireStillAnswering(session, done);
       ++result.listed;
       result.findings.push_back({name, std::nullopt, std::nullopt, "listed, content not compared", true});
       continue;
@@ -163,10 +168,85 @@ void Print(const tagGlobalOptions& global, const tagComparison& result) {
   WriteOutput(Verdict(result));
 }
 
+// What is to be compared without anything being sent, and the words for it.
+int ShowPlan(const tagGlobalOptions& global, const CManagerSession& session,
+             const tagBackupContents& contents, const std::vector<tagBackupFile>& files, bool with_settings) {
+  session.LoadAll();
+  RequireStillAnswering(session, "the printer was read");
+  tagComparison result;
+  result.is_whole = contents.IsComplete();
+  if (with_settings) {
+    CompareSettings(session, contents, result);
+  }
+  CompareFiles(session, files, "the printer was read", result);
+  Print(global, result);
+  AddJsonMember("dry_run", true);
+  return kExitDone;
+}
+
+// By the road of "apply": compared, written, proved one by one.
+int RestoreSettings(const tagGlobalOptions& global, const tagRestoreOptions& options,
+                    const tagBackupContents& contents, const tagPrinterChoice& choice) {
+  const CLabels labels(options.labels);
+  tagApplication application{{}, Describe(choice), options.yes, options.dry_run, {{"file", options.file}}};
+  for (const tagBackupSetting& setting : contents.settings) {
+    if (const std::optional<tagSettingName> known = FindSetting(setting.key);
+        known && !setting.value.empty()) {
+      application.settings.push_back({known->id, setting.key, setting.value});
+    }
+  }
+  if (application.settings.empty()) {
+    throw CFailure("the backup \"" + options.file + "\" holds no settings");
+  }
+  const CManagerSession session(global, choice);
+  session.RequireAnsweringPrinter();
+  session.LoadAll();
+  RequireStillAnswering(session, "the settings were read");
+  session.Remark(
+      "remark: the prefix characters are no part of --settings (tvmgr prefix); settings without a value in "
+      "the "
+      "backup stay as they are");
+  return ApplySettings(global, session, labels, std::move(application));
+}
+
+int RestoreChosenFiles(const tagGlobalOptions& global, const tagRestoreOptions& options,
+                       const tagBackupContents& contents, const tagPrinterChoice& choice) {
+  const std::vector<tagBackupFile> files = ChooseFiles(contents, options.names);
+  std::string names;
+  for (const tagBackupFile& file : files) {
+    names += (names.empty() ? "" : ", ") + MakeVisible(NameOf(file));
+  }
+  Confirm("store " + names + " on " + Describe(choice) + ", in the place of files with these names",
+          options.yes || options.dry_run);
+  const CManagerSession session(global, choice);
+  session.RequireAnsweringPrinter();
+  if (options.dry_run) {
+    return ShowPlan(global, session, contents, files, false);
+  }
+  session.LoadAll();
+  RequireStillAnswering(session, "the lists were read");
+  return RestoreFiles(global, session, files);
+}
+
+int RestorePart(const tagGlobalOptions& global, const tagRestoreOptions& options,
+                const tagPrinterChoice& choice) {
+  const tagBackupOnHost backup = ReadBackup(global, options.file);
+  Describe(global, backup);
+  RefuseUnlessWhole(backup, options.force);
+  return options.settings ? RestoreSettings(global, options, backup.contents, choice)
+                          : RestoreChosenFiles(global, options, backup.contents, choice);
+}
+
 }  // namespace
 
 int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options) {
   const tagPrinterChoice choice = RequireChoice(global);
+  if (options.settings || options.files) {
+    return RestorePart(global, options, choice);
+  }
+  if (!options.labels.empty()) {
+    throw CUsageError("--labels belongs to --settings");
+  }
   std::size_t size = 0;
   {
     // The module reads the file itself; there need not be two of it in memory.
@@ -174,6 +254,11 @@ int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options)
     Describe(global, backup);
     RefuseUnlessWhole(backup, options.force);
     size = backup.bytes->size();
+    if (options.dry_run) {
+      const CManagerSession session(global, choice);
+      session.RequireAnsweringPrinter();
+      return ShowPlan(global, session, backup.contents, backup.contents.files, true);
+    }
   }
   Confirm("replace the settings and files that this backup names on " + Describe(choice), options.yes);
   const CManagerSession session(global, choice);
@@ -190,9 +275,10 @@ int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options)
     const tagBackupOnHost backup = ReadBackup(global, options.file);
     result.is_whole = backup.contents.IsComplete();
     CompareSettings(session, backup.contents, result);
-    CompareFiles(session, backup.contents, result);
+    CompareFiles(session, backup.contents.files, "the backup was sent", result);
   }
   Print(global, result);
+  AddJsonMember("dry_run", false);
   if (result.HasDifference()) {
     throw CFailure(
         "sent, but not everything is on the printer as the backup has it (a printer that refuses shows only "

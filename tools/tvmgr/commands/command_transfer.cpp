@@ -5,7 +5,7 @@
 #include "files/content_check.h"
 #include "files/download_command.h"
 #include "files/host_data.h"
-#include "files/stored_files.h"
+#include "files/store_file.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/json_output.h"
@@ -25,17 +25,11 @@ constexpr std::string_view kBackgroundName = "KORVDEF.BGD";
 void PrintSummary(const tagGlobalOptions& global, const CManagerSession& session, const std::string& name,
                   std::size_t size, const std::string& file, const std::string& text) {
   if (global.json) {
-    SetJsonResult({{"name", name}, {"bytes", size}, {"file", file}});
+    SetJsonResult({{"name", name}, {"bytes", size}, {"file", file}, {"dry_run", false}});
   } else {
     session.Remark(text);
   }
 }
-
-struct tagDownload {
-  std::string name;
-  const tagFileKind* kind;
-  std::string command;
-};
 
 const tagFileKind* FirstKindOfGroup(std::string_view group) {
   const auto kinds = AllFileKinds();
@@ -89,18 +83,6 @@ tagDownload MakeDownload(const tagPutOptions& options, std::string bytes) {
   return {std::move(name), &kind, std::move(command)};
 }
 
-// The name under which the printer lists the file; empty when it does not.
-std::string ListedName(const CManagerSession& session, const tagDownload& download) {
-  for (const tagFileKind& kind : AllFileKinds()) {
-    const bool complete = KindOfFile(download.name) != nullptr;
-    const std::string name = complete ? download.name : download.name + std::string(kind.extension);
-    if (kind.group == download.kind->group && IsStored(session, kind, name)) {
-      return name;
-    }
-  }
-  return {};
-}
-
 // Whoever has agreed already need not wait for the lists.
 void ConfirmReplacing(const CManagerSession& session, const tagDownload& download, const std::string& printer,
                       bool agreed) {
@@ -119,28 +101,21 @@ void ConfirmReplacing(const CManagerSession& session, const tagDownload& downloa
   }
 }
 
-// A file of that name may have been there before, and have stayed: it is protected, or there is no room.
-void RequireStored(const CManagerSession& session, const tagDownload& download) {
-  const std::string name = ListedName(session, download);
-  const std::string ansi = RequireAnsi(name);
-  const std::optional<std::string> bytes =
-      name.empty() ? std::nullopt : BytesOfDownload(ansi, download.command);
-  const EComparison content = bytes ? CompareStored(session, name, *bytes) : EComparison::kNotCompared;
-  if (content == EComparison::kNotCompared) {
-    RequireStillAnswering(session, download.name + " was sent");
-  }
-  if (name.empty()) {
-    throw CFailure(download.name + " was sent, but the printer does not list it");
-  }
-  if (content == EComparison::kOther) {
-    throw CFailure(name +
-                   " was sent, but the printer has other contents under that name: an earlier file stayed "
-                   "(it is protected, or there is no room)");
-  }
-  if (content == EComparison::kNotCompared) {
-    throw CUnproved(name +
-                    ": listed, content not compared (the printer sends nothing back for it, or what was "
-                    "sent cannot be read here)");
+void ShowPlan(const tagGlobalOptions& global, const CManagerSession& session, const tagDownload& download,
+              const std::string& file, std::size_t size) {
+  session.LoadAll();
+  RequireStillAnswering(session, "the lists were read");
+  const std::string listed = ListedName(session, download);
+  const bool is_open = listed.empty() && IsAnswerCut(session);
+  if (global.json) {
+    SetJsonResult({{"name", download.name}, {"bytes", size}, {"file", file}});
+    AddJsonMember("dry_run", true);
+    AddJsonMember("replaces", is_open ? Json() : Json(!listed.empty()));
+  } else {
+    WriteOutput(download.name + ": would be stored, " + std::to_string(size) + " bytes of " + file +
+                (is_open ? "; whether the printer has such a file is not known, its lists were cut off\n"
+                 : listed.empty() ? "; the printer has no such file\n"
+                                  : ", in the place of the one that is there\n"));
   }
 }
 
@@ -159,28 +134,12 @@ int RunPut(const tagGlobalOptions& global, const tagPutOptions& options) {
   }
   const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
+  if (options.dry_run) {
+    ShowPlan(global, session, download, options.file, size);
+    return kExitDone;
+  }
   ConfirmReplacing(session, download, Describe(choice), options.yes);
-  session.Require("TVMGR_UpdateRegistList", "preparing the transfer", 0, [&] {
-    return TVMGR_UpdateRegistList(download.kind->register_request,
-                                  reinterpret_cast<const std::uint8_t*>(download.command.data()),
-                                  static_cast<std::uint32_t>(download.command.size()), nullptr, 0);
-  });
-  ReportTransfer(download.command.size());
-  constexpr std::uint64_t kLongestTransfer = 50ULL * 60 * 1000;
-  const std::uint64_t transfer = session.IsNetwork() ? kLongestTransfer : limit::kTransaction;
-  const std::int32_t result =
-      session.Call("TVMGR_RegistData", "storing " + download.name, transfer + limit::kConfirmFiles,
-                   [] { return TVMGR_RegistData(); });
-  if (result == TVMGR_NOT_CONFIRMED) {
-    RequireStillAnswering(session, download.name + " was sent");
-    throw CallFailure(download.name + " was sent, but the printer does not list it",
-                      "storing " + download.name, result);
-  }
-  if (result != TVMGR_OK) {
-    throw CallFailure("storing " + download.name + " failed", "storing " + download.name, result);
-  }
-  // For stored formats the result says only that they were sent, for all others that the name is listed.
-  RequireStored(session, download);
+  StoreFile(session, download);
   PrintSummary(
       global, session, download.name, size, options.file,
       download.name + ": stored and read back, " + std::to_string(size) + " bytes of " + options.file);

@@ -26,6 +26,9 @@ int RunBackupCheck(const tagGlobalOptions& global, const tagBackupCheckOptions& 
 int RunBackupDiff(const tagGlobalOptions& global, const tagBackupDiffOptions& options);
 int RunBackupCoverage(const tagGlobalOptions& global);
 int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options);
+int RunExport(const tagGlobalOptions& global, const tagExportOptions& options);
+int RunApply(const tagGlobalOptions& global, const tagApplyOptions& options);
+int RunDiff(const tagGlobalOptions& global, const tagDiffOptions& options);
 int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options);
 int RunUse(const tagGlobalOptions& global, const tagUseOptions& options);
 int RunInfo(const tagGlobalOptions& global);

@@ -89,16 +89,37 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_option("file", options->file, "the backup")->required();
   parser->add_flag("--yes", options->yes, "do not ask");
   parser->add_flag("--force", options->force, "send the file even when it is not a complete backup");
+  CLI::Option* const settings =
+      parser->add_flag("--settings", options->settings, "only the settings, one by one");
+  CLI::Option* const files =
+      parser
+          ->add_option("--files", options->names,
+                       "only stored files, one by one: all, or these names and patterns")
+          ->expected(0, CLI::detail::expected_max_vector_size)
+          ->excludes(settings);
+  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
+  AddLabelsOption(parser, options->labels);
   parser->footer(
       "Files that the backup does not name stay. Afterwards the settings that the backup has values for are\n"
       "compared with the printer's, and the files are read back and compared by content; those that the\n"
       "printer does not send back, by name. Their protection is not compared. A backup with settings\n"
       "without a value is sent with --force only; those stay as they are on the printer.\n"
-      "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters.\n"
-      "Exit codes: 0 equal, 1 different or refused, 3 not everything could be compared, 4 printer silent.\n\n"
-      "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json");
+      "A backup holds 55 of the printer's 76 settings, 58 with the prefix characters. --settings compares\n"
+      "first, writes what differs, and proves it as \"tvmgr apply\" does, without the prefix characters;\n"
+      "--files stores one file after the other and reads each back.\n" +
+      std::string(kDryRunFooter) +
+      "\nExit codes: 0 equal, 1 different or refused, 3 not everything could be compared, 4 printer "
+      "silent.\n\n"
+      "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json\n"
+      "  tvmgr restore shop7.bak --settings --dry-run\n  tvmgr restore shop7.bak --files LOGO.PNG \"*.ZPL\"");
   AddTableOptions(parser, {"WHAT", "BACKUP", "PRINTER", "VERDICT"});
-  return {parser, [&global, options] { return RunRestore(global, *options); }, tagWatch{90, kLeftByWriting}};
+  const auto run = [&global, options, files] {
+    options->files = files->count() > 0;
+    // Without names the parser brings an empty one.
+    std::erase(options->names, std::string());
+    return RunRestore(global, *options);
+  };
+  return {parser, run, tagWatch{90, kLeftByWriting}};
 }
 
 }  // namespace

@@ -229,6 +229,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   AddSettingCommands(program, global, commands);
   AddDataCommands(program, global, commands);
   AddBackupCommands(program, global, commands);
+  AddProfileCommands(program, global, commands);
   AddToolCommands(program, global, commands);
   // Also errors of the parsing itself are told as asked for.
   const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();

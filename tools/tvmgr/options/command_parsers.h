@@ -41,6 +41,11 @@ void AddToolCommands(CLI::App& program, const tagGlobalOptions& global, std::vec
 void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
                           std::vector<tagCommand>& commands);
 
+void AddProfileCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+
+/** The option --labels of a command that shows or writes settings. */
+void AddLabelsOption(CLI::App* parser, std::string& labels);
+
 /**
  * The options --columns and --sort of a command that prints one table, with these headings. They are not for
  * --json, whose documents have all members.

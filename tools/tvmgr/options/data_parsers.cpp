@@ -91,12 +91,14 @@ tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
       ->check(CLI::IsMember({"graphic", "format", "font", "background"}));
   parser->add_option("--row-bytes", options->row_bytes, "bytes in one row of a GRF graphic");
   parser->add_flag("--yes", options->yes, "overwrite a file of the printer without asking");
+  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
   parser->footer(
       "A file that holds a download command (~DY..., ^XA^DF...) is sent as it is; a PNG, GRF, TTF, TTE or\n"
       "BGD file and the text of a format are put into one. Afterwards the file is read back and compared; "
       "exit\n"
-      "code 3 when the printer lists it but does not send it back.\n\n"
-      "Examples:\n  tvmgr put logo.png\n  tvmgr put arial.ttf --name ARIAL.TTF\n  tvmgr put label.zpl");
+      "code 3 when the printer lists it but does not send it back.\n" +
+      std::string(kDryRunFooter) +
+      "\n\nExamples:\n  tvmgr put logo.png\n  tvmgr put arial.ttf --name ARIAL.TTF\n  tvmgr put label.zpl");
   return {parser, [&global, options] { return RunPut(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 

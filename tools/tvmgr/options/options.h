@@ -29,11 +29,15 @@ struct tagGlobalOptions {
 struct tagGetOptions {
   std::vector<std::string> settings; /**< numbers, keys, groups or patterns */
   bool all = false;
+  std::string labels; /**< a labels file; empty: none */
 };
 
 struct tagSetOptions {
   std::vector<std::string> assignments; /**< KEY=VALUE */
   bool keep_resolution = false;
+  bool dry_run = false;
+  std::string labels;
+  bool force = false; /**< write what the labels do not allow */
 };
 
 struct tagPrefixOptions {
@@ -86,6 +90,7 @@ struct tagPutOptions {
   std::string name;            /**< empty: the file's own name */
   std::string kind;            /**< empty: from the extension */
   std::uint32_t row_bytes = 0; /**< bytes in one row of a GRF graphic; 0: not stated */
+  bool dry_run = false;
   bool yes = false;
 };
 
@@ -106,8 +111,37 @@ struct tagBackupDiffOptions {
 
 struct tagRestoreOptions {
   std::string file;
+  bool settings = false;          /**< of the backup only the settings */
+  bool files = false;             /**< of the backup only files */
+  std::vector<std::string> names; /**< with `files`: names or patterns; empty: all */
+  bool dry_run = false;
+  std::string labels; /**< with `settings` */
   bool yes = false;
   bool force = false; /**< send the file whatever it holds */
+};
+
+struct tagExportOptions {
+  std::string file;
+  bool all = false;              /**< also what belongs to one device */
+  std::vector<std::string> only; /**< numbers, keys, groups or patterns; empty: all */
+  bool yes = false;
+};
+
+struct tagApplyOptions {
+  std::string file;
+  bool all = false;
+  std::vector<std::string> only;
+  bool yes = false;
+  bool dry_run = false;
+  std::string labels;
+  bool force = false; /**< to another model, and what the labels do not allow */
+};
+
+struct tagDiffOptions {
+  std::string first; /**< a file, or a printer: "printer", "port:NAME", "address:HOST", "device:PATH" */
+  std::string second;
+  bool all = false;
+  std::string labels;
 };
 
 struct tagSearchOptions {

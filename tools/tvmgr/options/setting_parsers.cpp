@@ -23,6 +23,7 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
   CLI::Option* const names = parser->add_option(
       "setting", options->settings, "numbers, keys, groups or patterns: 3, CLR,Z, clr_z, CLM, \"CLM,*\"");
   parser->add_flag("--all", options->all, "every setting")->excludes(names);
+  AddLabelsOption(parser, options->labels);
   parser->footer(
       "Control characters in values are shown as \\xNN. In JSON a value with more than plain ASCII also\n"
       "has its bytes under \"hex\". In shells that split at commas write CLR_Z for CLR,Z. CLM is the group "
@@ -33,7 +34,7 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
       "no value for some of the settings, 1 when for none.\n\n"
       "Examples:\n  tvmgr get CLR_Z CMP_U\n  tvmgr get CLM \"CL?_P\"\n  tvmgr --address 192.0.2.7 get --all "
       "--json");
-  AddTableOptions(parser, {"ID", "KEY", "VALUE"});
+  AddTableOptions(parser, {"ID", "KEY", "NAME", "VALUE"});
   return {parser, [&global, options] { return RunGet(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
@@ -43,13 +44,17 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
   parser->add_option("assignment", options->assignments, "KEY=VALUE")->required();
   parser->add_flag("--keep-resolution", options->keep_resolution,
                    "the guard leaves settings 3, 4 and 5 alone while it writes");
+  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
+  AddLabelsOption(parser, options->labels);
+  parser->add_flag("--force", options->force, "write values that the labels do not allow");
   parser->footer(
       "The verdict for each setting is written, differs, not readable (46 and 74, and settings that the\n"
       "printer does not answer for) or cannot be proved here (84). On a printer whose resolutions are not "
       "600\n"
       "or whose mode is not D the guard puts settings 3, 4, 5 and 84 back to what they were, new values for\n"
-      "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n\n"
-      "Examples:\n  tvmgr set CLM_P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR_Z=300");
+      "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n" +
+      std::string(kDryRunFooter) +
+      "\n\nExamples:\n  tvmgr set CLM_P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR_Z=300");
   AddTableOptions(parser, {"ID", "KEY", "ASKED", "GOT", "VERDICT", "REASON"});
   return {parser, [&global, options] { return RunSet(global, *options); }, tagWatch{60, kLeftByWriting}};
 }

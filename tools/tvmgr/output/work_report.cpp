@@ -39,6 +39,24 @@ void ReportPrinter(const std::string& printer) {
   }
 }
 
+void ReportChoice(const std::string& choice) {
+  if (work_report != nullptr) {
+    Copy(choice.size() < sizeof work_report->choice ? choice : std::string(), work_report->choice);
+  }
+}
+
+void ReportFound(const std::string& json) {
+  if (work_report == nullptr) {
+    return;
+  }
+  // In this order: the process may be ended at any moment.
+  work_report->found_size = 0;
+  if (json.size() <= sizeof work_report->found) {
+    json.copy(work_report->found, json.size());
+    work_report->found_size = static_cast<std::uint32_t>(json.size());
+  }
+}
+
 void ReportStep(const std::string& what, std::uint64_t longest_ms) {
   if (work_report == nullptr) {
     return;

@@ -93,6 +93,7 @@ CManagerSession::CManagerSession(const tagGlobalOptions& options, EPrinterUse us
   if (use != EPrinterUse::kNone) {
     asked_printer = Describe(choice);
     ReportPrinter(asked_printer);
+    ReportChoice(ChoiceText(choice));
   }
   work_.emplace(EWork::kPrinter);
   StartModule();

@@ -32,6 +32,26 @@ tagPrinterChoice RequireChoice(const tagGlobalOptions& options) {
   return choice;
 }
 
+std::optional<tagPrinterChoice> ParseChoiceText(std::string_view text) {
+  tagPrinterChoice choice;
+  for (const auto& [head, value] : {std::pair<std::string_view, std::string*>("port:", &choice.port),
+                                    {"device:", &choice.device},
+                                    {"address:", &choice.address}}) {
+    if (text.size() > head.size() && EqualsIgnoreCase(text.substr(0, head.size()), head)) {
+      *value = text.substr(head.size());
+      return choice;
+    }
+  }
+  return std::nullopt;
+}
+
+std::string ChoiceText(const tagPrinterChoice& choice) {
+  return !choice.address.empty()  ? "address:" + choice.address
+         : !choice.device.empty() ? "device:" + choice.device
+         : !choice.port.empty()   ? "port:" + choice.port
+                                  : std::string();
+}
+
 Json PrinterJson(const tagPrinterChoice& choice) {
   for (const auto& [kind, value] :
        {std::pair("address", &choice.address), {"device", &choice.device}, {"port", &choice.port}}) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "options/options.h"
 #include "output/json_output.h"
@@ -24,6 +26,11 @@ tagPrinterChoice ChoiceInForce(const tagGlobalOptions& options);
  * Whatever printer the port library would take then may be anybody's.
  */
 tagPrinterChoice RequireChoice(const tagGlobalOptions& options);
+
+/** A printer as "port:USB001", "address:192.0.2.7" or "device:PATH"; none for any other text. */
+std::optional<tagPrinterChoice> ParseChoiceText(std::string_view text);
+/** The same the other way round; empty when the port library chooses. */
+std::string ChoiceText(const tagPrinterChoice& choice);
 
 /** The choice in the shape that printers have in JSON: the address goes before the device, that before the port. */
 Json PrinterJson(const tagPrinterChoice& choice);

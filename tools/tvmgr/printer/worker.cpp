@@ -10,16 +10,19 @@
 
 #include "output/command_error.h"
 #include "output/console.h"
+#include "output/interrupted_result.h"
 #include "output/progress.h"
+#include "output/text_encoding.h"
 #include "output/work_report.h"
 #include "printer/manager_session.h"
+#include "printer/printer_choice.h"
 
 namespace tvmgr {
 namespace {
 
 // Nobody types these: they stand in front of the user's own arguments.
 constexpr std::string_view kWorkerMark = "--worker-reports-to=";
-constexpr std::string_view kProbeMark = "--worker-probe";
+constexpr std::string_view kProbeMark = "--worker-probe=";
 
 constexpr DWORD kPollMs = 100;
 constexpr DWORD kLongestProbeMs = 12'000;
@@ -50,6 +53,9 @@ std::wstring ProgramPath() {
 
 // As they were when the program began: what the argument parser does to them is nothing for a worker.
 wchar_t* environment = nullptr;
+
+// How a probe reaches the printer; empty: as the command line says.
+std::string probed_choice;
 
 // What stands behind the program's name, untouched: no quoting can go wrong.
 std::wstring OwnArguments() {
@@ -103,11 +109,15 @@ BOOL WINAPI LeaveToWorker(DWORD kind) {
 }
 
 // None: nobody could be asked, so nothing was seen.
-std::optional<DWORD> RunInProbe(HANDLE job) {
+// `choice`: how to reach the printer; empty: as the command line says.
+std::optional<DWORD> RunInProbe(HANDLE job, const std::string& choice = {}) {
   SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   const CHandle nothing(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                     &inherited, OPEN_EXISTING, 0, nullptr));
-  const std::wstring mark(kProbeMark.begin(), kProbeMark.end());
+  // No address, port or path of a device holds a quotation mark, and none ends in a backslash.
+  const bool is_plain = choice.find('"') == std::string::npos && !choice.ends_with('\\');
+  const std::wstring mark = L"\"" + std::wstring(kProbeMark.begin(), kProbeMark.end()) +
+                            (is_plain ? ToWide(choice) : std::wstring()) + L"\"";
   const CHandle probe(Start(mark, {nothing.Get(), nothing.Get(), nothing.Get()}, job));
   if (probe.Get() == nullptr) {
     return std::nullopt;
@@ -123,6 +133,12 @@ std::optional<DWORD> RunInProbe(HANDLE job) {
 
 std::string StepOf(const tagWorkReport& report) {
   return report.step[0] == '\0' ? std::string("starting") : report.step;
+}
+
+// The worker may be writing it.
+std::string ChoiceOf(const tagWorkReport& report) {
+  const std::string_view text(report.choice, sizeof report.choice);
+  return std::string(text.substr(0, text.find('\0')));
 }
 
 std::string PrinterOf(const tagWorkReport& report) {
@@ -160,7 +176,7 @@ int Watch(HANDLE process, HANDLE job, const tagWorkReport& report, const tagWatc
       End(process, report, watch, worked_ms, ": Ferrolink.dll does not return from a call");
     }
     if (timeout_ms != 0 && worked_ms >= next_question_ms + report.more_ms) {
-      silent = RunInProbe(job).value_or(kExitDone) == kExitDone ? 0 : silent + 1;
+      silent = RunInProbe(job, ChoiceOf(report)).value_or(kExitDone) == kExitDone ? 0 : silent + 1;
       if (silent >= kSilentQuestions && WaitForSingleObject(process, 0) == WAIT_TIMEOUT) {
         End(process, report, watch, worked_ms, " no longer answers");
       }
@@ -191,7 +207,8 @@ ERole TakeRole(std::vector<std::string>& arguments) {
     return ERole::kUser;
   }
   const std::string first = arguments.front();
-  if (first == kProbeMark) {
+  if (first.starts_with(kProbeMark)) {
+    probed_choice = first.substr(kProbeMark.size());
     arguments.erase(arguments.begin());
     return ERole::kProbe;
   }
@@ -225,7 +242,13 @@ std::optional<int> RunInWorker(const tagGlobalOptions& options, const tagWatch& 
   if (process.Get() == nullptr) {
     return std::nullopt;
   }
-  return Watch(process.Get(), job.Get(), *report, watch, options.timeout_s.value_or(watch.timeout_s));
+  try {
+    return Watch(process.Get(), job.Get(), *report, watch, options.timeout_s.value_or(watch.timeout_s));
+  } catch (const CCommandError&) {
+    const std::size_t size = report->found_size;
+    TellInterruptedResult(std::string(report->found, std::min(size, sizeof report->found)), options.json);
+    throw;
+  }
 }
 
 std::optional<int> AskForStatus() {
@@ -235,7 +258,13 @@ std::optional<int> AskForStatus() {
 }
 
 int RunProbe(const tagGlobalOptions& options) {
-  const CManagerSession session(options, EPrinterUse::kStatus);
+  tagGlobalOptions probed = options;
+  if (const std::optional<tagPrinterChoice> choice = ParseChoiceText(probed_choice)) {
+    probed.port = choice->port;
+    probed.device = choice->device;
+    probed.address = choice->address;
+  }
+  const CManagerSession session(probed, EPrinterUse::kStatus);
   return session.Status() == TVMGR_STATUS_UNKNOWN ? kExitUnreachable : kExitDone;
 }
 

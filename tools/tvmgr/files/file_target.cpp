@@ -1,4 +1,4 @@
-#include "files/backup_target.h"
+#include "files/file_target.h"
 
 #include <filesystem>
 #include <fstream>
@@ -17,7 +17,8 @@ fs::path PathOf(const std::string& utf8) {
 
 }  // namespace
 
-CBackupTarget::CBackupTarget(std::string path) : path_(std::move(path)), partial_(path_ + ".partial") {
+CFileTarget::CFileTarget(std::string path, std::string what)
+    : path_(std::move(path)), partial_(path_ + ".partial"), what_(std::move(what)) {
   std::error_code error;
   if (fs::is_directory(PathOf(path_), error)) {
     throw CFailure("\"" + path_ + "\" is a folder: name a file in it");
@@ -27,24 +28,24 @@ CBackupTarget::CBackupTarget(std::string path) : path_(std::move(path)), partial
   }
   // Opened to append: what an earlier backup left there stays until the printer has answered.
   if (fs::is_directory(PathOf(partial_), error) || !std::ofstream(PathOf(partial_), std::ios::app)) {
-    throw CFailure("the file \"" + partial_ +
-                   "\", in which the backup is to grow, cannot be created: check that the folder exists and "
+    throw CFailure("the file \"" + partial_ + "\", in which " + what_ +
+                   " is to grow, cannot be created: check that the folder exists and "
                    "that you may write to it");
   }
 }
 
-CBackupTarget::~CBackupTarget() {
+CFileTarget::~CFileTarget() {
   std::error_code error;
   if (fs::file_size(PathOf(partial_), error) == 0 && !error) {
     fs::remove(PathOf(partial_), error);
   }
 }
 
-void CBackupTarget::Commit() {
+void CFileTarget::Commit() {
   std::error_code error;
   fs::rename(PathOf(partial_), PathOf(path_), error);
   if (error) {
-    throw CFailure("the backup is complete, but \"" + path_ + "\" cannot be replaced: it stays in \"" +
+    throw CFailure(what_ + " is complete, but \"" + path_ + "\" cannot be replaced: it stays in \"" +
                    partial_ + "\"");
   }
 }

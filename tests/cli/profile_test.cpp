@@ -186,10 +186,12 @@ TEST_F(CProfileTest, WhatIsNotAnsweredDoesNotTakeAnEarlierProfilesPlace) {
   WriteIni("[faults]\nsilent=1\n");
   const std::vector<tagRun> silent = TvmgrEach({{"export", path, "--yes"},
                                                 {"diff", path + ".partial", "address:127.0.0.77:1"},
-                                                {"apply", path + ".partial", "--yes"}});
+                                                {"apply", path + ".partial", "--yes", "--json"}});
   for (const tagRun& each : silent) {
     EXPECT_EQ(each.exit_code, 4U) << each.err;
   }
+  EXPECT_EQ(Verdicts(json::parse(silent[2].out)),
+            "CLM,P not sent; CLM,S not sent; CLM,D not sent; CLM,F not sent; ");
   EXPECT_EQ(ReadFileBytes(path), "earlier");
 }
 

@@ -9,6 +9,8 @@
 #include "discovery/module_settings.h"
 #include "emulator/memory/printer_ini.h"
 #include "support/temporary_file.h"
+#include "tools/profile/json_lines.h"
+#include "tools/profile/profile_file.h"
 #include "tools/tvmgr/printer/choice_text.h"
 #include "unit/discovery/search/search_support.h"
 
@@ -123,6 +125,26 @@ TEST(FileDamageTest, ChoiceJsonIsWholeOrRefused) {
         EXPECT_TRUE(i % 3 != 0 || all[i] == whole[i]) << all[i];  // the kind of printer
       }
       EXPECT_GE(damage.is_cut ? 0U : 1U, other);
+    }
+  });
+}
+
+TEST(FileDamageTest, ProfilesAreWholeOrRefusedWithALine) {
+  const auto same = [](std::string_view text) { return std::string(text); };
+  tvmgr::tagProfile profile{"port", "USB001", "LX", "1", "", {{6, "CLM,P", "12", 0}, {52, "CUL,L", "EN", 0}}};
+  const std::string text = tvmgr::FormatProfile(profile, same);
+  const std::size_t lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  ForEachDamage("a profile", text, [&](const std::string& bytes, const tagDamage& damage) {
+    try {
+      const tvmgr::tagProfile read = tvmgr::ParseProfile(bytes, same);
+      EXPECT_TRUE(!damage.is_cut || damage.at + 1 >= text.size());
+      // A changed byte may change one key or one value, and takes no setting away.
+      ASSERT_EQ(read.settings.size(), 2U);
+      EXPECT_GE(1, (read.settings[0].key != "CLM,P") + (read.settings[0].value != "12") +
+                       (read.settings[1].key != "CUL,L") + (read.settings[1].value != "EN"));
+    } catch (const tvmgr::CFileProblem& problem) {
+      EXPECT_LE(problem.Line(), lines + 1);
+      EXPECT_STRNE(problem.what(), "");
     }
   });
 }

@@ -199,6 +199,7 @@ int RunApply(const tagGlobalOptions& global, const tagApplyOptions& options) {
   const tagPrinterChoice choice = RequireChoice(global);
   application.printer = Describe(choice);
   application.members = {{"file", options.file}};
+  NoteNothingSent(labels, application);
   const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
   session.LoadAll();

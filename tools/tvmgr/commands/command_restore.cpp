@@ -198,6 +198,7 @@ int RestoreSettings(const tagGlobalOptions& global, const tagRestoreOptions& opt
   if (application.settings.empty()) {
     throw CFailure("the backup \"" + options.file + "\" holds no settings");
   }
+  NoteNothingSent(labels, application);
   const CManagerSession session(global, choice);
   session.RequireAnsweringPrinter();
   session.LoadAll();

@@ -22,6 +22,31 @@ ETone ToneOf(EProof proof) {
   return proof == EProof::kProved ? ETone::kGood : proof == EProof::kOpen ? ETone::kOpen : ETone::kBad;
 }
 
+Json ValueJson(const std::optional<std::string>& bytes) {
+  return bytes ? Json(FromAnsi(*bytes).value_or(EscapeBytes(*bytes))) : Json();
+}
+
+Json Members(const tagApplication& application, const CLabels& labels) {
+  Json members = application.members;
+  members["dry_run"] = application.dry_run;
+  members["settings"] = Json::array();
+  for (const tagWantedSetting& setting : application.settings) {
+    members["settings"].push_back({{"id", setting.id},
+                                   {"key", setting.key},
+                                   {"name", TextOrNull(labels.NameCell(setting.id).shown)},
+                                   {"now", ValueJson(setting.now)},
+                                   {"wanted", ValueJson(setting.wanted)},
+                                   {"got", ValueJson(setting.got)},
+                                   {"verdict", setting.verdict.word},
+                                   {"reason", TextOrNull(setting.verdict.reason)}});
+  }
+  return members;
+}
+
+void Report(const Json& members) {
+  ReportFound(members.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
 class CApplication {
  public:
   CApplication(const tagGlobalOptions& global, const CManagerSession& session, const CLabels& labels,
@@ -127,7 +152,7 @@ class CApplication {
         setting->is_written = true;
         setting->verdict = {"sent, not proved", kUnknown, EProof::kOpen};
       }
-      ReportFound(Members().dump(-1, ' ', false, Json::error_handler_t::replace));
+      Report(Members(application_, labels_));
     });
     if (result != TVMGR_OK && result != TVMGR_NOT_CONFIRMED) {
       throw CallFailure("writing the settings failed, what was written is not known", "writing the settings",
@@ -160,32 +185,10 @@ class CApplication {
     }
   }
 
-  Json Members() const {
-    const auto text = [](const std::optional<std::string>& value) {
-      return value ? ValueJson(*value) : Json();
-    };
-    Json members = application_.members;
-    members["dry_run"] = application_.dry_run;
-    members["settings"] = Json::array();
-    for (const tagWantedSetting& setting : application_.settings) {
-      members["settings"].push_back({{"id", setting.id},
-                                     {"key", setting.key},
-                                     {"name", TextOrNull(labels_.NameCell(setting.id).shown)},
-                                     {"now", text(setting.now)},
-                                     {"wanted", ValueJson(setting.wanted)},
-                                     {"got", text(setting.got)},
-                                     {"verdict", setting.verdict.word},
-                                     {"reason", TextOrNull(setting.verdict.reason)}});
-    }
-    return members;
-  }
-
-  static Json ValueJson(const std::string& bytes) { return FromAnsi(bytes).value_or(EscapeBytes(bytes)); }
-
   void Print() const {
     ReportFound({});  // from here on this process tells it itself
     if (global_.json) {
-      SetJsonResult(Members());
+      SetJsonResult(Members(application_, labels_));
       return;
     }
     CRecordOutput output({{"", "KEY"},
@@ -229,6 +232,12 @@ class CApplication {
 };
 
 }  // namespace
+
+void NoteNothingSent(const CLabels& labels, const tagApplication& application) {
+  const Json members = Members(application, labels);
+  SetJsonResult(members);
+  Report(members);
+}
 
 int ApplySettings(const tagGlobalOptions& global, const CManagerSession& session, const CLabels& labels,
                   tagApplication application) {

@@ -34,6 +34,11 @@ struct tagApplication {
 };
 
 /**
+ * Notes that nothing was sent yet, for the JSON result of a run that ends before it comes to that, whatever ends it.
+ */
+void NoteNothingSent(const CLabels& labels, const tagApplication& application);
+
+/**
  * Brings a printer whose settings have just been read to the wanted values: shows what it has, asks, writes what differs
  * (resolutions last, in a transaction of their own), reads everything back, and prints one verdict for each setting,
  * also when it ends early. Throws as commands do; see docs/profiles.md for the verdicts.

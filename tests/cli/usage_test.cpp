@@ -86,6 +86,27 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
   EXPECT_EQ(Log(), "");
 }
 
+TEST_F(CUsageTest, EveryTableCanBeCutToTheColumnsThatItHas) {
+  WriteIni("[faults]\nlatency_ms=0\n");
+  StoreOnE("LOGO.PNG", "bytes");
+  const std::vector<std::vector<std::string>> tables = {
+      {"get", "CLR,Z"}, {"files"}, {"ports"}, {"op", "--list"}, {"backup", "coverage"}, {"set", "CLM,P=1"}};
+  const std::vector<tagRun> runs = TvmgrEach(tables);
+  std::vector<std::vector<std::string>> cut = tables;
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    std::string columns = runs[i].out.substr(0, runs[i].out.find('\n'));
+    for (std::size_t gap = columns.find("  "); gap != std::string::npos; gap = columns.find("  ")) {
+      columns.replace(gap, columns.find_first_not_of(' ', gap) - gap, ",");
+    }
+    cut[i].insert(cut[i].end(), {"--columns", columns});
+  }
+  const std::vector<tagRun> again = TvmgrEach(cut);
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    EXPECT_EQ(again[i].exit_code, 0U) << again[i].err;
+    EXPECT_EQ(again[i].out, runs[i].out);
+  }
+}
+
 TEST_F(CUsageTest, HelpNamesEveryCommandAndEachHasExamples) {
   const std::vector<std::string> commands = {
       "search", "use",   "info", "ports", "status", "get",    "set",     "prefix", "codes",      "op",

@@ -48,7 +48,7 @@ void AddLabelsOption(CLI::App* parser, std::string& labels);
 
 /**
  * The options --columns and --sort of a command that prints one table, with these headings. They are not for
- * --json, whose documents have all members.
+ * --json, whose documents have all members, and not for --printers, which has a table of its own.
  */
 void AddTableOptions(CLI::App* parser, std::vector<std::string> headings);
 

@@ -24,6 +24,7 @@ tagCommand AddOperation(CLI::App& program, const tagGlobalOptions& global) {
       "Exit code 3 when the printer is still busy at the end.\n\n"
       "Examples:\n  tvmgr op --list\n  tvmgr op print-configuration\n  tvmgr op wipe-graphics --yes\n"
       "  tvmgr op send-data --file label.prn");
+  AddTableOptions(parser, {"OPERATION", "CONFIRM", "WHAT IT DOES"});
   return {parser, [&global, options] { return RunOperation(global, *options); },
           tagWatch{60, kLeftByWriting}};
 }
@@ -79,6 +80,7 @@ tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
       "a folder, with a verdict for each; one that matches nothing is an error.\n\n"
       "Examples:\n  tvmgr fetch LOGO.PNG -o logo.png\n  tvmgr fetch LABEL.ZPL > label.zpl\n"
       "  tvmgr fetch \"E:*\" -o stored");
+  AddTableOptions(parser, {"NAME", "BYTES", "FILE", "REASON"});
   return {parser, [&global, options] { return RunFetch(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 

@@ -55,7 +55,7 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
       "them included. Exit codes: 0 all written, 1 not, 3 not to be proved.\n" +
       std::string(kDryRunFooter) +
       "\n\nExamples:\n  tvmgr set CLM_P=12 CLS_L=3\n  tvmgr set --keep-resolution CLR_Z=300");
-  AddTableOptions(parser, {"ID", "KEY", "ASKED", "GOT", "VERDICT", "REASON"});
+  AddTableOptions(parser, {"ID", "KEY", "NAME", "ASKED", "GOT", "VERDICT", "REASON"});
   return {parser, [&global, options] { return RunSet(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 

@@ -142,7 +142,11 @@ class ExchangeScriptTest : public CTransactionTest {
            return TVMGR_LoadSetting(line.first == "all", line.first == "all" ? 0 : line.Number(line.first));
          }},
         {"load-list", [&] { return TVMGR_LoadSettingByList(line.first == "1"); }},
-        {"prefix", [&] { return TVMGR_UpdatePrefix(line.first.at(0), line.first.at(1), line.first.at(2)); }},
+        {"prefix",
+         [&] {
+           const auto byte = [&](std::size_t at) { return static_cast<std::uint8_t>(line.first.at(at)); };
+           return TVMGR_UpdatePrefix(byte(0), byte(1), byte(2));
+         }},
         {"status", [&] { return TVMGR_GetPrinterStatus(&status_); }},
         {"ask-prefix", [&] { return TVMGR_IsDefaultPrefix(&is_default_); }},
         {"fetch",

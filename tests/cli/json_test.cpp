@@ -66,16 +66,17 @@ TEST_F(CJsonTest, ErrorsAreObjectsThatNameStepPrinterAndAdvice) {
   const std::vector<tagRun> usage = TvmgrEach({{"--json"},
                                                {"get", "--json"},
                                                {"set", "--json"},
+                                               {"files", "--sort", "name", "--json"},
                                                {"fetch", "LOGO.PNG", "--json"},
                                                {"backup", "check", Utf8Path("none"), "--json"}});
-  const std::vector<json> commands = {nullptr, "get", "set", "fetch", "backup check"};
+  const std::vector<json> commands = {nullptr, "get", "set", "files", "fetch", "backup check"};
   for (std::size_t i = 0; i < usage.size(); ++i) {
     document = Parsed(usage[i]);
     EXPECT_EQ(document["command"], commands[i]) << usage[i].err;
-    EXPECT_EQ(document["error"]["exit_code"], i == 4 ? 5 : 2);
+    EXPECT_EQ(document["error"]["exit_code"], i == 5 ? 5 : 2);
     EXPECT_EQ(document["error"]["printer"], nullptr);
     EXPECT_THAT(document["error"]["advice"].get<std::string>(),
-                HasSubstr(i == 4 ? "check the path" : "--help"));
+                HasSubstr(i == 5 ? "check the path" : "--help"));
   }
 }
 

@@ -100,8 +100,8 @@ TEST_F(PrinterSearchTest, AUsbSearchListsTheInterfacesAfterItsTime) {
   EXPECT_EQ(0x1A2B, record.value1);
   EXPECT_EQ(7, record.value2);
 
-  usb_.entries.clear();
-  ASSERT_EQ(TVMGR_OK, search->Start(kUsb, 0));
+  usb_.has_memory = false;
+  ASSERT_EQ(TVMGR_OUT_OF_MEMORY, search->Start(kUsb, 0));
   EXPECT_EQ(2U, CountOf(*search, kUsb));  // of the last search that ended
   EXPECT_EQ(TVMGR_OK, search->Stop(kUsb));
   EXPECT_EQ(0U, CountOf(*search, kUsb));

@@ -67,11 +67,12 @@ class CTestThreads final : public IThreads {
   const std::unique_ptr<IThreads> real_ = MakeThreads();
 };
 
-/** USB printers of the test's own; each call gives what is listed at that time. */
+/** USB printers of the test's own; each call gives what is listed at that time, while there is memory. */
 class CListedUsb final : public IUsbPrinterSource {
  public:
-  std::vector<tagUsbRawEntry> Enumerate() override { return entries; }
+  std::vector<tagUsbRawEntry> Enumerate() override { return has_memory ? entries : throw std::bad_alloc(); }
   std::vector<tagUsbRawEntry> entries;
+  bool has_memory = true;
 };
 
 /** An emulated printer on the loopback address, served by a thread; what it gets counts as broadcast too. */

@@ -122,7 +122,7 @@ std::string FormatProfile(const tagProfile& profile,
 }
 
 bool LooksLikeProfile(std::string_view text) {
-  return text.substr(0, 4096).find(kFormat) != std::string_view::npos;
+  return text.find(kFormat) != std::string_view::npos;
 }
 
 }  // namespace tvmgr

@@ -15,6 +15,7 @@
 #include "output/text_layout.h"
 #include "printer/answers.h"
 #include "printer/manager_session.h"
+#include "profile/profile_settings.h"
 #include "profile/required_settings.h"
 #include "profile/settings_application.h"
 #include "tavira/TaviraManager.h"
@@ -190,8 +191,15 @@ int RestoreSettings(const tagGlobalOptions& global, const tagRestoreOptions& opt
   const CLabels labels(options.labels);
   tagApplication application{{}, Describe(choice), options.yes, options.dry_run, {{"file", options.file}}};
   for (const tagBackupSetting& setting : contents.settings) {
-    if (const std::optional<tagSettingName> known = FindSetting(setting.key);
-        known && !setting.value.empty()) {
+    const std::optional<tagSettingName> known = FindSetting(setting.key);
+    const bool is_double =
+        std::any_of(application.settings.begin(), application.settings.end(),
+                    [&](const tagWantedSetting& other) { return other.key == setting.key; });
+    // Only what --force lets through.
+    if (known && (is_double || !IsSafeValue(setting.value) || !WhyNotInProfiles(known->id).empty())) {
+      throw CFailure("nothing was written: " + setting.key + " stands in the backup as no backup has it");
+    }
+    if (known && !setting.value.empty()) {
       application.settings.push_back({known->id, setting.key, setting.value});
     }
   }

@@ -14,6 +14,8 @@
 namespace tvmgr {
 namespace {
 
+constexpr char kSent[] = "sent, not proved";
+
 struct tagOutcome {
   std::string verdict = "not sent";
   std::string reason = {};
@@ -32,6 +34,10 @@ void SetProtection(const CManagerSession& session, const tagBackupFile& file, ch
 
 tagOutcome Restore(const CManagerSession& session, const tagBackupFile& file) {
   tagOutcome outcome;
+  if (session.WaitOrInterrupted(0)) {
+    outcome.reason = "stopped by Ctrl-C";
+    return outcome;
+  }
   try {
     const std::string name = NameOf(file);
     const tagFileKind* const kind = KindOfFile(name);
@@ -43,7 +49,7 @@ tagOutcome Restore(const CManagerSession& session, const tagBackupFile& file) {
     if (!ListedName(session, download).empty()) {
       SetProtection(session, file, 'N');
     }
-    outcome = {"sent, not proved", "", kExitUnproved};
+    outcome = {kSent, "", kExitUnproved};
     StoreFile(session, download);
     outcome = {"stored and read back", "", kExitDone};
     if (file.is_protected) {
@@ -54,11 +60,24 @@ tagOutcome Restore(const CManagerSession& session, const tagBackupFile& file) {
     const bool is_stored = outcome.exit_code == kExitDone;
     outcome.reason = is_stored ? "its protection was not set: " + std::string(error.what()) : error.what();
     outcome.exit_code = error.ExitCode();
-    if (error.ExitCode() == kExitFailed && !is_stored && outcome.verdict != "not sent") {
-      outcome.verdict = "not as in the backup";
+    if (error.ExitCode() == kExitFailed && outcome.verdict == kSent && !session.WaitOrInterrupted(0)) {
+      outcome.verdict = "failed";
     }
   }
   return outcome;
+}
+
+// For whoever watches this process, should the next file be its last.
+void ReportOutcomes(const std::vector<tagBackupFile>& files, const std::vector<tagOutcome>& outcomes) {
+  Json rows = Json::array();
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const tagOutcome outcome =
+        i < outcomes.size() ? outcomes[i] : tagOutcome{i == outcomes.size() ? kSent : "not sent"};
+    rows.push_back(
+        {{"name", NameOf(files[i])}, {"verdict", outcome.verdict}, {"reason", TextOrNull(outcome.reason)}});
+  }
+  ReportFound(
+      Json({{"files", rows}, {"dry_run", false}}).dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace
@@ -97,21 +116,24 @@ int RestoreFiles(const tagGlobalOptions& global, const CManagerSession& session,
   CRecordOutput output({{"name", "NAME"}, {"verdict", "VERDICT"}, {"reason", "REASON"}});
   bool is_silent = false;
   int worst = kExitDone;
+  std::vector<tagOutcome> outcomes;
   for (const tagBackupFile& file : files) {
+    ReportOutcomes(files, outcomes);
     // Each of the others would cost minutes.
     const tagOutcome outcome = is_silent
                                    ? tagOutcome{"not sent", "the printer no longer answers", kExitUnreachable}
                                    : Restore(session, file);
+    outcomes.push_back(outcome);
     is_silent = is_silent || outcome.exit_code == kExitUnreachable;
-    worst = worst == kExitFailed               ? worst
-            : outcome.exit_code == kExitFailed ? kExitFailed
-                                               : std::max(worst, outcome.exit_code);
+    worst = worst == kExitFailed || outcome.exit_code == kExitFailed ? kExitFailed
+                                                                     : std::max(worst, outcome.exit_code);
     const ETone tone = outcome.exit_code == kExitDone       ? ETone::kGood
                        : outcome.exit_code == kExitUnproved ? ETone::kOpen
                                                             : ETone::kBad;
     output.Add({tagCell::Text(NameOf(file)), tagCell::Verdict(outcome.verdict, tone),
                 tagCell::TextOrNull(outcome.reason)});
   }
+  ReportFound({});
   global.json ? output.SetAsJson("files") : output.PrintTable();
   AddJsonMember("dry_run", false);
   if (is_silent) {

@@ -17,13 +17,14 @@ void TellInterruptedResult(const std::string& found, bool json) {
     return;
   }
   const Json settings = members.value("settings", Json::array());
-  const bool was_sent = std::any_of(settings.begin(), settings.end(), [](const Json& setting) {
-    return setting.value("verdict", "") == "sent, not proved";
+  const Json rows = settings.empty() ? members.value("files", Json::array()) : settings;
+  const bool was_sent = std::any_of(rows.begin(), rows.end(), [](const Json& row) {
+    return row.value("verdict", "") == "sent, not proved";
   });
-  CRecordOutput output({{"", "KEY"}, {"", "WANTED"}, {"", "VERDICT"}});
-  for (const Json& setting : was_sent ? settings : Json::array()) {
-    output.Add({tagCell::Text(setting.value("key", "")), tagCell::Text(setting.value("wanted", "")),
-                tagCell::Verdict(setting.value("verdict", ""), ETone::kOpen)});
+  CRecordOutput output({{"", settings.empty() ? "NAME" : "KEY"}, {"", "VERDICT"}});
+  for (const Json& row : was_sent ? rows : Json::array()) {
+    output.Add({tagCell::Text(row.value(settings.empty() ? "name" : "key", "")),
+                tagCell::Verdict(row.value("verdict", ""), ETone::kOpen)});
   }
   output.PrintTable();
 }

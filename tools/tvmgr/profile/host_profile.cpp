@@ -1,5 +1,6 @@
 #include "profile/host_profile.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "files/host_data.h"
@@ -16,6 +17,16 @@ namespace {
       "the file \"" + path + "\"" +
       (problem.Line() == 0 ? " cannot be used: " : ", line " + std::to_string(problem.Line()) + ": ") +
       MakeVisible(problem.what()));
+}
+
+// Before it is read: what somebody names by mistake may be gigabytes.
+std::string ReadSmallFile(const std::string& path, std::size_t largest) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(std::filesystem::path(ToWide(path)), error);
+  if (!error && size > largest) {
+    Refuse(path, CFileProblem(0, "it is larger than " + std::to_string(largest) + " bytes"));
+  }
+  return ReadHostFile(path);
 }
 
 std::string BytesOf(std::string_view shown) {
@@ -45,7 +56,7 @@ tagProfile ParseHostProfile(const std::string& path, const std::string& text) {
 }
 
 tagProfile ReadProfile(const std::string& path) {
-  return ParseHostProfile(path, ReadHostFile(path));
+  return ParseHostProfile(path, ReadSmallFile(path, kLargestProfile));
 }
 
 CLabels::CLabels(const std::string& path) {
@@ -53,7 +64,7 @@ CLabels::CLabels(const std::string& path) {
     return;
   }
   try {
-    labels_ = ParseLabels(ReadHostFile(path));
+    labels_ = ParseLabels(ReadSmallFile(path, kLargestLabels));
   } catch (const CFileProblem& problem) {
     Refuse(path, problem);
   }

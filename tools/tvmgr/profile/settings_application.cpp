@@ -101,7 +101,7 @@ class CApplication {
       const std::string digits = session_.Value(id).value_or("");
       for (const tagWantedSetting& setting : application_.settings) {
         const bool holds = std::any_of(setting.wanted.begin(), setting.wanted.end(), [&](const char& c) {
-          return ToHex({&c, 1}) == digits;
+          return EqualsIgnoreCase(ToHex({&c, 1}), digits);
         });
         if (IsToWrite(setting) && holds) {
           throw CFailure(

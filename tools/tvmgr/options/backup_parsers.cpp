@@ -112,7 +112,8 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
       "silent.\n\n"
       "Examples:\n  tvmgr restore shop7.bak\n  tvmgr --address 192.0.2.7 restore shop7.bak --yes --json\n"
       "  tvmgr restore shop7.bak --settings --dry-run\n  tvmgr restore shop7.bak --files LOGO.PNG \"*.ZPL\"");
-  AddTableOptions(parser, {"WHAT", "BACKUP", "PRINTER", "VERDICT"});
+  AddTableOptions(parser,
+                  {"WHAT", "BACKUP", "PRINTER", "VERDICT", "KEY", "NAME", "NOW", "WANTED", "GOT", "REASON"});
   const auto run = [&global, options, files] {
     options->files = files->count() > 0;
     // Without names the parser brings an empty one.

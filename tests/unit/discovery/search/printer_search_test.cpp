@@ -159,6 +159,7 @@ TEST_F(PrinterSearchTest, ABroadcastThatCannotBeMadeEndsTheSearchAtOnce) {
   EXPECT_EQ(TVMGR_OK, search->Start(kNetwork, 0));
   EXPECT_EQ((tagEndpoint{0xFFFFFFFF, 3289}), scripted_.last_sent_to);
   EXPECT_EQ(1U, scripted_.options["broadcast"]);
+  EXPECT_EQ(1U, scripted_.Count("receive buffer"));
   EXPECT_EQ(1U, scripted_.controls[kControlNonBlocking]);
   Destroy(search);
   EXPECT_LT(1U, scripted_.Count("poll"));  // announcements are taken while it runs, not at its end only

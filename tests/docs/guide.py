@@ -6,6 +6,7 @@ A comment in front of a fenced block says what the block is:
   <!-- transcript -->          programs of the guide, over the module and the emulated printer as libraries for Linux
   <!-- network transcript -->  the same, in a network of three emulated printers: 127.0.0.2, .3 and .4
   <!-- tvmgr transcript -->    tvmgr, under Wine
+  <!-- printers transcript --> tvmgr, in the network of tests/network/batch_test.py
 
 In a transcript the lines behind "> " are commands, the others what they print, standard error included. "…" stands for any
 text, alone in a line for any lines. A command that fails is followed by "> echo %ERRORLEVEL%".
@@ -19,7 +20,7 @@ DOCS = Path(__file__).resolve().parents[2] / "docs"
 # These are no guides: how the repository is built inside, the index, tvmgr and the format of its --json.
 OTHER_PAGES = {"ARCHITECTURE.md", "README.md", "json.md", "tvmgr.md"}
 PROGRAM_LANGUAGES = {"c", "cpp", "csharp", "ini", "python"}
-MARK = re.compile(r"<!-- (?:file (?P<name>\S+)|(?P<stage>(?:network |tvmgr )?)transcript) -->")
+MARK = re.compile(r"<!-- (?:file (?P<name>\S+)|(?P<stage>(?:network |printers |tvmgr )?)transcript) -->")
 
 
 @dataclass
@@ -28,7 +29,7 @@ class Block:
     language: str
     text: str
     name: str = ""  # of the file that it is
-    stage: str = ""  # of a transcript: "native", "network" or "tvmgr"
+    stage: str = ""  # of a transcript: "native", "network", "printers" or "tvmgr"
 
 
 def blocks(text):

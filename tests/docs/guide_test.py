@@ -2,7 +2,7 @@
 """Runs what a guide shows, and compares what comes out; see guide.py for the form.
 
 Usage: guide_test.py native|network BIN_FOLDER WORK_FOLDER GUIDE        (network: through in_namespace.sh)
-       guide_test.py tvmgr BIN_FOLDER WORK_FOLDER GUIDE WINE
+       guide_test.py tvmgr|printers BIN_FOLDER WORK_FOLDER GUIDE WINE      (printers: through batch_test.py)
 """
 
 import os
@@ -75,7 +75,7 @@ class Shell:
         if words[0] == "copy":
             shutil.copy(self.path(words[1]), self.path(words[2]))
             return ""
-        if STAGE == "tvmgr":
+        if STAGE in ("tvmgr", "printers"):
             program = BIN / "tvmgr.exe" if words[0] == "tvmgr" else self.path(words[0] + ".exe")
             command = [*WINE, program, *words[1:]]
         elif words[0] == "python":

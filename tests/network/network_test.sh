@@ -1,6 +1,6 @@
 #!/bin/bash
 # A host under Wine and three emulated printers in a network namespace of their own: search with a real broadcast,
-# choose a printer, load, store, back up.
+# choose a printer, load, store, back up; then twenty at once.
 # Usage: network_test.sh LXEMU_NETWORK BIN_FOLDER WORK_FOLDER
 #   LXEMU_NETWORK  the native program    BIN_FOLDER  tvmgr.exe, TaviraManager.dll, Ferrolink.dll, network_probe.exe,
 #     manager_tests.exe, module_loading_tests.exe
@@ -197,5 +197,8 @@ step "The printers end when they are told to"
 kill -TERM "${started[0]}"
 wait "${started[0]}" || fail "lxemu_network ended with code $?"
 started=("${started[@]:1}")
+
+step "Twenty printers at once, four of them off, silent, busy and refusing"
+"${BASH_SOURCE[0]%/*}/batch_test.py" "$program" "$bin" "$work/batch" "$wine" 8<&- || fail "batch_test.py"
 
 printf '\nThe network test passed.\n'

@@ -26,7 +26,7 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
   const auto diff = std::make_shared<tagBackupDiffOptions>();
   CLI::App* const parser = program.add_subcommand(
       "backup", "write settings and stored files to a file; check and compare backups");
-  parser->add_option("file", options->file, "the file to write");
+  parser->add_option("-o,--output,file", options->file, "the file to write");
   parser->add_option("--sections", options->sections,
                      "settings, graphics, formats, fonts, background, or letters of SITFBCP; with commas");
   parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");

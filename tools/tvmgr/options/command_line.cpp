@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "batch/batch_command.h"
 #include "options/command_parsers.h"
 #include "output/command_error.h"
 #include "output/console.h"
@@ -18,7 +19,7 @@
 namespace tvmgr {
 namespace {
 
-void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
+void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global, tagBatchOptions& batch) {
   program.add_option("--device", global.device, "the printer by its USB device path")
       ->envname(kDeviceVariable);
   program.add_option("--port", global.port, "the printer by its port of the print spooler")
@@ -39,6 +40,17 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global) {
       .add_option("--timeout", global.timeout_s,
                   "seconds until the printer is asked whether it is still there; 0: never")
       ->check(CLI::Range(0.0, 1e6));
+  program
+      .add_option("--printers", batch.printers,
+                  "several printers: A,B,C, a file with one a line, or found (searched now)")
+      ->check(CLI::Validator(
+          [](std::string& text) { return std::string(text.empty() ? "names no printer" : ""); }, ""));
+  program.add_option("--jobs", batch.jobs, "so many of them at a time")
+      ->check(CLI::Range(1U, 64U))
+      ->capture_default_str();
+  program.add_option("--limit", batch.limit_s, "seconds until the work on one of them is ended; 0: never")
+      ->check(CLI::Range(0.0, 1e6))
+      ->capture_default_str();
   program.set_version_flag("-V,--version", "tvmgr " TVMGR_VERSION);
 }
 
@@ -85,6 +97,38 @@ std::string CommandName(const CLI::App& program) {
     name += (name.empty() ? "" : " ") + inner.front()->get_name();
   }
   return name;
+}
+
+/** What the user gave, for the processes that each work with one printer. */
+void AddGiven(const CLI::App& parser, tagGivenCommand& command) {
+  // What belongs to the whole run, or is put into each of them in another form.
+  constexpr std::string_view kOwn[] = {"--printers", "--jobs", "--limit", "--port", "--device",
+                                       "--address",  "--json", "--quiet", "--yes",  "--no-color"};
+  for (const CLI::Option* const option : parser.get_options()) {
+    const std::string name = option->nonpositional() ? option->get_name() : std::string();
+    command.takes_yes = command.takes_yes || name == "--yes";
+    if (option->count() > 0 && std::find(std::begin(kOwn), std::end(kOwn), name) == std::end(kOwn)) {
+      command.given.push_back({name, option->results()});
+    }
+  }
+}
+
+int RunForEach(const CLI::App& program, const CLI::App& parser, const tagGlobalOptions& global,
+               tagBatchOptions batch) {
+  if (!global.port.empty() || !global.device.empty() || !global.address.empty()) {
+    throw CUsageError("--printers names the printers: --port, --device and --address name one");
+  }
+  tagGivenCommand command;
+  command.name = CommandName(program);
+  AddGiven(program, command);
+  AddGiven(parser, command);
+  const CLI::Option* const yes = parser.get_option_no_throw("--yes");
+  batch.yes = yes != nullptr && yes->as<bool>();
+  const int exit_code = RunOnPrinters(global, batch, std::move(command));
+  if (global.json) {
+    WriteJsonDocument(exit_code, nullptr);
+  }
+  return exit_code;
 }
 
 [[noreturn]] void RefuseUsage(const CLI::App& program, const CLI::ParseError& error) {
@@ -147,7 +191,7 @@ int RunCommand(const tagCommand& command, const tagGlobalOptions& global, const 
 }
 
 int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::string> arguments,
-        const tagGlobalOptions& global, ERole role) {
+        const tagGlobalOptions& global, const tagBatchOptions& batch, ERole role) {
   // "help COMMAND" is what people type; the parser knows "COMMAND --help".
   if (!arguments.empty() && arguments.front() == "help") {
     arguments.erase(arguments.begin());
@@ -171,6 +215,9 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
     ForbidColour();
   }
   for (const tagCommand& command : commands) {
+    if (command.parser->parsed() && !batch.printers.empty()) {
+      return RunForEach(program, *command.parser, global, batch);
+    }
     if (command.parser->parsed()) {
       return RunCommand(command, global, CommandName(program), role);
     }
@@ -205,6 +252,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   const ERole role = TakeRole(arguments);
   PreparePrinterEnvironment(arguments);
   tagGlobalOptions global;
+  tagBatchOptions batch;
   CLI::App program("Reads and changes the settings and the stored files of LX-R4100 label printers.",
                    "tvmgr");
   // These three hold for the commands added later. Paths begin with "/", so that is no option.
@@ -222,8 +270,8 @@ int RunCommandLine(std::vector<std::string> arguments) {
       "and gives examples.\n"
       "Exit codes: 0 done and proved, 1 failed, 2 wrong usage, 3 done in part or not to be proved, 4 "
       "printer\n"
-      "unreachable or silent, 5 an input file is unreadable.");
-  AddGlobalOptions(program, global);
+      "unreachable or silent, 5 an input file is unreadable, 6 not done on all of --printers.");
+  AddGlobalOptions(program, global, batch);
   std::vector<tagCommand> commands;
   AddDiscoveryCommands(program, global, commands);
   AddSettingCommands(program, global, commands);
@@ -234,7 +282,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   // Also errors of the parsing itself are told as asked for.
   const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {
-    return Run(program, commands, std::move(arguments), global, role);
+    return Run(program, commands, std::move(arguments), global, batch, role);
   } catch (const CCommandError& error) {
     return Report(error, json);
   } catch (const std::bad_alloc&) {

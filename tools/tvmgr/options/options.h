@@ -26,6 +26,14 @@ struct tagGlobalOptions {
   std::optional<double> timeout_s; /**< seconds until the printer is asked whether it is there; 0: never */
 };
 
+/** Options of a run on several printers. */
+struct tagBatchOptions {
+  std::string printers; /**< a list, a file or "found"; empty: no such run */
+  std::uint32_t jobs = 8;
+  double limit_s = 3600; /**< seconds until the work on one printer is ended; 0: never */
+  bool yes = false;
+};
+
 struct tagGetOptions {
   std::vector<std::string> settings; /**< numbers, keys, groups or patterns */
   bool all = false;

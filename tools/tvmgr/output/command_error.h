@@ -8,12 +8,13 @@
 namespace tvmgr {
 
 /** Exit codes of the program, the same for every command; docs/tvmgr.md has the table. */
-constexpr int kExitDone = 0;        /**< done, and seen to be done */
-constexpr int kExitFailed = 1;      /**< not done, refused, damaged or different */
-constexpr int kExitUsage = 2;       /**< wrong usage: nothing was done */
-constexpr int kExitUnproved = 3;    /**< done in part, or done and not to be proved */
-constexpr int kExitUnreachable = 4; /**< the printer cannot be reached, or does not answer */
-constexpr int kExitInputFile = 5;   /**< an input file cannot be read, or is of another kind */
+constexpr int kExitDone = 0;         /**< done, and seen to be done */
+constexpr int kExitFailed = 1;       /**< not done, refused, damaged or different */
+constexpr int kExitUsage = 2;        /**< wrong usage: nothing was done */
+constexpr int kExitUnproved = 3;     /**< done in part, or done and not to be proved */
+constexpr int kExitUnreachable = 4;  /**< the printer cannot be reached, or does not answer */
+constexpr int kExitInputFile = 5;    /**< an input file cannot be read, or is of another kind */
+constexpr int kExitSomePrinters = 6; /**< of several printers some are not done: each has a verdict */
 
 /** What a program wants to know of an error apart from its text. */
 struct tagErrorDetails {

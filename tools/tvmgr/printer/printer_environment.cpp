@@ -11,7 +11,7 @@ namespace {
 
 bool IsChoice(std::string_view argument) {
   const std::string_view name = argument.substr(0, argument.find('='));
-  return name == "--port" || name == "--device" || name == "--address";
+  return name == "--port" || name == "--device" || name == "--address" || name == "--printers";
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "output/text_layout.h"
+#include "names/ascii_text.h"
 
 namespace tvmgr {
 namespace {

@@ -1,0 +1,78 @@
+#include "batch/batch_printers.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "batch/child_pool.h"
+#include "files/host_data.h"
+#include "output/command_error.h"
+#include "output/console.h"
+#include "output/progress.h"
+#include "output/text_encoding.h"
+#include "printer/printer_kind.h"
+
+namespace tvmgr {
+namespace {
+
+// Two kinds of search, and printers that fall silent while they are asked for their names.
+constexpr std::uint64_t kLongestSearchMs = 60'000;
+
+std::vector<tagListedPrinter> Search(const tagGlobalOptions& global) {
+  tagPrinterVerdict verdict;
+  {
+    const CProgress progress("searching printers", kLongestSearchMs, !global.quiet, {"usually 6 s", {}});
+    verdict = Judge(RunChildren({"--json search all"}, {1, kLongestSearchMs}, {}).front(), "search");
+  }
+  std::vector<tagListedPrinter> found = PrintersOfSearch(verdict.document);
+  if (!verdict.IsDone() && found.empty()) {
+    throw CFailure("the search for printers: " + verdict.reason + "; nothing was started");
+  }
+  if (!verdict.IsDone() && !global.quiet) {
+    WriteError("remark: the search for printers: " + verdict.reason + "; there may be more of them\n");
+  }
+  return found;
+}
+
+bool IsFile(const std::string& text) {
+  if (KindByLook(text) != "address" || IsNumericAddress(text)) {
+    return false;
+  }
+  std::error_code error;
+  return std::filesystem::is_regular_file(ToWide(text), error);
+}
+
+bool LooksLikeFile(const std::string& text) {
+  return KindByLook(text) != "device" && text.find(',') == std::string::npos &&
+         (text.find_first_of("/\\") != std::string::npos ||
+          EqualsIgnoreCase(std::filesystem::path(text).extension().string(), ".txt"));
+}
+
+}  // namespace
+
+tagBatchPrinters ListPrinters(const tagGlobalOptions& global, const std::string& text) {
+  tagBatchPrinters all;
+  if (text == "found") {
+    all.printers = Search(global);
+    if (all.printers.empty()) {
+      throw CFailure(
+          "the search found no printers: nothing was started (\"tvmgr search all\" searches again)");
+    }
+  } else if (IsFile(text)) {
+    all.printers = ParsePrinterFile(ReadHostFile(text), text);
+  } else if (LooksLikeFile(text)) {
+    throw CInputFileError("there is no file \"" + text + "\"");
+  } else {
+    all.printers = ParsePrinterText(text);
+  }
+  const bool has_names = std::any_of(all.printers.begin(), all.printers.end(),
+                                     [](const tagListedPrinter& printer) { return printer.kind == "name"; });
+  FindNames(all.printers, has_names ? Search(global) : std::vector<tagListedPrinter>(), all.problems);
+  for (const std::string& remark : MergeDuplicates(all.printers, all.problems)) {
+    if (!global.quiet) {
+      WriteError("remark: " + remark + "\n");
+    }
+  }
+  return all;
+}
+
+}  // namespace tvmgr

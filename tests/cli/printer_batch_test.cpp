@@ -161,7 +161,9 @@ TEST(VerdictTest, OnlyAWholeReportThatSaysWhatTheExitCodeSaysCounts) {
   const std::string settings = R"(, "settings": [{"key": "CLM,S", "verdict": "written"}])";
   const std::string error = R"({"text": "it is off", "advice": "switch it on"})";
   const tagPrinterVerdict done =
-      Judge(Ended(0, Report(0, settings), "x ... 2 s\nremark: look\r\nremark: too"), "set");
+      Judge(Ended(0, Report(0, settings),
+                  "x ... 2 s\nremark: look\r\nTVMGR_X: 0\n\ntoo\ntvmgr: it is off\nlines of it"),
+            "set");
   EXPECT_TRUE(done.IsDone());
   EXPECT_EQ(done.result, "CLM,S written");
   EXPECT_EQ(done.reason, "");

@@ -1,6 +1,6 @@
 // A TaviraManager.dll that finds and answers what SCRIPTED_MANAGER says, by these words in it: "no_network" (the
 // broadcast fails), "silent" (a printer that announced itself does not give its name), "late" (it takes 5 s for it),
-// "busy" (the printer's state). All other functions do nothing.
+// "none" (nothing is found), "quick" (searches take no time), "busy" (the printer's state). All other functions do nothing.
 #include <windows.h>
 
 #include <cstdint>
@@ -40,7 +40,7 @@ std::int32_t Nothing() {
 
 // As the module, which waits for the worker of a search, but longer than any busy computer takes for anything else.
 std::int32_t TVMGR_Terminate() {
-  while (began_at != 0 && GetTickCount64() - began_at < 12'000) {
+  while (began_at != 0 && !Says(L"quick") && GetTickCount64() - began_at < 12'000) {
     Sleep(10);
   }
   return 0;
@@ -64,7 +64,11 @@ std::int32_t TVMGR_StopSearchPrinter(std::uint32_t) {
 }
 
 std::int32_t TVMGR_GetSearchPrinterStatus() {
-  return !is_stopped && GetTickCount64() - began_at < (Says(L"late") ? 8000U : 3000U) ? 1 : 0;
+  return !is_stopped && GetTickCount64() - began_at < (Says(L"late")    ? 8000U
+                                                       : Says(L"quick") ? 0U
+                                                                        : 3000U)
+             ? 1
+             : 0;
 }
 
 std::int32_t TVMGR_GetSearchedPrinterInfo(std::int32_t kind, std::int32_t, TvmgrFoundPrinter* record,
@@ -73,7 +77,7 @@ std::int32_t TVMGR_GetSearchedPrinterInfo(std::int32_t kind, std::int32_t, Tvmgr
   static tagText device{{}, L"usb#1"};
   static tagText address{{}, L"192.0.2.7"};
   if (count != nullptr) {
-    *count = 1;
+    *count = Says(L"none") ? 0 : 1;
   }
   if (record != nullptr) {
     record->kind = kind;

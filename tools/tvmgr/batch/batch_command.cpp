@@ -169,7 +169,8 @@ class CBatchRun {
     listener.ended = [&](std::size_t i, const tagChildRun& run) {
       tagPrinterVerdict& verdict = verdicts_[places_[i]] = Judge(run, command_);
       table.SetEnded(i, verdict.took_ms, verdict.word);
-      for (const std::string& remark : global_.quiet ? std::vector<std::string>() : verdict.remarks) {
+      for (const std::string& remark :
+           global_.quiet || global_.verbose ? std::vector<std::string>() : verdict.remarks) {
         table.Say("remark: " + MakeVisible(labels_[i]) + ": " + remark);
       }
       if (global_.verbose) {

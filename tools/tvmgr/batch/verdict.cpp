@@ -25,16 +25,19 @@ std::string LastLine(std::string_view text) {
   return std::string(start == std::string_view::npos ? text : text.substr(start + 1));
 }
 
+/** All lines in front of the error, but for progress and calls (--verbose). */
 std::vector<std::string> RemarksOf(std::string_view err) {
   constexpr std::string_view kMark = "remark: ";
   std::vector<std::string> remarks;
-  while (!err.empty()) {
+  while (!err.empty() && !err.starts_with("tvmgr: ")) {
     const std::size_t end = std::min(err.find('\n'), err.size());
     std::string_view line = err.substr(0, end);
     err.remove_prefix(std::min(end + 1, err.size()));
     line = line.substr(0, line.find_last_not_of('\r') + 1);
-    if (line.starts_with(kMark)) {
-      remarks.emplace_back(line.substr(kMark.size()));
+    line.remove_prefix(line.starts_with(kMark) ? kMark.size() : 0);
+    if (!line.empty() && line.find(" ... ") == std::string_view::npos && !line.starts_with("TVMGR_") &&
+        !line.starts_with("printer: ")) {
+      remarks.emplace_back(line);
     }
   }
   return remarks;

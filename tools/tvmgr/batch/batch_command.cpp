@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <optional>
+#include <map>
 
 #include "batch/batch_output.h"
 #include "batch/batch_printers.h"
@@ -118,14 +118,16 @@ std::string CommandLine(const std::vector<std::string>& arguments) {
   return line;
 }
 
-std::vector<std::string> CommandLines(const tagBatchCommand& known, tagGivenCommand command,
-                                      const std::vector<tagListedPrinter>& printers,
-                                      const std::vector<std::string>& paths) {
+/** By the option that names it: a file of its own for each printer. */
+using tagOwnFiles = std::map<std::string, std::vector<std::string>, std::less<>>;
+
+std::vector<std::string> CommandLines(tagGivenCommand command, const std::vector<tagListedPrinter>& printers,
+                                      const tagOwnFiles& files) {
   std::vector<std::string> lines;
   for (std::size_t i = 0; i < printers.size(); ++i) {
     for (tagGivenOption& option : command.given) {
-      if (!known.output.empty() && option.name == known.output) {
-        option.values = {paths[i]};
+      if (const auto own = files.find(option.name); own != files.end()) {
+        option.values = {own->second[i]};
       }
     }
     lines.push_back(CommandLine(ChildArguments(command, printers[i])));
@@ -202,18 +204,20 @@ int RunOnPrinters(const tagGlobalOptions& global, const tagBatchOptions& options
     }
   }
   const tagBatchPrinters list = ListPrinters(global, options.printers);
-  std::vector<std::string> paths;
+  tagOwnFiles files;
+  if (const tagGivenOption* const trace = command.Find("--trace")) {
+    files["--trace"] = ExpandPattern(trace->values.front(), "--trace", list.printers, Now());
+  }
   if (!known.output.empty()) {
-    paths = OutputFiles(known, command, list.printers, options.yes);
+    files[std::string(known.output)] = OutputFiles(known, command, list.printers, options.yes);
   }
   if (known.asks && !IsSet(command, "--dry-run")) {
     Confirm("do \"" + Describe(command) + "\" on " + Describe(list.printers), options.yes);
   }
   CBatchRun run(global, command.name, list.printers, list.problems);
-  const std::vector<tagPrinterVerdict> verdicts =
-      run.Run(CommandLines(known, command, list.printers, paths),
-              {std::min<std::size_t>(options.jobs, list.printers.size()),
-               static_cast<std::uint64_t>(options.limit_s * 1000)});
+  const std::vector<tagPrinterVerdict> verdicts = run.Run(
+      CommandLines(command, list.printers, files), {std::min<std::size_t>(options.jobs, list.printers.size()),
+                                                    static_cast<std::uint64_t>(options.limit_s * 1000)});
   PrintVerdicts(global, command.name, list.printers, verdicts);
   RequireAllDone(list.printers, verdicts);
   return kExitDone;

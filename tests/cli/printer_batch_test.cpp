@@ -123,13 +123,13 @@ TEST(FilePatternTest, EveryPrinterGetsAFileOfItsOwnWithANameThatWindowsAllows) {
 TEST(ChildArgumentsTest, ChoiceStandsInFrontAndWhatIsNoOptionBehindTheMark) {
   const tagGivenCommand command{
       "put",
-      {{"--timeout", {"5"}}, {"--name", {"A B.PNG"}}, {"", {"-x.png", "get"}}, {"--force", {"true"}}},
+      {{"--timeout", {"5"}}, {"--name", {"A B.PNG"}}, {"", {"-x.png", "get"}}, {"--files", {""}}},
       true};
   EXPECT_THAT(ChildArguments(command, {"address", "h 1", "Dock", ""}),
-              ElementsAre("--json", "--address=h 1", "put", "--timeout=5", "--name=A B.PNG", "--force=true",
-                          "--yes", "--", "-x.png", "get"));
+              ElementsAre("--address=h 1", "put", "--timeout=5", "--name=A B.PNG", "--files", "", "--yes",
+                          "--json", "--", "-x.png", "get"));
   EXPECT_THAT(ChildArguments({"status", {}, false}, {"device", "\\\\?\\usb#1", "", ""}),
-              ElementsAre("--json", "--device=\\\\?\\usb#1", "status"));
+              ElementsAre("--device=\\\\?\\usb#1", "status", "--json"));
 }
 
 TEST(ChildArgumentsTest, QuotingSurvivesTheStartUpCodeOfWindowsPrograms) {
@@ -232,6 +232,12 @@ TEST(VerdictTest, ResultsOfCommandsInAFewWords) {
       {R"({"command": "put", "name": "A.PNG", "bytes": 5})", "A.PNG, 5 bytes"},
       {R"({"command": "rm", "files": [{"name": "A", "removed": true}, {"name": "B", "removed": null}]})",
        "A removed; B not"},
+      {R"({"command": "rm", "dry_run": true, "files": [{"name": "A", "removed": null}]})",
+       "A would be removed"},
+      {R"({"command": "export", "file": "a.json", "setting_count": 50})", "a.json: 50 settings"},
+      {R"({"command": "apply", "settings": [{"key": "A", "value": "", "verdict": "unchanged"}]})",
+       "A unchanged"},
+      {R"({"command": "restore", "files": [{"name": "A", "verdict": "not sent"}]})", "A not sent"},
       {R"({"command": "op", "operation": "head-check", "status_name": "busy"})", "head-check, then busy"},
       {R"({"command": "set", "error": {}})", ""},
       {R"({"command": "set", "settings": 5})", ""},

@@ -18,6 +18,7 @@ PROGRAM, BIN, WORK = (pathlib.Path(argument).resolve() for argument in sys.argv[
 WINE = sys.argv[4:]
 PRINTERS = [f"127.0.0.{number}" for number in range(2, 22)]
 SILENT, BUSY, REFUSING, OFF = "127.0.0.5", "127.0.0.9", "127.0.0.13", "127.0.0.21"
+PROFILE = '// the shop\n{"format": "tvmgr-profile", "version": 1, "settings": {"CLM,S": "3"}}\n'
 INIS = {
     SILENT: "[faults]\nsilent = 1\n",
     BUSY: "[printer]\nstate = PR\n[faults]\nlatency_ms = 400\n",
@@ -80,7 +81,8 @@ def main():
     try:
         off = switched_off()
         gone = {SILENT: "unreachable", OFF: "unreachable"}
-        run(["set", "CLM,S=3"], {**gone, REFUSING: "failed"})
+        (WORK / "shop.json").write_text(PROFILE)
+        run(["apply", "shop.json", "--yes"], {**gone, REFUSING: "failed"})
         for address in PRINTERS:
             written = address not in (OFF, SILENT, REFUSING)
             settings = WORK / "memory" / address / "settings.txt"

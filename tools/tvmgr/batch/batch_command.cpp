@@ -9,7 +9,7 @@
 #include "batch/child_pool.h"
 #include "batch/file_pattern.h"
 #include "batch/live_table.h"
-#include "files/backup_target.h"
+#include "files/file_target.h"
 #include "output/command_error.h"
 #include "output/console.h"
 #include "output/json_output.h"
@@ -28,8 +28,16 @@ struct tagBatchCommand {
 };
 
 constexpr tagBatchCommand kCommands[] = {
-    {"status", false, {}, "--watch"}, {"info"},          {"get"},       {"set"},
-    {"backup", false, "--output"},    {"restore", true}, {"put", true}, {"rm", true},
+    {"status", false, {}, "--watch"},
+    {"info"},
+    {"get"},
+    {"set"},
+    {"apply", true},
+    {"export", false, "--output"},
+    {"backup", false, "--output"},
+    {"restore", true},
+    {"put", true},
+    {"rm", true},
     {"op", true, {}, "--list"},
 };
 
@@ -90,14 +98,14 @@ std::vector<std::string> OutputFiles(const tagBatchCommand& known, const tagGive
   const tagGivenOption* const option = command.Find(known.output);
   if (option == nullptr || option->values.empty()) {
     throw CUsageError("name the files to write, as in " + command.name + " -o \"" + command.name +
-                      "-{printer}-{date}.bak\"");
+                      "-{printer}-{date}\"");
   }
   std::vector<std::string> paths =
       ExpandPattern(option->values.front(), std::string(known.output), printers, Now());
   std::string there;
   std::size_t count = 0;
   for (const std::string& path : paths) {
-    const CBackupTarget can_be_written(path);
+    const CFileTarget can_be_written(path, "the " + command.name);
     std::error_code error;
     if (std::filesystem::exists(ToWide(path), error)) {
       there += (count == 0 ? "" : ", ") + path;

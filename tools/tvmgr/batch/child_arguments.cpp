@@ -11,16 +11,24 @@ const tagGivenOption* tagGivenCommand::Find(std::string_view option) const {
 }
 
 std::vector<std::string> ChildArguments(const tagGivenCommand& command, const tagListedPrinter& printer) {
-  std::vector<std::string> arguments = {"--json", "--" + printer.kind + "=" + printer.value, command.name};
+  std::vector<std::string> arguments = {"--" + printer.kind + "=" + printer.value, command.name};
   std::vector<std::string> unnamed;
   for (const tagGivenOption& option : command.given) {
     for (const std::string& value : option.values) {
-      option.name.empty() ? unnamed.push_back(value) : arguments.push_back(option.name + "=" + value);
+      if (option.name.empty()) {
+        unnamed.push_back(value);
+      } else if (value.empty()) {
+        arguments.insert(arguments.end(), {option.name, value});  // "--name=" has none
+      } else {
+        arguments.push_back(option.name + "=" + value);
+      }
     }
   }
   if (command.takes_yes) {
     arguments.emplace_back("--yes");
   }
+  // Ends the values of an option with any number of them, which would swallow the mark.
+  arguments.emplace_back("--json");
   if (!unnamed.empty()) {
     // Whatever they look like, they are no options and no commands.
     arguments.emplace_back("--");

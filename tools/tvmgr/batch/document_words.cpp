@@ -35,7 +35,7 @@ std::string Listed(const std::vector<std::string>& texts) {
 }
 
 /** "CLM,S written", "12 written, 1 differs: CLM,P". */
-std::string Verdicts(const Json& rows, const char* name) {
+std::string Verdicts(const Json& rows, const char* name, const std::string& noun) {
   std::map<std::string, std::vector<std::string>> by_verdict;
   std::vector<std::string> order;
   for (const Json& row : rows) {
@@ -49,8 +49,8 @@ std::string Verdicts(const Json& rows, const char* name) {
   for (const std::string& verdict : order) {
     const std::vector<std::string>& names = by_verdict[verdict];
     words += words.empty() ? "" : "; ";
-    words += names.size() <= kNamed ? Listed(names) + " " + verdict
-                                    : Count(names.size(), "setting") + " " + verdict;
+    words +=
+        names.size() <= kNamed ? Listed(names) + " " + verdict : Count(names.size(), noun) + " " + verdict;
   }
   return words;
 }
@@ -67,13 +67,16 @@ std::string Values(const Json& rows) {
              : std::to_string(answered) + " of " + Count(values.size(), "setting") + " answered";
 }
 
-std::string Removed(const Json& rows) {
+std::string Removed(const Json& rows, bool is_plan) {
   std::vector<std::string> removed;
   std::vector<std::string> others;
   for (const Json& row : rows) {
     (row.value("removed", Json()) == Json(true) ? removed : others).push_back(At(row, "name"));
   }
-  std::string words = removed.empty() ? "" : Listed(removed) + " removed";
+  if (is_plan) {
+    return others.empty() ? "" : Listed(others) + " would be removed";
+  }
+  const std::string words = removed.empty() ? "" : Listed(removed) + " removed";
   return others.empty() ? words : words + (words.empty() ? "" : "; ") + Listed(others) + " not";
 }
 
@@ -81,7 +84,7 @@ std::string OfSettings(const Json& settings) {
   if (!settings.is_array() || settings.empty() || !settings.front().is_object()) {
     return {};
   }
-  return settings.front().contains("verdict") ? Verdicts(settings, "key")
+  return settings.front().contains("verdict") ? Verdicts(settings, "key", "setting")
          : settings.front().contains("value") ? Values(settings)
                                               : std::string();
 }
@@ -102,16 +105,24 @@ std::string DocumentWords(const Json& document) {
            At(document, "file_count") + " files";
   }
   if (command == "restore" && document.contains("differences")) {
-    const std::string words = Verdicts(document["differences"], "subject");
+    const std::string words = Verdicts(document["differences"], "subject", "difference");
     return words.empty() ? At(document, "setting_count") + " settings and " + At(document, "file_count") +
                                " files equal"
                          : words;
   }
+  if (command == "export" && document.contains("setting_count")) {
+    return At(document, "file") + ": " + At(document, "setting_count") + " settings";
+  }
+  const bool is_plan = document.value("dry_run", Json()) == Json(true);
   if (command == "put" && document.contains("bytes")) {
-    return At(document, "name") + ", " + At(document, "bytes") + " bytes";
+    return At(document, "name") + ", " + At(document, "bytes") + " bytes" +
+           (is_plan ? " would be stored" : "");
+  }
+  if (command == "restore" && document.contains("files") && document["files"].is_array()) {
+    return Verdicts(document["files"], "name", "file");
   }
   if (command == "rm" && document.contains("files") && document["files"].is_array()) {
-    return Removed(document["files"]);
+    return Removed(document["files"], is_plan);
   }
   if (command == "op" && document.contains("status_name")) {
     return At(document, "operation") + ", then " + At(document, "status_name");

@@ -13,7 +13,7 @@ constexpr char kAllHelp[] = "also settings that belong to one device";
 tagCommand AddExport(CLI::App& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagExportOptions>();
   CLI::App* const parser = program.add_subcommand("export", "write the printer's settings to a profile");
-  parser->add_option("file", options->file, "the profile to write")->required();
+  parser->add_option("-o,--output,file", options->file, "the profile to write")->required();
   parser->add_flag("--all", options->all, kAllHelp);
   parser->add_option("--only", options->only, kOnlyHelp);
   parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");

@@ -46,7 +46,7 @@ TEST_F(CSeveralPrintersTest, WhatCannotBeStartedIsRefusedBeforeAnyPrinterIsAsked
       {{"status", "--printers", folder + "\\list.txt"}, 5, "there is no file"},
       {{"status", "--printers", "USB001", "--jobs", "0"}, 2, "not in range"},
       {{"status", "--printers", "USB001", "--watch"}, 2, "--watch is for one printer"},
-      {{"get", "CLM,S", "--printers", "USB001", "--columns", "key"}, 2, "--columns is for one printer"},
+      {{"get", "CLM,S", "--printers", "USB001", "--columns", "key"}, 2, "not with --printers"},
       {{"status", "--printers", "USB001", "--port", "USB002"}, 2, "name one"},
       {{"backup", "check", list, "--printers", "USB001"}, 2, "\"tvmgr backup check\" takes no --printers"},
       {{"backup", "--printers", "USB001"}, 2, "name the files to write"},

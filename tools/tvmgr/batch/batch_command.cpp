@@ -205,11 +205,8 @@ class CBatchRun {
 int RunOnPrinters(const tagGlobalOptions& global, const tagBatchOptions& options, tagGivenCommand command) {
   NoteJsonCommand("printers");
   const tagBatchCommand& known = FindCommand(command.name);
-  for (const std::string_view option :
-       {known.single, std::string_view("--columns"), std::string_view("--sort")}) {
-    if (!option.empty() && IsSet(command, option)) {
-      throw CUsageError(std::string(option) + " is for one printer at a time");
-    }
+  if (!known.single.empty() && IsSet(command, known.single)) {
+    throw CUsageError(std::string(known.single) + " is for one printer at a time");
   }
   const tagBatchPrinters list = ListPrinters(global, options.printers);
   tagOwnFiles files;

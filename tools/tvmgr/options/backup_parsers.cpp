@@ -20,17 +20,17 @@ void RefuseOuterOptions(const tagBackupOptions& backup) {
   }
 }
 
-void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+void AddBackup(const CParser& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
   const auto options = std::make_shared<tagBackupOptions>();
   const auto check = std::make_shared<tagBackupCheckOptions>();
   const auto diff = std::make_shared<tagBackupDiffOptions>();
-  CLI::App* const parser = program.add_subcommand(
-      "backup", "write settings and stored files to a file; check and compare backups");
-  parser->add_option("-o,--output,file", options->file, "the file to write");
-  parser->add_option("--sections", options->sections,
-                     "settings, graphics, formats, fonts, background, or letters of SITFBCP; with commas");
-  parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
-  parser->footer(
+  const CParser parser =
+      program.AddCommand("backup", "write settings and stored files to a file; check and compare backups");
+  parser.Add("-o,--output,file", options->file, "the file to write");
+  parser.Add("--sections", options->sections,
+             "settings, graphics, formats, fonts, background, or letters of SITFBCP; with commas");
+  parser.AddFlag("--yes", options->yes, "overwrite an existing file without asking");
+  parser.Footer(
       "Without --sections: settings and all stored files of device E:. The backup grows in FILE.partial, is\n"
       "checked and compared with what the printer said it has, and only then takes the place of FILE. When\n"
       "something is missing, FILE stays as it was, and FILE.partial holds what there is.\n"
@@ -42,10 +42,10 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
       "Examples:\n  tvmgr backup shop7.bak\n  tvmgr backup looks.bak --sections \"graphics,fonts\"\n"
       "  tvmgr backup check shop7.bak\n  tvmgr backup diff monday.bak tuesday.bak");
 
-  CLI::App* const check_parser =
-      parser->add_subcommand("check", "tell whether a file is a whole backup, and what it holds");
-  check_parser->add_option("file", check->file, "the backup")->required();
-  check_parser->footer(
+  const CParser check_parser =
+      parser.AddCommand("check", "tell whether a file is a whole backup, and what it holds");
+  check_parser.Add("file", check->file, "the backup").Required();
+  check_parser.Footer(
       "Needs no printer. Every setting has to stand there once, in its place and with a value, the prefix\n"
       "characters too; every file with its own download command, whose checksum and size are verified.\n" +
       std::string(kNotSeenByChecks) +
@@ -53,18 +53,18 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
       "Exit codes: 0 complete, 1 not complete, 5 unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup check shop7.bak --json");
 
-  CLI::App* const diff_parser = parser->add_subcommand("diff", "compare two backups");
-  diff_parser->add_option("a", diff->first, "a backup")->required();
-  diff_parser->add_option("b", diff->second, "another backup")->required();
-  diff_parser->footer(
+  const CParser diff_parser = parser.AddCommand("diff", "compare two backups");
+  diff_parser.Add("a", diff->first, "a backup").Required();
+  diff_parser.Add("b", diff->second, "another backup").Required();
+  diff_parser.Footer(
       "Needs no printer. The time stamps and the order of files do not count. What backups do not hold is "
       "not\n"
       "compared: 55 of the printer's 76 settings, 58 with the prefix characters, are.\n"
       "Exit codes: 0 equal, 1 different, 3 a file is not complete, 5 one is unreadable or no backup.\n\n"
       "Example:\n  tvmgr backup diff monday.bak tuesday.bak");
 
-  CLI::App* const coverage = parser->add_subcommand("coverage", "list which settings a backup holds");
-  coverage->footer("Needs no printer.\n\nExample:\n  tvmgr backup coverage");
+  const CParser coverage = parser.AddCommand("coverage", "list which settings a backup holds");
+  coverage.Footer("Needs no printer.\n\nExample:\n  tvmgr backup coverage");
   AddTableOptions(coverage, {"ID", "KEY", "IN BACKUPS"});
 
   commands.push_back({coverage, [&global, options] {
@@ -83,23 +83,20 @@ void AddBackup(CLI::App& program, const tagGlobalOptions& global, std::vector<ta
                       tagWatch{90, std::string("The backup is not whole. ") + kLeftByReading}});
 }
 
-tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddRestore(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagRestoreOptions>();
-  CLI::App* const parser = program.add_subcommand("restore", "send a backup back to the printer");
-  parser->add_option("file", options->file, "the backup")->required();
-  parser->add_flag("--yes", options->yes, "do not ask");
-  parser->add_flag("--force", options->force, "send the file even when it is not a complete backup");
-  CLI::Option* const settings =
-      parser->add_flag("--settings", options->settings, "only the settings, one by one");
-  CLI::Option* const files =
-      parser
-          ->add_option("--files", options->names,
-                       "only stored files, one by one: all, or these names and patterns")
-          ->expected(0, CLI::detail::expected_max_vector_size)
-          ->excludes(settings);
-  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
+  const CParser parser = program.AddCommand("restore", "send a backup back to the printer");
+  parser.Add("file", options->file, "the backup").Required();
+  parser.AddFlag("--yes", options->yes, "do not ask");
+  parser.AddFlag("--force", options->force, "send the file even when it is not a complete backup");
+  const COption settings = parser.AddFlag("--settings", options->settings, "only the settings, one by one");
+  const COption files =
+      parser.Add("--files", options->names, "only stored files, one by one: all, or these names and patterns")
+          .AnyWords()
+          .Excludes(settings);
+  parser.AddFlag("--dry-run", options->dry_run, kDryRunHelp);
   AddLabelsOption(parser, options->labels);
-  parser->footer(
+  parser.Footer(
       "Files that the backup does not name stay. Afterwards the settings that the backup has values for are\n"
       "compared with the printer's, and the files are read back and compared by content; those that the\n"
       "printer does not send back, by name. Their protection is not compared. A backup with settings\n"
@@ -115,7 +112,7 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
   AddTableOptions(parser,
                   {"WHAT", "BACKUP", "PRINTER", "VERDICT", "KEY", "NAME", "NOW", "WANTED", "GOT", "REASON"});
   const auto run = [&global, options, files] {
-    options->files = files->count() > 0;
+    options->files = files.IsGiven();
     // Without names the parser brings an empty one.
     std::erase(options->names, std::string());
     return RunRestore(global, *options);
@@ -125,7 +122,8 @@ tagCommand AddRestore(CLI::App& program, const tagGlobalOptions& global) {
 
 }  // namespace
 
-void AddBackupCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+void AddBackupCommands(const CParser& program, const tagGlobalOptions& global,
+                       std::vector<tagCommand>& commands) {
   AddBackup(program, global, commands);
   commands.push_back(AddRestore(program, global));
 }

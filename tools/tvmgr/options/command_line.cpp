@@ -1,5 +1,6 @@
 #include "options/command_line.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
@@ -215,10 +216,10 @@ int Run(CLI::App& program, std::vector<tagCommand>& commands, std::vector<std::s
     ForbidColour();
   }
   for (const tagCommand& command : commands) {
-    if (command.parser->parsed() && !batch.printers.empty()) {
-      return RunForEach(program, *command.parser, global, batch);
+    if (command.parser.App().parsed() && !batch.printers.empty()) {
+      return RunForEach(program, command.parser.App(), global, batch);
     }
-    if (command.parser->parsed()) {
+    if (command.parser.App().parsed()) {
       return RunCommand(command, global, CommandName(program), role);
     }
   }
@@ -273,12 +274,13 @@ int RunCommandLine(std::vector<std::string> arguments) {
       "unreachable or silent, 5 an input file is unreadable, 6 not done on all of --printers.");
   AddGlobalOptions(program, global, batch);
   std::vector<tagCommand> commands;
-  AddDiscoveryCommands(program, global, commands);
-  AddSettingCommands(program, global, commands);
-  AddDataCommands(program, global, commands);
-  AddBackupCommands(program, global, commands);
-  AddProfileCommands(program, global, commands);
-  AddToolCommands(program, global, commands);
+  const CParser parser(program);
+  AddDiscoveryCommands(parser, global, commands);
+  AddSettingCommands(parser, global, commands);
+  AddDataCommands(parser, global, commands);
+  AddBackupCommands(parser, global, commands);
+  AddProfileCommands(parser, global, commands);
+  AddToolCommands(parser, global, commands);
   // Also errors of the parsing itself are told as asked for.
   const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {

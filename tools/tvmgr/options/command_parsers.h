@@ -1,19 +1,19 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "options/options.h"
+#include "options/parser.h"
 #include "printer/worker.h"
 
 namespace tvmgr {
 
 /** A command of the parser, and what runs it once its arguments are read. */
 struct tagCommand {
-  CLI::App* parser;
+  CParser parser;
   std::function<int()> run;
   std::optional<tagWatch> watch = {}; /**< of a command that works with a printer */
 };
@@ -34,22 +34,27 @@ constexpr char kDryRunFooter[] =
 
 // Each adds its commands to the program's parser; of commands within one another the inner ones come first.
 // `global` has to outlive the commands.
-void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
-void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
-void AddBackupCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
-void AddToolCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
-void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
+void AddSettingCommands(const CParser& program, const tagGlobalOptions& global,
+                        std::vector<tagCommand>& commands);
+void AddDataCommands(const CParser& program, const tagGlobalOptions& global,
+                     std::vector<tagCommand>& commands);
+void AddBackupCommands(const CParser& program, const tagGlobalOptions& global,
+                       std::vector<tagCommand>& commands);
+void AddToolCommands(const CParser& program, const tagGlobalOptions& global,
+                     std::vector<tagCommand>& commands);
+void AddDiscoveryCommands(const CParser& program, const tagGlobalOptions& global,
                           std::vector<tagCommand>& commands);
 
-void AddProfileCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands);
+void AddProfileCommands(const CParser& program, const tagGlobalOptions& global,
+                        std::vector<tagCommand>& commands);
 
 /** The option --labels of a command that shows or writes settings. */
-void AddLabelsOption(CLI::App* parser, std::string& labels);
+void AddLabelsOption(const CParser& parser, std::string& labels);
 
 /**
  * The options --columns and --sort of a command that prints one table, with these headings. They are not for
  * --json, whose documents have all members, and not for --printers, which has a table of its own.
  */
-void AddTableOptions(CLI::App* parser, std::vector<std::string> headings);
+void AddTableOptions(const CParser& parser, std::vector<std::string> headings);
 
 }  // namespace tvmgr

@@ -9,15 +9,15 @@ namespace {
 
 constexpr double kMaxTimeoutSeconds = 86'400;
 
-tagCommand AddOperation(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddOperation(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagOperationOptions>();
-  CLI::App* const parser = program.add_subcommand("op", "run a printer operation and wait until it is done");
-  parser->add_option("name", options->name, "the operation");
-  parser->add_flag("--list", options->list, "show the operations");
-  parser->add_option("--file", options->data.file, "with send-data: a file");
-  parser->add_option("--text", options->data.text, "with send-data: a text");
-  parser->add_flag("--yes", options->yes, "confirm operations that wipe or reset");
-  parser->footer(
+  const CParser parser = program.AddCommand("op", "run a printer operation and wait until it is done");
+  parser.Add("name", options->name, "the operation");
+  parser.AddFlag("--list", options->list, "show the operations");
+  parser.Add("--file", options->data.file, "with send-data: a file");
+  parser.Add("--text", options->data.text, "with send-data: a text");
+  parser.AddFlag("--yes", options->yes, "confirm operations that wipe or reset");
+  parser.Footer(
       "Operations that wipe or reset have to be confirmed: by typing yes, or with --yes. After a wipe the "
       "lists\n"
       "are read again and what remained is named; device R: has no lists, so nothing is known of it.\n"
@@ -29,15 +29,15 @@ tagCommand AddOperation(CLI::App& program, const tagGlobalOptions& global) {
           tagWatch{60, kLeftByWriting}};
 }
 
-tagCommand AddSend(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddSend(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagSendOptions>();
-  CLI::App* const parser = program.add_subcommand("send", "send bytes to the printer as they are");
-  parser->add_option("--file", options->data.file, "a file");
-  parser->add_option("--text", options->data.text, "a text, sent in the ANSI code page");
-  parser->add_option("stdin", options->data.stdin_mark, "- reads stdin");
-  parser->add_flag("--allow-resolution-change", options->allow_resolution_change,
-                   "the guard puts the resolutions to 600 meanwhile");
-  parser->footer(
+  const CParser parser = program.AddCommand("send", "send bytes to the printer as they are");
+  parser.Add("--file", options->data.file, "a file");
+  parser.Add("--text", options->data.text, "a text, sent in the ANSI code page");
+  parser.Add("stdin", options->data.stdin_mark, "- reads stdin");
+  parser.AddFlag("--allow-resolution-change", options->allow_resolution_change,
+                 "the guard puts the resolutions to 600 meanwhile");
+  parser.Footer(
       "The printer is asked for its state first; nothing is read back, so its answer to the bytes is not "
       "seen.\n"
       "On a printer whose mode (84) is not D, or whose resolutions are to be changed, the guard writes "
@@ -48,32 +48,31 @@ tagCommand AddSend(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunSend(global, *options); }, tagWatch{30, kLeftByWriting}};
 }
 
-tagCommand AddFiles(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddFiles(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagFilesOptions>();
-  CLI::App* const parser = program.add_subcommand("files", "list the files that the printer stores");
-  parser->add_option("--list", options->list,
-                     "png, grf, ttf, tte, fmt, zpl, background, cnv, or graphic, font, format for several");
-  parser->footer(
+  const CParser parser = program.AddCommand("files", "list the files that the printer stores");
+  parser.Add("--list", options->list,
+             "png, grf, ttf, tte, fmt, zpl, background, cnv, or graphic, font, format for several");
+  parser.Footer(
       "Exit code 3 when the printer's answers were cut off, so that there may be more files.\n\n"
       "Examples:\n  tvmgr files\n  tvmgr files --list font --json");
   AddTableOptions(parser, {"TYPE", "KIND", "NAME"});
   return {parser, [&global, options] { return RunFiles(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
-tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddFetch(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagFetchOptions>();
-  CLI::App* const parser = program.add_subcommand("fetch", "fetch a stored file");
-  parser
-      ->add_option("name", options->name, "the file's name with extension, or a pattern: \"*.PNG\", \"E:*\"")
-      ->required();
-  parser->add_option("-o,--output", options->output,
-                     "write to this file, not to stdout; with a pattern: to this folder");
-  parser->add_option("--wait", options->wait_s, "seconds to wait for the first byte")
-      ->check(CLI::Range(0.1, kMaxTimeoutSeconds))
-      ->capture_default_str();
-  parser->add_flag("--unlisted", options->unlisted, "do not look the name up in the printer's lists first");
-  parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
-  parser->footer(
+  const CParser parser = program.AddCommand("fetch", "fetch a stored file");
+  parser.Add("name", options->name, "the file's name with extension, or a pattern: \"*.PNG\", \"E:*\"")
+      .Required();
+  parser.Add("-o,--output", options->output,
+             "write to this file, not to stdout; with a pattern: to this folder");
+  parser.Add("--wait", options->wait_s, "seconds to wait for the first byte")
+      .Range(0.1, kMaxTimeoutSeconds)
+      .ShowsDefault();
+  parser.AddFlag("--unlisted", options->unlisted, "do not look the name up in the printer's lists first");
+  parser.AddFlag("--yes", options->yes, "overwrite an existing file without asking");
+  parser.Footer(
       "Graphics, fonts and the background file come as the bytes of the file, stored formats (FMT, ZPL) as\n"
       "the command that stores them. A pattern (* any characters, ? one) fetches every file that matches "
       "into\n"
@@ -84,17 +83,17 @@ tagCommand AddFetch(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunFetch(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
-tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddPut(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagPutOptions>();
-  CLI::App* const parser = program.add_subcommand("put", "store a file on the printer");
-  parser->add_option("file", options->file, "the file on this computer")->required();
-  parser->add_option("--name", options->name, "name on the printer; else the file's own, in upper case");
-  parser->add_option("--kind", options->kind, "graphic, format, font or background; else by the extension")
-      ->check(CLI::IsMember({"graphic", "format", "font", "background"}));
-  parser->add_option("--row-bytes", options->row_bytes, "bytes in one row of a GRF graphic");
-  parser->add_flag("--yes", options->yes, "overwrite a file of the printer without asking");
-  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
-  parser->footer(
+  const CParser parser = program.AddCommand("put", "store a file on the printer");
+  parser.Add("file", options->file, "the file on this computer").Required();
+  parser.Add("--name", options->name, "name on the printer; else the file's own, in upper case");
+  parser.Add("--kind", options->kind, "graphic, format, font or background; else by the extension")
+      .OneOf({"graphic", "format", "font", "background"});
+  parser.Add("--row-bytes", options->row_bytes, "bytes in one row of a GRF graphic");
+  parser.AddFlag("--yes", options->yes, "overwrite a file of the printer without asking");
+  parser.AddFlag("--dry-run", options->dry_run, kDryRunHelp);
+  parser.Footer(
       "A file that holds a download command (~DY..., ^XA^DF...) is sent as it is; a PNG, GRF, TTF, TTE or\n"
       "BGD file and the text of a format are put into one. Afterwards the file is read back and compared; "
       "exit\n"
@@ -104,13 +103,13 @@ tagCommand AddPut(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunPut(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 
-tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddRemove(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagRemoveOptions>();
-  CLI::App* const parser = program.add_subcommand("rm", "delete stored files");
-  parser->add_option("name", options->names, "names with extension, or patterns: \"*.PNG\"")->required();
-  parser->add_flag("--yes", options->yes, "do not ask");
-  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
-  parser->footer(
+  const CParser parser = program.AddCommand("rm", "delete stored files");
+  parser.Add("name", options->names, "names with extension, or patterns: \"*.PNG\"").Required();
+  parser.AddFlag("--yes", options->yes, "do not ask");
+  parser.AddFlag("--dry-run", options->dry_run, kDryRunHelp);
+  parser.Footer(
       "What a pattern (* any characters, ? one) matches is shown before it is asked; one that matches "
       "nothing\n"
       "is an error. Afterwards the lists are read again. Exit code 1 when a file is still there, or never "
@@ -124,7 +123,8 @@ tagCommand AddRemove(CLI::App& program, const tagGlobalOptions& global) {
 
 }  // namespace
 
-void AddDataCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+void AddDataCommands(const CParser& program, const tagGlobalOptions& global,
+                     std::vector<tagCommand>& commands) {
   commands.push_back(AddOperation(program, global));
   commands.push_back(AddFiles(program, global));
   commands.push_back(AddFetch(program, global));

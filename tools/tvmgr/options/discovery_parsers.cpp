@@ -7,13 +7,11 @@
 namespace tvmgr {
 namespace {
 
-tagCommand AddSearch(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddSearch(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagSearchOptions>();
-  CLI::App* const parser = program.add_subcommand("search", "find printers");
-  parser->add_option("kind", options->kind, "usb, network or all")
-      ->required()
-      ->check(CLI::IsMember({"usb", "network", "all"}));
-  parser->footer(
+  const CParser parser = program.AddCommand("search", "find printers");
+  parser.Add("kind", options->kind, "usb, network or all").Required().OneOf({"usb", "network", "all"});
+  parser.Footer(
       "A search takes 3 s for each kind; printers of the network are asked for their names at its end, all "
       "at\n"
       "once. One that announced itself and then does not answer costs up to 36 s more and is not listed: "
@@ -28,15 +26,15 @@ tagCommand AddSearch(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunSearch(global, *options); }};
 }
 
-tagCommand AddUse(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddUse(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagUseOptions>();
-  CLI::App* const parser = program.add_subcommand("use", "remember a printer for later commands");
-  parser->add_option("printer", options->printer,
-                     "a number of the last search, an address, a port (USB001) or a device path");
-  parser->add_option("--as", options->as, "take the text as port, address or device whatever it looks like")
-      ->check(CLI::IsMember({"port", "address", "device"}));
-  parser->add_flag("--clear", options->clear, "remember none");
-  parser->footer(
+  const CParser parser = program.AddCommand("use", "remember a printer for later commands");
+  parser.Add("printer", options->printer,
+             "a number of the last search, an address, a port (USB001) or a device path");
+  parser.Add("--as", options->as, "take the text as port, address or device whatever it looks like")
+      .OneOf({"port", "address", "device"});
+  parser.AddFlag("--clear", options->clear, "remember none");
+  parser.Footer(
       "The printer is asked for its status once; one that does not answer is remembered all the same, with a "
       "remark\n(--no-check: not asked). Without arguments it shows what is remembered. --port, --device and "
       "--address and the environment\n"
@@ -46,9 +44,9 @@ tagCommand AddUse(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunUse(global, *options); }};
 }
 
-tagCommand AddInfo(CLI::App& program, const tagGlobalOptions& global) {
-  CLI::App* const parser = program.add_subcommand("info", "show the chosen printer and what it says it is");
-  parser->footer(
+tagCommand AddInfo(const CParser& program, const tagGlobalOptions& global) {
+  const CParser parser = program.AddCommand("info", "show the chosen printer and what it says it is");
+  parser.Footer(
       "Exit code 4 when the printer did not answer.\n\n"
       "Examples:\n  tvmgr info\n  tvmgr --address 192.0.2.7 info --json");
   return {parser, [&global] { return RunInfo(global); }, tagWatch{30, kLeftByReading}};
@@ -56,7 +54,7 @@ tagCommand AddInfo(CLI::App& program, const tagGlobalOptions& global) {
 
 }  // namespace
 
-void AddDiscoveryCommands(CLI::App& program, const tagGlobalOptions& global,
+void AddDiscoveryCommands(const CParser& program, const tagGlobalOptions& global,
                           std::vector<tagCommand>& commands) {
   commands.push_back(AddSearch(program, global));
   commands.push_back(AddUse(program, global));

@@ -10,14 +10,14 @@ namespace {
 constexpr char kOnlyHelp[] = "only these settings: numbers, keys, groups or patterns";
 constexpr char kAllHelp[] = "also settings that belong to one device";
 
-tagCommand AddExport(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddExport(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagExportOptions>();
-  CLI::App* const parser = program.add_subcommand("export", "write the printer's settings to a profile");
-  parser->add_option("-o,--output,file", options->file, "the profile to write")->required();
-  parser->add_flag("--all", options->all, kAllHelp);
-  parser->add_option("--only", options->only, kOnlyHelp);
-  parser->add_flag("--yes", options->yes, "overwrite an existing file without asking");
-  parser->footer(
+  const CParser parser = program.AddCommand("export", "write the printer's settings to a profile");
+  parser.Add("-o,--output,file", options->file, "the profile to write").Required();
+  parser.AddFlag("--all", options->all, kAllHelp);
+  parser.Add("--only", options->only, kOnlyHelp);
+  parser.AddFlag("--yes", options->yes, "overwrite an existing file without asking");
+  parser.Footer(
       "A profile is a JSON file for people, with comments: which printer, when, key and value. What belongs "
       "to\n"
       "one device is left out: 1, 2 (model, version), 58-64, 68-74 (counters, what the printer measures) "
@@ -29,19 +29,18 @@ tagCommand AddExport(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunExport(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
-tagCommand AddApply(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddApply(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagApplyOptions>();
-  CLI::App* const parser =
-      program.add_subcommand("apply", "bring the printer's settings to those of a profile");
-  parser->add_option("file", options->file, "the profile")->required();
-  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
-  parser->add_option("--only", options->only, kOnlyHelp);
-  parser->add_flag("--all", options->all, kAllHelp);
-  parser->add_flag("--yes", options->yes, "do not ask");
+  const CParser parser = program.AddCommand("apply", "bring the printer's settings to those of a profile");
+  parser.Add("file", options->file, "the profile").Required();
+  parser.AddFlag("--dry-run", options->dry_run, kDryRunHelp);
+  parser.Add("--only", options->only, kOnlyHelp);
+  parser.AddFlag("--all", options->all, kAllHelp);
+  parser.AddFlag("--yes", options->yes, "do not ask");
   AddLabelsOption(parser, options->labels);
-  parser->add_flag("--force", options->force,
-                   "write to a printer of another model, and values that the labels do not allow");
-  parser->footer(
+  parser.AddFlag("--force", options->force,
+                 "write to a printer of another model, and values that the labels do not allow");
+  parser.Footer(
       "The printer is read, what differs is shown and asked for, written, saved and read back; what the "
       "printer\n"
       "has already is not written. Resolutions (3, 4, 5) come last. One verdict for each setting: written,\n"
@@ -59,17 +58,16 @@ tagCommand AddApply(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunApply(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 
-tagCommand AddDiff(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddDiff(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagDiffOptions>();
-  CLI::App* const parser =
-      program.add_subcommand("diff", "compare the settings of profiles, backups and printers");
+  const CParser parser = program.AddCommand("diff", "compare the settings of profiles, backups and printers");
   const char* const help =
       "a profile, a backup, or a printer: printer (the chosen one), port:NAME, address:HOST, device:PATH";
-  parser->add_option("a", options->first, help)->required();
-  parser->add_option("b", options->second, "likewise")->required();
-  parser->add_flag("--all", options->all, kAllHelp);
+  parser.Add("a", options->first, help).Required();
+  parser.Add("b", options->second, "likewise").Required();
+  parser.AddFlag("--all", options->all, kAllHelp);
   AddLabelsOption(parser, options->labels);
-  parser->footer(
+  parser.Footer(
       "What a profile names is compared; without a profile what the backups hold, of two printers what can "
       "be\n"
       "read but what belongs to one device. A file named printer is written as ./printer. Stored files are\n"
@@ -86,11 +84,11 @@ tagCommand AddDiff(CLI::App& program, const tagGlobalOptions& global) {
 
 }  // namespace
 
-void AddLabelsOption(CLI::App* parser, std::string& labels) {
-  parser->add_option("--labels", labels, "a file with names, units and allowed values of settings");
+void AddLabelsOption(const CParser& parser, std::string& labels) {
+  parser.Add("--labels", labels, "a file with names, units and allowed values of settings");
 }
 
-void AddProfileCommands(CLI::App& program, const tagGlobalOptions& global,
+void AddProfileCommands(const CParser& program, const tagGlobalOptions& global,
                         std::vector<tagCommand>& commands) {
   commands.push_back(AddExport(program, global));
   commands.push_back(AddApply(program, global));

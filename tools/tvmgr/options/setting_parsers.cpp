@@ -9,22 +9,21 @@ namespace {
 
 constexpr double kMaxSeconds = 1e6;
 
-tagCommand AddPorts(CLI::App& program, const tagGlobalOptions& global) {
-  CLI::App* const parser =
-      program.add_subcommand("ports", "list the print spooler's ports with their printers");
-  parser->footer("Example:\n  tvmgr ports");
+tagCommand AddPorts(const CParser& program, const tagGlobalOptions& global) {
+  const CParser parser = program.AddCommand("ports", "list the print spooler's ports with their printers");
+  parser.Footer("Example:\n  tvmgr ports");
   AddTableOptions(parser, {"PORT", "MONITOR", "DESCRIPTION", "PRINTERS"});
   return {parser, [&global] { return RunPorts(global); }};
 }
 
-tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddGet(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagGetOptions>();
-  CLI::App* const parser = program.add_subcommand("get", "read settings");
-  CLI::Option* const names = parser->add_option(
-      "setting", options->settings, "numbers, keys, groups or patterns: 3, CLR,Z, clr_z, CLM, \"CLM,*\"");
-  parser->add_flag("--all", options->all, "every setting")->excludes(names);
+  const CParser parser = program.AddCommand("get", "read settings");
+  const COption names = parser.Add("setting", options->settings,
+                                   "numbers, keys, groups or patterns: 3, CLR,Z, clr_z, CLM, \"CLM,*\"");
+  parser.AddFlag("--all", options->all, "every setting").Excludes(names);
   AddLabelsOption(parser, options->labels);
-  parser->footer(
+  parser.Footer(
       "Control characters in values are shown as \\xNN. In JSON a value with more than plain ASCII also\n"
       "has its bytes under \"hex\". In shells that split at commas write CLR_Z for CLR,Z. CLM is the group "
       "of\n"
@@ -38,16 +37,16 @@ tagCommand AddGet(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunGet(global, *options); }, tagWatch{30, kLeftByReading}};
 }
 
-tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddSet(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagSetOptions>();
-  CLI::App* const parser = program.add_subcommand("set", "write settings, save them and verify them");
-  parser->add_option("assignment", options->assignments, "KEY=VALUE")->required();
-  parser->add_flag("--keep-resolution", options->keep_resolution,
-                   "the guard leaves settings 3, 4 and 5 alone while it writes");
-  parser->add_flag("--dry-run", options->dry_run, kDryRunHelp);
+  const CParser parser = program.AddCommand("set", "write settings, save them and verify them");
+  parser.Add("assignment", options->assignments, "KEY=VALUE").Required();
+  parser.AddFlag("--keep-resolution", options->keep_resolution,
+                 "the guard leaves settings 3, 4 and 5 alone while it writes");
+  parser.AddFlag("--dry-run", options->dry_run, kDryRunHelp);
   AddLabelsOption(parser, options->labels);
-  parser->add_flag("--force", options->force, "write values that the labels do not allow");
-  parser->footer(
+  parser.AddFlag("--force", options->force, "write values that the labels do not allow");
+  parser.Footer(
       "The verdict for each setting is written, differs, not readable (46 and 74, and settings that the\n"
       "printer does not answer for) or cannot be proved here (84). On a printer whose resolutions are not "
       "600\n"
@@ -59,34 +58,31 @@ tagCommand AddSet(CLI::App& program, const tagGlobalOptions& global) {
   return {parser, [&global, options] { return RunSet(global, *options); }, tagWatch{60, kLeftByWriting}};
 }
 
-tagCommand AddPrefix(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddPrefix(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagPrefixOptions>();
-  CLI::App* const parser = program.add_subcommand("prefix", "show or change the prefix characters");
-  parser
-      ->add_option("--set", options->characters, "control, format and delimiter character, or 0xNN for each")
-      ->expected(3)
-      ->type_name("C F D");
-  parser->add_flag("--default", options->to_default, "put ~ ^ and , back");
-  parser->add_flag("--yes", options->yes, "change them without asking");
-  parser->footer(
+  const CParser parser = program.AddCommand("prefix", "show or change the prefix characters");
+  parser.Add("--set", options->characters, "control, format and delimiter character, or 0xNN for each")
+      .Words(3)
+      .TypeName("C F D");
+  parser.AddFlag("--default", options->to_default, "put ~ ^ and , back");
+  parser.AddFlag("--yes", options->yes, "change them without asking");
+  parser.Footer(
       "Examples:\n  tvmgr prefix\n  tvmgr prefix --set \"!\" \"@\" \";\"\n  tvmgr prefix --default --yes");
   return {parser, [&global, options] { return RunPrefix(global, *options); }, tagWatch{30, kLeftByWriting}};
 }
 
-tagCommand AddStatus(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddStatus(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagStatusOptions>();
-  CLI::App* const parser = program.add_subcommand("status", "ask for the printer's status");
-  parser->add_flag("--watch", options->watch,
-                   "go on asking; a line with the time for each change; Ctrl-C ends it");
-  parser->add_flag("--every-poll", options->every_poll, "with --watch: a line for each poll");
-  parser->add_option("--interval", options->interval_s, "seconds from poll to poll")
-      ->check(CLI::Range(0.0, kMaxSeconds))
-      ->capture_default_str();
-  parser->add_option("--count", options->count, "with --watch: end after so many polls")
-      ->check(CLI::Range(1U, UINT32_MAX));
-  parser->add_option("--for", options->duration_s, "with --watch: end after so many seconds")
-      ->check(CLI::Range(0.0, kMaxSeconds));
-  parser->footer(
+  const CParser parser = program.AddCommand("status", "ask for the printer's status");
+  parser.AddFlag("--watch", options->watch,
+                 "go on asking; a line with the time for each change; Ctrl-C ends it");
+  parser.AddFlag("--every-poll", options->every_poll, "with --watch: a line for each poll");
+  parser.Add("--interval", options->interval_s, "seconds from poll to poll")
+      .Range(0.0, kMaxSeconds)
+      .ShowsDefault();
+  parser.Add("--count", options->count, "with --watch: end after so many polls").Range(1U, UINT32_MAX);
+  parser.Add("--for", options->duration_s, "with --watch: end after so many seconds").Range(0.0, kMaxSeconds);
+  parser.Footer(
       "Exit code 4 when the printer did not answer (under --watch: not once).\n\n"
       "Examples:\n  tvmgr status\n  tvmgr status --watch --interval 5\n  tvmgr status --watch --every-poll "
       "--count 10");
@@ -95,17 +91,17 @@ tagCommand AddStatus(CLI::App& program, const tagGlobalOptions& global) {
           tagWatch{0, "The printer was asked for its state, nothing else: it is as it was"}};
 }
 
-tagCommand AddCodes(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddCodes(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagCodesOptions>();
-  CLI::App* const parser = program.add_subcommand("codes", "explain the result codes");
-  parser->add_option("code", options->code, "one code, for example -82; without it: all of them");
-  parser->footer("Examples:\n  tvmgr codes\n  tvmgr codes -82");
+  const CParser parser = program.AddCommand("codes", "explain the result codes");
+  parser.Add("code", options->code, "one code, for example -82; without it: all of them");
+  parser.Footer("Examples:\n  tvmgr codes\n  tvmgr codes -82");
   return {parser, [&global, options] { return RunCodes(global, *options); }};
 }
 
 }  // namespace
 
-void AddSettingCommands(CLI::App& program, const tagGlobalOptions& global,
+void AddSettingCommands(const CParser& program, const tagGlobalOptions& global,
                         std::vector<tagCommand>& commands) {
   commands.push_back(AddPorts(program, global));
   commands.push_back(AddStatus(program, global));

@@ -1,4 +1,5 @@
 // The options of every command that prints one table.
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "options/command_parsers.h"
@@ -6,8 +7,8 @@
 
 namespace tvmgr {
 
-void AddTableOptions(CLI::App* parser, std::vector<std::string> headings) {
-  CLI::App* program = parser;
+void AddTableOptions(const CParser& parser, std::vector<std::string> headings) {
+  CLI::App* program = &parser.App();
   while (program->get_parent() != nullptr) {
     program = program->get_parent();
   }
@@ -29,7 +30,7 @@ void AddTableOptions(CLI::App* parser, std::vector<std::string> headings) {
       }
       SetTableView(*view);
     };
-    parser->add_option_function<std::string>(name, take, help);
+    parser.App().add_option_function<std::string>(name, take, help);
   };
   add("--columns", "the columns of the table, with commas between them", ReadColumns);
   add("--sort", "the column by which the rows are sorted; COLUMN:desc: the last first", ReadSort);

@@ -1,4 +1,5 @@
 // The arguments of the commands about the tool itself: doctor, completions.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
@@ -71,20 +72,18 @@ void Append(const CLI::App& parser, const std::string& name, CompletionModel& mo
   }
 }
 
-tagCommand AddCompletions(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddCompletions(const CParser& program, const tagGlobalOptions& global) {
   const auto shell = std::make_shared<std::string>();
-  CLI::App* const parser =
-      program.add_subcommand("completions", "print a script that completes commands in a shell");
-  parser->add_option("shell", *shell, "bash or powershell")
-      ->required()
-      ->check(CLI::IsMember({"bash", "powershell"}));
-  parser->footer(
+  const CParser parser =
+      program.AddCommand("completions", "print a script that completes commands in a shell");
+  parser.Add("shell", *shell, "bash or powershell").Required().OneOf({"bash", "powershell"});
+  parser.Footer(
       "The script is made of the commands and options of this very program.\n\n"
       "Examples:\n  tvmgr completions bash > ~/.local/share/bash-completion/completions/tvmgr.exe\n"
       "  tvmgr completions powershell | Out-String | Invoke-Expression");
-  return {parser, [&program, &global, shell] {
+  return {parser, [program, &global, shell] {
             CompletionModel model;
-            Append(program, {}, model);
+            Append(program.App(), {}, model);
             const std::string script = *shell == "bash" ? BashCompletion(model) : PowerShellCompletion(model);
             if (global.json) {
               SetJsonResult({{"shell", *shell}, {"script", script}});
@@ -95,14 +94,14 @@ tagCommand AddCompletions(CLI::App& program, const tagGlobalOptions& global) {
           }};
 }
 
-tagCommand AddDoctor(CLI::App& program, const tagGlobalOptions& global) {
+tagCommand AddDoctor(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagDoctorOptions>();
-  CLI::App* const parser =
-      program.add_subcommand("doctor", "look for what keeps this computer and a printer apart");
-  parser->add_flag(
+  const CParser parser =
+      program.AddCommand("doctor", "look for what keeps this computer and a printer apart");
+  parser.AddFlag(
       "--read", options->reads_settings,
       "read all settings, too: a printer that is not at 600 dots per inch saves its settings then");
-  parser->footer(
+  parser.Footer(
       "Looks at the tool, its DLLs, the choice of the printer, the print spooler, the network, and at what "
       "the\n"
       "printer answers, in this order. Each step has a bound, at most 22 s (--read: the one of \"get "
@@ -119,7 +118,8 @@ tagCommand AddDoctor(CLI::App& program, const tagGlobalOptions& global) {
 
 }  // namespace
 
-void AddToolCommands(CLI::App& program, const tagGlobalOptions& global, std::vector<tagCommand>& commands) {
+void AddToolCommands(const CParser& program, const tagGlobalOptions& global,
+                     std::vector<tagCommand>& commands) {
   commands.push_back(AddDoctor(program, global));
   commands.push_back(AddCompletions(program, global));
 }

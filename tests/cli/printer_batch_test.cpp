@@ -73,6 +73,12 @@ TEST(PrinterListTest, FilesHaveOneALineWithCommentsInAnyEncodingOfNotepad) {
   }
   EXPECT_THAT(ErrorOf(kExitInputFile, [] { ParsePrinterFile("a\n12\n", "l"); }),
               HasSubstr("line 2: \"12\" is a number"));
+  for (const char* const line : {"192.0.2.7, 192.0.2.8", "a;b", "\"Dock 3\"", "port=USB001,USB002"}) {
+    EXPECT_THAT(ErrorOf(kExitInputFile, [&] { ParsePrinterFile(line, "l"); }),
+                HasSubstr("reads like several"))
+        << line;
+  }
+  EXPECT_THAT(Shown(ParsePrinterFile("name=a;\"b\", c", "l")), ElementsAre("name=a;\"b\", c"));
   EXPECT_EQ(ParsePrinterFile(std::string(200 * 2, 'a').replace(1, 1, "\n"), "l").size(), 2U);
 }
 

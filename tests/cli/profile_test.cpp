@@ -139,8 +139,11 @@ TEST_F(CProfileTest, NothingIsWrittenOfWhatIsNotSound) {
   EXPECT_EQ(json::parse(shown[3].out)["settings"][0]["meaning"], "tear off");
   // A prefix character of the printer would begin a command within the value.
   ASSERT_EQ(Tvmgr({"prefix", "--set", "!", "@", ";", "--yes"}).exit_code, 0U);
-  EXPECT_THAT(Tvmgr({"apply", Profile("\"CUL,L\": \"A@B\""), "--yes"}).err,
-              HasSubstr("holds a prefix character"));
+  for (const char* const way : {"--yes", "--dry-run"}) {
+    const tagRun run = Tvmgr({"apply", Profile("\"CUL,L\": \"A@B\""), way});
+    EXPECT_EQ(run.exit_code, 1U) << way;
+    EXPECT_THAT(run.err, HasSubstr("holds a prefix character")) << way;
+  }
 }
 
 TEST_F(CProfileTest, WorkThatEndsEarlyLeavesAVerdictForEachSetting) {
@@ -172,6 +175,17 @@ TEST_F(CProfileTest, WorkThatEndsEarlyLeavesAVerdictForEachSetting) {
   EXPECT_EQ(Verdicts(document), verdicts) << run.err;
   EXPECT_EQ(document["settings"][0]["now"], "0");
   EXPECT_THAT(document["error"]["text"].get<std::string>(), HasSubstr("no longer answers"));
+  // One that was as wanted is not answered for any more: nobody has seen that it differs.
+  WriteIni(kFast);
+  {
+    const std::size_t logged = Log().size();
+    const std::jthread work([&] { run = Tvmgr({"apply", path, "--yes", "--json"}); });
+    for (int i = 0; i < 6000 && Log().find("^XA^S(CLR,Z,300^XZ", logged) == std::string::npos; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    WriteIni("[printer]\nunanswered=CLM,S\n[faults]\nlatency_ms=20\n");
+  }
+  EXPECT_THAT(Verdicts(json::parse(run.out)), HasSubstr("CLM,S not readable; ")) << run.out;
 }
 
 TEST_F(CProfileTest, WhatIsNotAnsweredDoesNotTakeAnEarlierProfilesPlace) {

@@ -34,6 +34,7 @@ class CSeveralPrintersTest : public CCliTest {
 TEST_F(CSeveralPrintersTest, WhatCannotBeStartedIsRefusedBeforeAnyPrinterIsAsked) {
   const std::string list = HostFile("list.txt", "USB001\n12\n");
   const std::string empty = HostFile("empty.txt", "# none\r\n");
+  const std::string odd = HostFile("odd.txt", "a,b");
   const std::string folder = Utf8Path("nowhere");
   const struct {
     std::vector<std::string> arguments;
@@ -44,6 +45,8 @@ TEST_F(CSeveralPrintersTest, WhatCannotBeStartedIsRefusedBeforeAnyPrinterIsAsked
       {{"status", "--printers", list}, 5, "line 2: \"12\" is a number"},
       {{"status", "--printers", empty}, 5, "names no printer"},
       {{"status", "--printers", folder + "\\list.txt"}, 5, "there is no file"},
+      {{"rm", "A.PNG", "--printers", "device=\\\\?\\usb#1"}, 2, "on 1 printer: \\\\?\\usb#1"},
+      {{"status", "--printers", odd}, 5, "line 1: \"a,b\" reads like several"},
       {{"status", "--printers", "USB001", "--jobs", "0"}, 2, "not in range"},
       {{"status", "--printers", "USB001", "--watch"}, 2, "--watch is for one printer"},
       {{"get", "CLM,S", "--printers", "USB001", "--columns", "key"}, 2, "not with --printers"},

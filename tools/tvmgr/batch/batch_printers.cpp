@@ -33,8 +33,17 @@ std::vector<tagListedPrinter> Search(const tagGlobalOptions& global) {
   return found;
 }
 
+bool HasListName(const std::string& text) {
+  return text.size() > 4 && EqualsIgnoreCase(std::string_view(text).substr(text.size() - 4), ".txt");
+}
+
+// Of what starts with two backslashes, shares of a network hold files; the others may be the printer itself.
+bool IsDevicePath(const std::string& text) {
+  return text.starts_with("\\\\?\\") || text.starts_with("\\\\.\\");
+}
+
 bool IsFile(const std::string& text) {
-  if (KindByLook(text) != "address" || IsNumericAddress(text)) {
+  if (IsDevicePath(text) || IsNumericAddress(text) || (KindByLook(text) == "port" && !HasListName(text))) {
     return false;
   }
   std::error_code error;
@@ -42,9 +51,11 @@ bool IsFile(const std::string& text) {
 }
 
 bool LooksLikeFile(const std::string& text) {
-  return KindByLook(text) != "device" && text.find(',') == std::string::npos &&
-         (text.find_first_of("/\\") != std::string::npos ||
-          EqualsIgnoreCase(std::filesystem::path(text).extension().string(), ".txt"));
+  const bool has_kind =
+      std::any_of(std::begin(kPrinterKinds), std::end(kPrinterKinds),
+                  [&](const auto& kind) { return text.starts_with(std::string(kind) + "="); });
+  return !has_kind && KindByLook(text) != "device" && text.find(',') == std::string::npos &&
+         (text.find_first_of("/\\") != std::string::npos || HasListName(text));
 }
 
 }  // namespace

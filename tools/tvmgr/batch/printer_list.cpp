@@ -32,13 +32,18 @@ std::string ProblemOf(std::string_view entry, const tagListedPrinter& printer) {
   if (entry.find_first_not_of("0123456789") == std::string_view::npos) {
     return shown + " is a number: numbers belong to \"tvmgr use\", name the printer itself";
   }
+  if (printer.kind != "device" && !entry.starts_with("name=") &&
+      printer.value.find_first_of(",;\"") != std::string::npos) {
+    return shown + " reads like several printers, or has quotation marks; a name with them is name=" +
+           MakeVisible(printer.value);
+  }
   return {};
 }
 
 tagListedPrinter ReadEntry(std::string_view text, std::string where) {
   tagListedPrinter printer;
   printer.where = std::move(where);
-  for (const std::string_view kind : {"address", "port", "device", "name"}) {
+  for (const std::string_view kind : kPrinterKinds) {
     if (text.starts_with(kind) && text.substr(kind.size()).starts_with('=')) {
       printer.kind = kind;
       printer.value = Trim(text.substr(kind.size() + 1));

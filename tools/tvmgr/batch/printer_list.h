@@ -18,6 +18,9 @@ struct tagListedPrinter {
 /** "192.0.2.7 (Dock 3)". */
 std::string LabelOf(const tagListedPrinter& printer);
 
+/** What stands in front of "=" in an entry to overrule its look. */
+inline constexpr std::string_view kPrinterKinds[] = {"address", "port", "device", "name"};
+
 /**
  * The printers of "192.0.2.7,USB001,Dock 3": addresses, ports, device paths, names. A blank makes a name, and so does
  * "name=" in front; "address=", "port=" and "device=" overrule the look of an entry. Ends the command (usage) at an entry

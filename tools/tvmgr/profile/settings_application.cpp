@@ -55,11 +55,11 @@ class CApplication {
 
   int Run() {
     Plan();
+    RefuseOtherPrefix();  // a dry run tells of nothing that would then be refused
     if (application_.dry_run || !Any(&CApplication::IsToWrite)) {
       Print();
       return kExitDone;
     }
-    RefuseOtherPrefix();
     Ask();
     try {
       Write(false);
@@ -180,7 +180,9 @@ class CApplication {
         setting.verdict =
             JudgeWritten(setting.id, setting.wanted, EscapeBytes(setting.wanted), setting.got, true);
       } else if (!setting.is_left_out && setting.got != setting.wanted) {
-        setting.verdict = {"differs", "it was as wanted before the others were written"};
+        const std::string before = "it was as wanted before the others were written";
+        setting.verdict = setting.got ? tagSettingVerdict{"differs", before}
+                                      : tagSettingVerdict{"not readable", before + "; no answer since"};
       }
     }
   }

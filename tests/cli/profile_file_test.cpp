@@ -151,6 +151,7 @@ TEST(SettingLabelsTest, LabelsAreReadAndCheckValues) {
                {head + "\"CLM,P\": \"x\"}}", "2: the label of CLM,P is to be an object"},
                {head + "\"CLM,P\": {\"minimum\": 1.5}}}", "2: \"minimum\" is to be a whole number"},
                {head + "\"CLM,P\": {\"minimum\": 2, \"maximum\": 1}}}", "2: \"minimum\" is larger"},
+               {head + "\"CLM,P\": {\"values\": [\"1\"], \"minimum\": 2}}}", "2: \"values\" lists all"},
                {head + "\"CLM,P\": {\"values\": []}}}", "2: \"values\" is empty"},
                {head + "\"CLM,P\": {\"values\": {\"1\": \"a\",\n\"1\": \"b\"}}}}",
                 "3: the value \"1\" stands there twice"},

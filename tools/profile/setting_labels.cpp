@@ -68,6 +68,10 @@ tagSettingLabel ReadLabel(const tagJsonValue& member) {
                         NumberMember(member, "maximum")};
   if (const tagJsonValue* const values = FindMember(member, "values")) {
     ReadValues(*values, label);
+    if (label.minimum || label.maximum) {
+      throw CFileProblem(member.line,
+                         "\"values\" lists all that is allowed: leave out \"minimum\" and \"maximum\"");
+    }
   }
   if (label.minimum && label.maximum && *label.minimum > *label.maximum) {
     throw CFileProblem(member.line, "\"minimum\" is larger than \"maximum\"");

@@ -1,5 +1,7 @@
 #include "batch/batch_command.h"
 
+#include <windows.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <map>
@@ -92,6 +94,20 @@ bool IsSet(const tagGivenCommand& command, std::string_view flag) {
   return option != nullptr && option->values != std::vector<std::string>{"false"};
 }
 
+// Windows ignores the case of all letters, where names of printers have them: "Büro" and "BÜRO" are one file.
+void RequireOwnFiles(const std::vector<std::string>& paths, const std::vector<tagListedPrinter>& printers) {
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    for (std::size_t k = 0; k < i; ++k) {
+      if (CompareStringOrdinal(ToWide(paths[i]).c_str(), -1, ToWide(paths[k]).c_str(), -1, TRUE) ==
+          CSTR_EQUAL) {
+        throw CUsageError("\"" + paths[i] + "\" of " + LabelOf(printers[i]) + " and \"" + paths[k] +
+                          "\" of " + LabelOf(printers[k]) +
+                          " are one file: put {printer} or {number} into the name");
+      }
+    }
+  }
+}
+
 /** The files of all printers, each of which can be written; asks before any of them is overwritten. */
 std::vector<std::string> OutputFiles(const tagBatchCommand& known, const tagGivenCommand& command,
                                      const std::vector<tagListedPrinter>& printers, bool agreed) {
@@ -102,6 +118,7 @@ std::vector<std::string> OutputFiles(const tagBatchCommand& known, const tagGive
   }
   std::vector<std::string> paths =
       ExpandPattern(option->values.front(), std::string(known.output), printers, Now());
+  RequireOwnFiles(paths, printers);
   std::string there;
   std::size_t count = 0;
   for (const std::string& path : paths) {

@@ -70,6 +70,7 @@ TEST(DoctorJudgementTest, ThePrinterIsJudgedByItsAnswersAlone) {
       {JudgeAnswer(idle), kWell, {"after 104 ms"}},
       {JudgeAnswer(slow), kLook, {"2500 ms", "ask again"}},
       {JudgeAnswer(silent), kFailed, {"no answer came within 3050 ms", "switched on"}},
+      {JudgeAnswer({0, "", "", 0, 105}), kFailed, {"came after 105 ms that names no state"}},
       {JudgeAnswer(refused), kFailed, {"code -77", "refused", "plug it in"}},
       {JudgePrefix(idle, true, true), kWell, {"understands the default ones"}},
       {JudgePrefix(silent, true, false), kNotTried, {"reads like"}},
@@ -92,16 +93,29 @@ TEST(DoctorJudgementTest, ThePrinterIsJudgedByItsAnswersAlone) {
 }
 
 TEST(DoctorJudgementTest, PortAndNetworkSayWhatThisComputerHas) {
-  const tagPortState port{"USB001", true, "", "usb#1", {"Shipping"}, false, true};
+  const tagPortState port{"USB001", true, "", true, "usb#1", {"Shipping"}, false, true};
   const tagNetworkState network{
-      true, {"Ethernet (192.0.2.9/24)"}, "Ethernet", "", {}, false, "", true, {"public"}, {}};
+      true, {"Ethernet (192.0.2.9/24)"}, "Ethernet", "", false, {}, false, "", true, {"public"}, {}};
   const auto with = [](auto state, auto change) {
     change(state);
     return state;
   };
   Expect({
       {JudgePort(port), kWell, {"the port USB001", "Shipping", "knows usb#1"}},
-      {JudgePort({}), kWell, {"none was chosen by name"}},
+      {JudgePort(with(tagPortState{}, [](auto& p) { p.is_asked = true; })),
+       kWell,
+       {"none was chosen by name"}},
+      {JudgePort({}), kNotTried, {"none was chosen by name, and the module cannot be asked"}},
+      {JudgePort(with(port,
+                      [](auto& p) {
+                        p.is_chosen = false;
+                        p.spooler_problem = "no spooler";
+                      })),
+       kLook,
+       {"no spooler: nothing was seen"}},
+      {JudgePort(with(port, [](auto& p) { p.is_asked = false; })),
+       kNotTried,
+       {"Shipping; the module cannot"}},
       {JudgePort(with(port, [](auto& p) { p.is_chosen = false; })),
        kWell,
        {"has usb#1", "port USB001 leads there"}},
@@ -110,6 +124,13 @@ TEST(DoctorJudgementTest, PortAndNetworkSayWhatThisComputerHas) {
       {JudgePort(with(port, [](auto& p) { p.has_trouble = true; })), kLook, {"queue"}},
       {JudgePort(with(port, [](auto& p) { p.spooler_problem = "no spooler"; })), kFailed, {"no spooler"}},
       {JudgeNetwork({}), kLook, {"does not list"}},
+      {JudgeNetwork(with(network,
+                         [](auto& n) {
+                           n.address = "2001:db8::7";
+                           n.is_other_address = true;
+                         })),
+       kNotTried,
+       {"of the way to 2001:db8::7 nothing is seen"}},
       {JudgeNetwork(network),
        kWell,
        {"Ethernet (192.0.2.9/24)", "leaves by Ethernet", "on for public networks"}},

@@ -43,6 +43,8 @@ TEST(TableTextTest, ColumnsAndOrderAreThoseOfTheView) {
   other.columns = {"UNIT", "NO"};
   other.sort = "UNIT";
   EXPECT_EQ(TableText(Table(), other, std::nullopt, false), "UNIT  NO\n      10\n      9\n      x\n");
+  other.columns = {"UNIT"};
+  EXPECT_EQ(TableText(Table(), other, std::nullopt, false), TableText(Table(), {}, std::nullopt, false));
 }
 
 TEST(TableTextTest, UnknownColumnsAreRefusedWithThoseThatThereAre) {

@@ -38,6 +38,28 @@ TEST(TraceTextTest, QuotedBytesAreReadBack) {
   }
 }
 
+TEST(TraceTextTest, AnswersThatComeLateOrInPiecesAreShownForWhatTheyAre) {
+  const struct {
+    std::vector<std::string> received; /**< after a question for the state */
+    std::vector<bool> is_shown;
+  } cases[] = {
+      {{R"(\x02^S(SMA,)", R"(S,IL\x03)", R"(\r\n\x02$S(SMA;S;PR\x03)"}, {true, true, true}},
+      {{R"(\x02- DIR E:*.PNG\r\n\x03\r\n\x02LX-R4100\x03)"}, {true}},
+      {{R"(^XA^DFE:A.ZPL^FSsecret^XZ)", R"(\x02^S(SMA,S,IL\x03)"}, {false, false}},
+      {{R"(\x02^S(SMA,S,IL\x03secret)", R"(\x02^S(SMA,S,IL\x03)"}, {false, false}},
+      {{R"(\x02secret\x03)"}, {false}},
+      {{R"(^S(CLM,P,3 SendData secret)"}, {false}},
+  };
+  for (const auto& late : cases) {
+    CTranscriptFilter filter(false);
+    filter.Filter(R"(0.1 7 SendData 8 "~H(SMA,S" = 0 took 0.1)");
+    for (std::size_t i = 0; i < late.received.size(); ++i) {
+      const std::string line = "0.2 7 ReceiveData buffer 9 = 0 9 \"" + late.received[i] + "\" took 0.1";
+      EXPECT_EQ(filter.Filter(line) == line, late.is_shown[i]) << line;
+    }
+  }
+}
+
 TEST(TraceTextTest, OnlySettingsTalkIsShownOfATranscript) {
   const std::string frame_start = R"(\x10\x1b\x1d\x1b\x1b)";
   const std::string frame_end = R"(\x10\x1b\x1d\x1b\x1c)";
@@ -52,6 +74,8 @@ TEST(TraceTextTest, OnlySettingsTalkIsShownOfATranscript) {
       {"~DYE:A.PNG,B,P,3,0,:B64:c2VjcmV0:1234", false},
       {"^XA^DFE:A.ZPL^FDsecret^XZ", false},
       {"~H(SMA,S^FDsecret", false},
+      {"~H(SMA,S secret", false},
+      {R"(^XA^S(CLM,P,3\r\nsecret^XZ)", false},
       {"secret", false},
       {"^XA^HFE:A.ZPL^XZ", false},
       {"secret\" broken", false},
@@ -62,7 +86,7 @@ TEST(TraceTextTest, OnlySettingsTalkIsShownOfATranscript) {
         "0.1 7 SendData 18 \"" + frame_start + sending.sent + frame_end + "\" = 0 took 0.1";
     EXPECT_EQ(filter.Filter(line) == line, sending.is_shown) << sending.sent;
     EXPECT_EQ(filter.Filter(line).find("secret"), std::string::npos);
-    const std::string answer = R"(0.2 7 ReceiveData buffer 3 = 0 3 "\x02secret" took 0.1)";
+    const std::string answer = R"(0.2 7 ReceiveData buffer 3 = 0 3 "\x02^S(SMA,S,IL\x03\r\n" took 0.1)";
     EXPECT_EQ(filter.Filter(answer) == answer, sending.is_shown) << sending.sent;
     EXPECT_EQ(CTranscriptFilter(true).Filter(line), line);
   }

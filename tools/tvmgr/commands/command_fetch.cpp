@@ -63,6 +63,7 @@ std::string CutOff(const std::string& name, std::size_t size, const std::string&
 }
 
 int FetchOne(const tagGlobalOptions& global, const tagFetchOptions& options, const std::string& name) {
+  RequireTable({}, "without a pattern");
   RequireFileName(name);
   RequireAnsi(name);
   const tagFileKind* const kind = KindOfFile(name);

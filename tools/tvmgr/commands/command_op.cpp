@@ -130,6 +130,7 @@ int RunOperation(const tagGlobalOptions& global, const tagOperationOptions& opti
   if (options.name.empty()) {
     throw CUsageError("name an operation, or give --list");
   }
+  RequireTable({}, "without --list");
   const tagOperation& operation = FindOperation(options.name);
   const bool has_data = !options.data.file.empty() || options.data.text;
   if (has_data && operation.code != TVMGR_OP_SEND_DATA) {

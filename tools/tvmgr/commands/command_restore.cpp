@@ -237,6 +237,17 @@ int RestoreChosenFiles(const tagGlobalOptions& global, const tagRestoreOptions& 
   return RestoreFiles(global, session, files);
 }
 
+void RequireOwnTable(const tagRestoreOptions& options) {
+  if (options.settings) {
+    RequireTable({"KEY", "NAME", "NOW", "WANTED", "GOT", "VERDICT", "REASON"}, "with --settings");
+  } else if (options.files && !options.dry_run) {
+    RequireTable({"NAME", "VERDICT", "REASON"}, "with --files");
+  } else {
+    RequireTable({"WHAT", "BACKUP", "PRINTER", "VERDICT"},
+                 options.files ? "with --files --dry-run" : "without --settings or --files");
+  }
+}
+
 int RestorePart(const tagGlobalOptions& global, const tagRestoreOptions& options,
                 const tagPrinterChoice& choice) {
   const tagBackupOnHost backup = ReadBackup(global, options.file);
@@ -249,6 +260,7 @@ int RestorePart(const tagGlobalOptions& global, const tagRestoreOptions& options
 }  // namespace
 
 int RunRestore(const tagGlobalOptions& global, const tagRestoreOptions& options) {
+  RequireOwnTable(options);
   const tagPrinterChoice choice = RequireChoice(global);
   if (options.settings || options.files) {
     return RestorePart(global, options, choice);

@@ -6,7 +6,7 @@ namespace {
 constexpr char kHead[] =
     R"(# Completions of tvmgr for bash, made by "tvmgr completions bash" of the same version.
 _tvmgr() {
-  local command='' word words='' previous=${COMP_WORDS[COMP_CWORD - 1]} current=${COMP_WORDS[COMP_CWORD]} i
+  local command='' word words='' is_value='' previous=${COMP_WORDS[COMP_CWORD - 1]} current=${COMP_WORDS[COMP_CWORD]} i
   # A text that an option takes is no command; "=" is a word of its own.
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
@@ -26,14 +26,17 @@ constexpr char kMiddle[] = R"( command=${command:+$command }$word ;;
   done
   if [[ $current == = ]]; then
     current=''
+    is_value=1
   elif [[ $previous == = ]]; then
     previous=${COMP_WORDS[COMP_CWORD - 2]}
+    is_value=1
   fi
   case "$command:$previous" in
 )";
 
 constexpr char kWords[] = R"(    *)
-      case "$command:$current" in
+      # Behind the "=" of anything but an option stands a value that nobody can list.
+      case "$is_value$command:$current" in
 )";
 
 constexpr char kTail[] = R"(      esac ;;

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "computer/firewall_rule.h"
@@ -28,15 +29,13 @@ class CKey {
   CKey(const CKey&) = delete;
   CKey& operator=(const CKey&) = delete;
 
-  bool IsOpen() const { return is_open_; }
-
-  DWORD Number(const wchar_t* name) const {
+  std::optional<DWORD> Number(const wchar_t* name) const {
     DWORD number = 0;
     DWORD size = sizeof number;
     return is_open_ && RegQueryValueExW(key_, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number),
                                         &size) == ERROR_SUCCESS
-               ? number
-               : 0;
+               ? std::optional(number)
+               : std::nullopt;
   }
 
   /** The text of the value with this number; false behind the last one. Empty for other kinds of values. */
@@ -76,8 +75,9 @@ tagFirewallFacts LookAtFirewall(const std::string& program) {
       {"domain", L"\\DomainProfile"}, {"private", L"\\StandardProfile"}, {"public", L"\\PublicProfile"}};
   for (const auto& [name, key_name] : profiles) {
     const CKey key(std::wstring(kPolicy) + key_name);
-    facts.is_known = facts.is_known || key.IsOpen();
-    if (key.Number(L"EnableFirewall") != 0) {
+    const std::optional<DWORD> is_on = key.Number(L"EnableFirewall");
+    facts.is_known = facts.is_known || is_on;
+    if (is_on.value_or(0) != 0) {
       facts.profiles.emplace_back(name);
     }
   }

@@ -176,9 +176,13 @@ tagFinding CCheckup::LookAtPort() {
   }
   // A printer that is chosen by its address or device may have a port, too.
   const std::string name = choice_.port.empty() ? known_.port : choice_.port;
+  tagPortState silent;
+  silent.port = name;
+  silent.spooler_problem = "the print spooler does not answer";
   auto state = Within<tagPortState>("asking the print spooler", kSpoolerMs, [name] {
                  return LookAtSpooler(name);
-               }).value_or(tagPortState{name, false, "the print spooler does not answer", {}, {}, false, {}});
+               }).value_or(silent);
+  state.is_asked = is_started_;
   state.is_chosen = !choice_.port.empty();
   state.known = MakeVisible(known_.address.empty() ? known_.device : known_.address);
   return JudgePort(state);
@@ -201,11 +205,9 @@ tagFinding CCheckup::LookAtNetwork() {
   if (!adapters) {
     return JudgeNetwork(state);
   }
-  if (std::count(state.address.begin(), state.address.end(), ':') > 1) {
-    state.address.clear();  // IPv6, of which nothing is looked at here
-  }
+  state.is_other_address = std::count(state.address.begin(), state.address.end(), ':') > 1;
   state.broadcast = ShownWay(*adapters, AdapterTowards(kToEverybody));
-  if (!state.address.empty()) {
+  if (!state.address.empty() && !state.is_other_address) {
     // Port libraries take a port behind the name.
     const std::string host = state.address.substr(0, state.address.find(':'));
     const auto resolved = Within<std::vector<std::string>>("looking up " + host, kNetworkMs,

@@ -10,6 +10,8 @@ constexpr char kSilent[] =
     "check that it is switched on and connected, that --port, --device or --address names it, and that no "
     "other program holds it";
 constexpr std::uint64_t kSlowMs = 1'000;
+/** The module waits so long for the first byte of an answer; without a state but earlier, some have come. */
+constexpr std::uint64_t kSilenceMs = 3'000;
 
 std::string Seconds(std::uint64_t ms) {
   return std::to_string(ms) + " ms";
@@ -105,6 +107,12 @@ tagFinding JudgePortLibrary(const tagLibraryState& library, const std::string& l
 tagFinding JudgeAnswer(const tagAnswer& answer) {
   if (answer.result != 0) {
     return {kStepAnswer, EHealth::kFailed, Failure(answer), answer.advice};
+  }
+  if (IsSilent(answer) && answer.took_ms < kSilenceMs) {
+    return {kStepAnswer, EHealth::kFailed,
+            "something came after " + Seconds(answer.took_ms) +
+                " that names no state: cut off, or no answer at all",
+            "look at its cable, at who else talks to it, and whether it is an LX-R4100"};
   }
   if (IsSilent(answer)) {
     return {kStepAnswer, EHealth::kFailed,
@@ -203,10 +211,18 @@ tagFinding JudgePort(const tagPortState& port) {
   constexpr char kQueue[] = "look at the printer's queue in Windows: jobs in it go to the same printer";
   const std::string installed =
       port.printers.empty() ? "no installed printer uses it" : "installed on it: " + Listed(port.printers);
+  if (!port.is_chosen && !port.is_asked) {
+    return {"port", EHealth::kNotTried, "none was chosen by name, and the module cannot be asked for one",
+            ""};
+  }
   if (!port.is_chosen) {
     std::string reason = "none was chosen by name";
     reason += port.known.empty() ? "" : "; the module has " + port.known;
     reason += port.is_listed ? "; the print spooler's port " + port.port + " leads there; " + installed : "";
+    if (!port.spooler_problem.empty()) {
+      return {"port", EHealth::kLook, reason + "; " + port.spooler_problem + ": nothing was seen of queues",
+              "start the service \"Print Spooler\", unless it is meant to be off"};
+    }
     return {"port", port.has_trouble ? EHealth::kLook : EHealth::kWell, reason,
             port.has_trouble ? kQueue : ""};
   }
@@ -219,6 +235,10 @@ tagFinding JudgePort(const tagPortState& port) {
             "\"tvmgr ports\" lists those that there are"};
   }
   const std::string reason = "the print spooler has the port " + port.port + "; " + installed + "; ";
+  if (!port.is_asked) {
+    return {"port", port.has_trouble ? EHealth::kLook : EHealth::kNotTried,
+            reason + "the module cannot be asked what is behind it", port.has_trouble ? kQueue : ""};
+  }
   if (port.known.empty()) {
     return {
         "port", EHealth::kLook, reason + "the module knows no printer behind it",
@@ -245,6 +265,11 @@ tagFinding JudgeNetwork(const tagNetworkState& network) {
                 : "; Windows' own firewall is on for " + Listed(network.profiles) + " networks";
   if (!network.blocking.empty()) {
     reason += ", with rules that keep datagrams from this program: " + Listed(network.blocking);
+  }
+  if (network.is_other_address) {
+    return {"network", EHealth::kNotTried,
+            "of the way to " + network.address + " nothing is seen, since it is no IPv4 address; " + reason,
+            ""};
   }
   if (network.address.empty()) {
     return {"network", network.blocking.empty() ? EHealth::kWell : EHealth::kLook, reason,

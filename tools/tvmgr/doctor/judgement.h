@@ -69,6 +69,7 @@ struct tagPortState {
   std::string port;       /**< the one that was chosen, or that leads to the printer; empty: none is known */
   bool is_listed = false; /**< the spooler has such a port */
   std::string spooler_problem; /**< why the spooler says nothing; empty: it does */
+  bool is_asked = false;       /**< the module was, for what it knows of the printer */
   std::string known; /**< what the module knows behind it: an address or a device path; may be empty */
   std::vector<std::string> printers; /**< installed on it, "Shipping (paused, 3 jobs wait)" */
   bool has_trouble = false;          /**< one of them is paused or off-line, or jobs wait */
@@ -83,6 +84,7 @@ struct tagNetworkState {
   std::vector<std::string> adapters; /**< "Ethernet (192.0.2.7/24)" */
   std::string broadcast;             /**< the adapter by which a search leaves; empty: none */
   std::string address;               /**< of the printer; empty: it is not chosen by one */
+  bool is_other_address = false;     /**< it is of IPv6, of which nothing is looked at */
   std::vector<std::string> resolved; /**< what the address means */
   bool is_resolved_late = false;     /**< the name was still being looked up when the time was over */
   std::string way;                   /**< the adapter towards it; empty: none */

@@ -1,5 +1,6 @@
 #include "output/record_output.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "output/command_error.h"
@@ -77,6 +78,21 @@ void CRecordOutput::SetAsJson() const {
 
 void SetTableView(const tagTableView& view) {
   table_view = view;
+}
+
+void RequireTable(const std::vector<std::string>& headings, const std::string& mode) {
+  std::vector<std::string> named = table_view.columns;
+  if (!table_view.sort.empty()) {
+    named.push_back(table_view.sort);
+  }
+  for (const std::string& name : named) {
+    if (headings.empty()) {
+      throw CUsageError("--columns and --sort: there is no table " + mode);
+    }
+    if (std::find(headings.begin(), headings.end(), name) == headings.end()) {
+      throw CUsageError("--columns and --sort: the table has no column \"" + name + "\" " + mode);
+    }
+  }
 }
 
 std::string ShownVerdict(std::string_view word, ETone tone) {

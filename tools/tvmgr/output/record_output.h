@@ -60,6 +60,14 @@ class CRecordOutput {
 /** What of the tables of this run is shown, and in which order. */
 void SetTableView(const tagTableView& view);
 
+/**
+ * Ends the command when the view names a column that is not among these: for commands that print one table or another.
+ *
+ * @param headings  empty: no table is printed
+ * @param mode  "with --files", behind what is refused
+ */
+void RequireTable(const std::vector<std::string>& headings, const std::string& mode);
+
 /** A word that judges, for stdout: in the colour of its tone where colours are shown. */
 std::string ShownVerdict(std::string_view word, ETone tone);
 

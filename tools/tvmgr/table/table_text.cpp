@@ -113,7 +113,10 @@ std::string TableText(const tagTable& table, const tagTableView& view, std::opti
                       bool is_coloured) {
   tagTable shown = table;
   Sort(shown, view);
-  if (!view.columns.empty()) {
+  const bool has_any = std::any_of(view.columns.begin(), view.columns.end(), [&](const std::string& heading) {
+    return PlaceOf(table, heading).has_value();
+  });
+  if (has_any) {
     shown = WithColumns(shown, view.columns);
   }
   std::vector<tagTableCell> headings;

@@ -35,7 +35,8 @@ struct tagTable {
 /**
  * The table in aligned columns, headings first, a line for each row. Rows are sorted before columns are taken
  * away: numbers by their value and before all text, text without regard to the case of ASCII letters, equal
- * ones as they come. A column of the view that the table does not have is empty.
+ * ones as they come. A column of the view that the table does not have is empty; one that
+ * has none of them is shown whole.
  *
  * @param width  columns of the terminal, into which lines are made to fit; none: as long as they are
  */

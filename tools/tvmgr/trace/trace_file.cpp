@@ -52,7 +52,7 @@ class CTrace {
     const std::uint64_t number = starts_.size();
     starts_.push_back(Clock::now());
     Write(Cut() + Milliseconds(starts_.back() - start_) + " " + call);
-    unfinished_ = number;
+    unfinished_ = is_within_gap_ ? kNone : number;  // behind a gap the end of the line names the call again
     return number;
   }
 

@@ -17,6 +17,20 @@ constexpr std::array<std::string_view, 8> kWhole{"^XA",  "^XZ",    "^JUS",   "^J
                                                  "^H(E", "\x1EXA", "\x1EXZ", "\x1EJUS"};
 constexpr std::array<std::string_view, 6> kHeads{"~H(", "^S(", "^HW", "\x10H(", "\x1EH(E", "\x1E\x43"};
 
+constexpr std::string_view kSet = "^S(";
+constexpr char kFieldEnd = '\x1F';  // stands for "," where prefix characters may be changed
+
+bool IsOneLine(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) >= 0x20 || c == kFieldEnd; });
+}
+
+/** "CLR,Z", "E:*.PNG,c": behind a head not any text will do, as it may be a label's. */
+bool IsNameOrKey(std::string_view text) {
+  constexpr std::size_t kLongest = 24;
+  return text.size() <= kLongest && IsOneLine(text) && text.find(' ') == std::string_view::npos;
+}
+
 bool TakeCommand(std::string_view& bytes) {
   for (const std::string_view whole : kWhole) {
     if (bytes.starts_with(whole)) {
@@ -27,8 +41,10 @@ bool TakeCommand(std::string_view& bytes) {
   for (const std::string_view head : kHeads) {
     if (bytes.starts_with(head)) {
       bytes.remove_prefix(head.size());
-      bytes.remove_prefix(std::min(bytes.find_first_of("^~\x10\x1E"), bytes.size()));
-      return true;
+      const std::size_t size = std::min(bytes.find_first_of("^~\x10\x1E"), bytes.size());
+      const std::string_view parameter = bytes.substr(0, size);
+      bytes.remove_prefix(size);
+      return head == kSet ? !parameter.empty() && IsOneLine(parameter) : IsNameOrKey(parameter);
     }
   }
   return false;
@@ -104,10 +120,35 @@ bool IsSettingsTalk(std::string_view bytes) {
   return true;
 }
 
+bool CTranscriptFilter::TakeAnswer(std::string_view bytes) {
+  constexpr std::string_view kListing = "- DIR ";
+  constexpr std::string_view kModel = "LX-";
+  while (!bytes.empty()) {
+    if (is_within_frame_) {
+      const std::size_t end = bytes.find('\x03');
+      is_within_frame_ = end == std::string_view::npos;
+      bytes.remove_prefix(is_within_frame_ ? bytes.size() : end + 1);
+    } else if (bytes.front() == '\r' || bytes.front() == '\n') {
+      bytes.remove_prefix(1);
+    } else {
+      // The first character of a setting's answer may be another one.
+      const std::string_view body = bytes.substr(1);
+      if (bytes.front() != '\x02' || (!body.starts_with(kListing) && !body.starts_with(kModel) &&
+                                      (body.size() < 3 || body.substr(1, 2) != "S("))) {
+        return false;
+      }
+      is_within_frame_ = true;
+      bytes.remove_prefix(1);
+    }
+  }
+  return true;
+}
+
 std::string CTranscriptFilter::Filter(std::string_view line) {
-  const bool is_sent = line.find(" SendData ") != std::string_view::npos;
-  const bool is_received = line.find(" ReceiveData ") != std::string_view::npos;
   const std::size_t first = line.find('"');
+  const std::string_view call = line.substr(0, first);
+  const bool is_sent = call.find(" SendData ") != std::string_view::npos;
+  const bool is_received = call.find(" ReceiveData ") != std::string_view::npos;
   const std::size_t last = line.rfind('"');
   if (with_contents_ || (!is_sent && !is_received) || first == std::string_view::npos) {
     return std::string(line);
@@ -115,6 +156,10 @@ std::string CTranscriptFilter::Filter(std::string_view line) {
   const std::optional<std::string> bytes = BytesOfQuoted(line.substr(first, last - first + 1));
   if (is_sent) {
     is_settings_talk_ = bytes && IsSettingsTalk(*bytes);
+    is_within_frame_ = false;
+  } else {
+    // A file that was asked for before may come late: until the next question nothing is shown then.
+    is_settings_talk_ = is_settings_talk_ && bytes && TakeAnswer(*bytes);
   }
   if (is_settings_talk_) {
     return std::string(line);

@@ -26,7 +26,7 @@ bool IsSettingsTalk(std::string_view bytes);
 
 /**
  * Takes the contents of files out of the lines of a transcript, which the recorder in front of the port library has written
- * (recorder/README.md): what is sent stays when it is settings talk, and so does the answer to it.
+ * (recorder/README.md): what is sent stays when it is settings talk, and so does the answer to it, as long as that looks like one.
  */
 class CTranscriptFilter {
  public:
@@ -36,8 +36,12 @@ class CTranscriptFilter {
   std::string Filter(std::string_view line);
 
  private:
+  /** True when what was received are frames that answer questions for settings or names, or a piece of such. */
+  bool TakeAnswer(std::string_view bytes);
+
   bool with_contents_;
-  bool is_settings_talk_ = false; /**< what was sent last */
+  bool is_settings_talk_ = false; /**< what was sent last, and what came since */
+  bool is_within_frame_ = false;  /**< what came last broke off there */
 };
 
 }  // namespace tvmgr

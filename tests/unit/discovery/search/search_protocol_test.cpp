@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "discovery/search/answer_collection.h"
+
 namespace tavira {
 namespace {
 
@@ -42,6 +44,10 @@ TEST(SearchProtocolTest, RequestsCarryTheCommandAndTheTargetWhenThereIsOne) {
   for (const auto& [command, bytes] : cases) {
     EXPECT_EQ("KORVAQ" + bytes, BuildSearchRequest(command, kMac)) << command;
   }
+}
+
+TEST(SearchProtocolTest, AnAddressIsWrittenWithItsFourNumbers) {
+  EXPECT_EQ("198.51.100.7", DottedText(0xC6336407));
 }
 
 TEST(SearchProtocolTest, AMacIsTwelveHexadecimalDigits) {

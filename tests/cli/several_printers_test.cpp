@@ -204,8 +204,11 @@ TEST_F(CSeveralPrintersTest, AtATerminalItAsksOnceAndCtrlCBeginsNoMore) {
   run(remove, "yes\n");
   EXPECT_EQ(StoredOnE("A.PNG"), "");
   WriteIni("[printer]\nmaintenance_ms=4000\n");
-  const std::jthread user([] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+  // While the first is at work: other tests of this computer may keep it waiting for its port before.
+  const std::jthread user([this] {
+    for (int i = 0; i < 6000 && Log().find("~JC") == std::string::npos; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     CTestConsole::PressCtrlC();
   });
   const tagRun stopped =

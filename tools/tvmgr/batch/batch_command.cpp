@@ -165,7 +165,7 @@ class CBatchRun {
  public:
   CBatchRun(const tagGlobalOptions& global, const std::string& command,
             const std::vector<tagListedPrinter>& printers, const std::vector<std::string>& problems)
-      : global_(global), command_(command), printers_(printers), verdicts_(printers.size()) {
+      : global_(global), command_(command), verdicts_(printers.size()) {
     for (std::size_t i = 0; i < printers.size(); ++i) {
       if (problems[i].empty()) {
         places_.push_back(i);
@@ -211,7 +211,6 @@ class CBatchRun {
  private:
   const tagGlobalOptions& global_;
   const std::string& command_;
-  const std::vector<tagListedPrinter>& printers_;
   std::vector<tagPrinterVerdict> verdicts_;
   std::vector<std::size_t> places_; /**< in the list, of those that are started */
   std::vector<std::string> labels_;

@@ -868,6 +868,7 @@ namespace Tavira
     {
         private const string Library = "TaviraManager";
         private const uint LoadWithAlteredSearchPath = 8;
+        private const uint FailCriticalErrors = 1;
 
         /// <summary>The second function of a string manager.</summary>
         [UnmanagedFunctionPointer(CallingConvention.Cdecl)]
@@ -950,16 +951,32 @@ namespace Tavira
             {
                 return;
             }
-            foreach (string name in new[] { "Ferrolink.dll", "TaviraManager.dll" })
+            // A damaged file makes Windows ask the user, in a box that blocks until it is answered: not here.
+            bool isQuiet = SetThreadErrorMode(GetThreadErrorMode() | FailCriticalErrors, out uint earlier);
+            try
             {
-                string path = Path.GetFullPath(Path.Combine(folder, name));
-                if (File.Exists(path))
+                foreach (string name in new[] { "Ferrolink.dll", "TaviraManager.dll" })
                 {
-                    LoadLibraryEx(path, IntPtr.Zero, LoadWithAlteredSearchPath);
+                    string path = Path.GetFullPath(Path.Combine(folder, name));
+                    if (File.Exists(path))
+                    {
+                        LoadLibraryEx(path, IntPtr.Zero, LoadWithAlteredSearchPath);
+                    }
+                }
+            }
+            finally
+            {
+                if (isQuiet)
+                {
+                    SetThreadErrorMode(earlier, out _);
                 }
             }
         }
 
+        [DllImport("kernel32", ExactSpelling = true)]
+        private static extern uint GetThreadErrorMode();
+        [DllImport("kernel32", ExactSpelling = true)]
+        private static extern bool SetThreadErrorMode(uint mode, out uint earlier);
         [DllImport("kernel32", CharSet = CharSet.Unicode, EntryPoint = "LoadLibraryExW", ExactSpelling = true)]
         private static extern IntPtr LoadLibraryEx(string path, IntPtr reserved, uint flags);
 

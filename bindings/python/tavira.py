@@ -353,6 +353,20 @@ _SIGNATURES: Dict[str, Tuple[Any, ...]] = {
 }
 
 
+def _load(path: str) -> ctypes.CDLL:
+    """A damaged file makes Windows ask the user, in a box that blocks until it is answered: not here."""
+    if sys.platform != "win32":
+        return ctypes.CDLL(path)
+    kernel32 = ctypes.WinDLL("kernel32")
+    earlier = c_uint32()
+    is_quiet = kernel32.SetThreadErrorMode(kernel32.GetThreadErrorMode() | 1, byref(earlier))  # SEM_FAILCRITICALERRORS
+    try:
+        return ctypes.CDLL(path)
+    finally:
+        if is_quiet:
+            kernel32.SetThreadErrorMode(earlier.value, None)
+
+
 class Library:
     """The module's functions by their own names, with their argument types: for what Manager does not offer.
 
@@ -368,11 +382,11 @@ class Library:
             path = os.path.abspath(path)
             port_library = os.path.join(os.path.dirname(path), "Ferrolink.dll")
             try:
-                self._port_library: Optional[ctypes.CDLL] = ctypes.CDLL(port_library)
+                self._port_library: Optional[ctypes.CDLL] = _load(port_library)
             except OSError:
                 self._port_library = None  # missing or damaged: the module will say so
         try:
-            self._library = ctypes.CDLL(path)
+            self._library = _load(path)
         except OSError as error:
             raise OSError(f"{path} cannot be loaded: {error}") from error  # Windows' own words name no file
         for name, (result, *arguments) in _SIGNATURES.items():

@@ -13,6 +13,7 @@ import sys
 import tempfile
 import time
 import unittest
+from unittest import mock
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "bindings/python"))
 import tavira  # noqa: E402
@@ -205,6 +206,27 @@ class ScenarioTest(HostTest):
         environment = dict(os.environ, TAVIRA_LIBRARY=str(alone), PYTHONPATH=os.path.dirname(tavira.__file__))
         run = subprocess.run([sys.executable, "-B", "-c", code], env=environment, capture_output=True, text=True)
         self.assertEqual(("TVMGR_Initialize: -5, Ferrolink.dll is missing or incomplete\n" * 2, ""), (run.stdout, run.stderr))
+
+
+    def test_windows_shows_no_box_while_a_damaged_library_is_loaded(self):
+        modes = [2]  # the host's own
+
+        class Kernel32:
+            GetThreadErrorMode = staticmethod(lambda: modes[-1])
+
+            @staticmethod
+            def SetThreadErrorMode(mode, earlier):
+                if earlier is not None:
+                    earlier._obj.value = modes[-1]
+                modes.append(mode)
+                return 1
+
+        damaged = FOLDER / "TaviraManager.dll"
+        damaged.write_text("MZ, and nothing that follows it")
+        with mock.patch.object(sys, "platform", "win32"), \
+             mock.patch.object(ctypes, "WinDLL", lambda name: Kernel32, create=True), self.assertRaises(OSError):
+            tavira.Library(damaged)
+        self.assertEqual([2, 3, 2] + [3, 2], modes)  # the port library, which is missing, and the module
 
 
 class SearchTest(HostTest):

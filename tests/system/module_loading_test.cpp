@@ -3,6 +3,7 @@
 #include <windows.h>
 // after windows.h
 #include <psapi.h>
+#include <tlhelp32.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -36,6 +37,18 @@ int OpenHandles() {
     DWORD flags = 0;
     count += ::GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
   }
+  return count;
+}
+
+int Threads() {
+  const HANDLE all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 thread{};
+  thread.dwSize = sizeof(thread);
+  int count = 0;
+  for (BOOL more = ::Thread32First(all, &thread); more; more = ::Thread32Next(all, &thread)) {
+    count += thread.th32OwnerProcessID == ::GetCurrentProcessId() ? 1 : 0;
+  }
+  ::CloseHandle(all);
   return count;
 }
 
@@ -88,14 +101,20 @@ class ModuleLoadingTest : public ::testing::Test {
       round();
     }
     const int handles = OpenHandles();
+    const int threads = Threads();
     const std::size_t bytes = PrivateBytes();
     ASSERT_NE(0U, bytes);
     for (int i = 0; i < rounds; ++i) {
       round();
     }
-    std::printf("%d rounds: handles %d -> %d, private KiB %zu -> %zu\n", rounds, handles, OpenHandles(),
-                bytes >> 10, PrivateBytes() >> 10);
+    // The last worker has left the module, and may be on its way out of the process.
+    for (int i = 0; i < 100 && Threads() > threads; ++i) {
+      ::Sleep(10);
+    }
+    std::printf("%d rounds: handles %d -> %d, threads %d -> %d, private KiB %zu -> %zu\n", rounds, handles,
+                OpenHandles(), threads, Threads(), bytes >> 10, PrivateBytes() >> 10);
     EXPECT_EQ(handles, OpenHandles());
+    EXPECT_GE(threads, Threads());
     EXPECT_LT(PrivateBytes(), bytes + (256U << 10));
   }
 

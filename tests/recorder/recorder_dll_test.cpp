@@ -5,7 +5,9 @@
 
 #include <psapi.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 
@@ -237,6 +239,22 @@ TEST_F(CRecorderDllTest, ThreadsThatComeAndGoLeaveNoHandles) {
   const int before = CountHandles();
   use();
   EXPECT_LE(CountHandles(), before);
+}
+
+TEST_F(CRecorderDllTest, ACallTakesLessThanAMillisecondMore) {
+  const auto quickest_of_three = [](const CPortHost& host) {
+    auto quickest = std::chrono::steady_clock::duration::max();
+    for (int round = 0; round < 3; ++round) {
+      const auto start = std::chrono::steady_clock::now();
+      for (int i = 0; i < 100; ++i) {
+        host.Send("some command");
+      }
+      quickest = std::min(quickest, std::chrono::steady_clock::now() - start);
+    }
+    return quickest;
+  };
+  const auto direct = quickest_of_three(CPortHost(RealLibrary()));
+  EXPECT_GT(std::chrono::milliseconds(100), quickest_of_three(CPortHost(Recorder())) - direct);
 }
 
 PROCESS_MEMORY_COUNTERS Memory() {

@@ -9,6 +9,7 @@ import os
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import sys
 
@@ -103,10 +104,18 @@ def commands(readme, heading):
     return [line.strip() for line in block.split("\n\n", 1)[0].splitlines()]
 
 
+def resource_version(program):
+    """Of the fixed part of its version resource, the first three numbers."""
+    data = program.read_bytes()
+    minor, major, _, patch = struct.unpack_from("<4H", data, data.index(b"\xbd\x04\xef\xfe") + 8)
+    return f"{major}.{minor}.{patch}"
+
+
 def check_versions(zip_folder, version, wine):
     header = (zip_folder / "include/tavira/TaviraManager.h").read_text(encoding="utf-8")
     expect(".".join(HEADER_VERSION.findall(header)) == version, "the header is of another version than the package")
     expect(f"## [{version}]" in (zip_folder / "CHANGELOG.md").read_text(encoding="utf-8"), "no changes for this version")
+    expect(resource_version(zip_folder / "bin/TaviraManager.dll") == version, "the DLL's version resource is another one")
     number = re.escape(version)
     run([wine, "bin/tvmgr.exe", "--version"], zip_folder, f"tvmgr {number}\n")
     run([wine, "emulator/lxemu_network.exe", "--version"], zip_folder, f".*{number}\n")

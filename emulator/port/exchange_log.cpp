@@ -20,6 +20,10 @@ std::string Describe(std::string_view bytes, std::uint64_t full_size) {
 CExchangeLog::CExchangeLog(const std::filesystem::path& path) {
   if (!path.empty()) {
     file_.open(path, std::ios::binary | std::ios::app);
+    if (!file_.is_open()) {
+      const std::u8string shown = path.u8string();
+      WriteProblem("the log \"" + std::string(shown.begin(), shown.end()) + "\" cannot be written");
+    }
   }
 }
 

@@ -12,7 +12,7 @@ namespace lxemu {
 /// A text file with one line for each exchange, control bytes escaped. Appends to what is there.
 class CExchangeLog {
  public:
-  /// An empty path writes nothing.
+  /// An empty path writes nothing; one that cannot be opened is told on standard error.
   explicit CExchangeLog(const std::filesystem::path& path);
 
   void WriteNote(std::string_view text);

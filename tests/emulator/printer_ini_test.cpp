@@ -79,5 +79,12 @@ TEST(ExchangeLog, ShowsOneLineWithFullLengths) {
   EXPECT_EQ(DescribeExchange(exchange), "~H(CLR,Z (8) -> \\x02abc\\x03\\r\\n… (500)");
 }
 
+TEST(ExchangeLog, SaysThatItCannotBeWritten) {
+  testing::internal::CaptureStderr();
+  CExchangeLog(std::filesystem::path("no such folder") / "exchanges.log").WriteExchange({});
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_NE(said.find("exchanges.log\" cannot be written\n"), said.npos) << said;
+}
+
 }  // namespace
 }  // namespace lxemu

@@ -436,6 +436,8 @@ def _bytes(function: str, value: Bytes, limits: Tuple[int, int] = _INT32) -> Tup
 
 def _utf16(function: str, text: str) -> Any:
     """Zero-terminated UTF-16: Python's own wide characters have 4 bytes on some systems."""
+    if not isinstance(text, str):
+        raise TypeError(f"{function}: str expected, not {type(text).__name__}")
     if "\0" in text:
         raise Error(function, Result.BAD_ARGUMENT, "a zero character inside a text")
     encoded = text.encode("utf-16-le", "surrogatepass") + b"\0\0"
@@ -443,7 +445,7 @@ def _utf16(function: str, text: str) -> Any:
 
 
 class Manager:
-    """The module's one manager, from construction to close()."""
+    """The module's one manager, from construction to close(), or until nobody holds it."""
 
     def __init__(self, library: Union[Library, Path, None] = None) -> None:
         """Raises also when there is a manager already, made by whomever: a second one would leak the first."""
@@ -465,6 +467,10 @@ class Manager:
         if self._is_open:
             self._is_open = False
             self._library.TVMGR_Terminate()
+
+    def __del__(self) -> None:  # else no other one could be made after one that was let go
+        if getattr(self, "_is_open", False):
+            self.close()
 
     def __enter__(self) -> Manager:
         return self

@@ -165,7 +165,8 @@ class ScenarioTest(HostTest):
             with self.subTest(call=call.__name__, arguments=arguments):
                 self.fails(code, call, *arguments)
         for call, *arguments in ((printer.update, Setting.CLM_S, 3), (printer.update, Setting.CLM_S, None), (printer.send, 5),
-                                 (printer.load, 7.5), (printer.value, "CLM_S")):
+                                 (printer.load, 7.5), (printer.value, "CLM_S"), (printer.fetch, FileList.PNG, None),
+                                 (printer.backup, b"x.bak")):
             with self.subTest(call=call.__name__, arguments=arguments), self.assertRaises(TypeError):
                 call(*arguments)
         with self.assertRaisesRegex(OSError, "none.bak"):
@@ -183,6 +184,8 @@ class ScenarioTest(HostTest):
         printer.close()
         printer.close()
         self.fails(Result.NOT_INITIALIZED, printer.load)
+        Manager(MODULE).choose_default()  # let go of
+        Manager(MODULE).close()
 
     def test_a_code_of_the_port_library_is_passed_through(self):
         self.manager.choose_address("no address at all")

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "output/text_encoding.h"
+#include "printer/process_job.h"
 
 namespace tvmgr {
 namespace {
@@ -31,14 +32,6 @@ bool MakePipe(void*& read, HANDLE& write) {
   SetHandleInformation(end, HANDLE_FLAG_INHERIT, 0);
   read = end;
   return true;
-}
-
-HANDLE MakeJob() {
-  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
-  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-  SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
-  return job;
 }
 
 // Never waits: somebody else may hold the other end open.
@@ -70,7 +63,7 @@ CChildProcess::CChildProcess(const std::string& arguments) : start_ms_(GetTickCo
   start.hStdInput = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
                                 OPEN_EXISTING, 0, nullptr);
   PROCESS_INFORMATION process{};
-  job_ = MakeJob();
+  job_ = MakeProcessJob();
   const bool is_started = MakePipe(out_, start.hStdOutput) && MakePipe(err_, start.hStdError) &&
                           CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE,
                                          CREATE_SUSPENDED, nullptr, nullptr, &start, &process);

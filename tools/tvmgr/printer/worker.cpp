@@ -16,6 +16,7 @@
 #include "output/work_report.h"
 #include "printer/manager_session.h"
 #include "printer/printer_choice.h"
+#include "printer/process_job.h"
 
 namespace tvmgr {
 namespace {
@@ -90,15 +91,6 @@ HANDLE Start(const std::wstring& mark, const HANDLE (&streams)[3], HANDLE job) {
   ResumeThread(process.hThread);
   CloseHandle(process.hThread);
   return process.hProcess;
-}
-
-// A process that ends with this one, however this one ends.
-HANDLE MakeJob() {
-  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
-  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-  SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
-  return job;
 }
 
 std::atomic<int> interrupts{0};
@@ -232,7 +224,7 @@ std::optional<int> RunInWorker(const tagGlobalOptions& options, const tagWatch& 
   if (report == nullptr) {
     return std::nullopt;
   }
-  const CHandle job(MakeJob());
+  const CHandle job(MakeProcessJob());
   SetConsoleCtrlHandler(LeaveToWorker, TRUE);
   const std::wstring mark = std::wstring(kWorkerMark.begin(), kWorkerMark.end()) +
                             std::to_wstring(reinterpret_cast<std::uintptr_t>(memory.Get()));
@@ -252,7 +244,7 @@ std::optional<int> RunInWorker(const tagGlobalOptions& options, const tagWatch& 
 }
 
 std::optional<int> AskForStatus() {
-  const CHandle job(MakeJob());
+  const CHandle job(MakeProcessJob());
   const std::optional<DWORD> exit_code = RunInProbe(job.Get());
   return exit_code ? std::optional(static_cast<int>(*exit_code)) : std::nullopt;
 }

@@ -72,10 +72,11 @@ TEST(DoctorJudgementTest, ThePrinterIsJudgedByItsAnswersAlone) {
       {JudgeAnswer(silent), kFailed, {"no answer came within 3050 ms", "switched on"}},
       {JudgeAnswer({0, "", "", 0, 105}), kFailed, {"came after 105 ms that names no state"}},
       {JudgeAnswer(refused), kFailed, {"code -77", "refused", "plug it in"}},
-      {JudgePrefix(idle, true, true), kWell, {"understands the default ones"}},
-      {JudgePrefix(silent, true, false), kNotTried, {"reads like"}},
-      {JudgePrefix(silent, false, false), kFailed, {"are not ~ ^ and ,", "prefix --default"}},
-      {JudgePrefix(refused, true, false), kFailed, {"-77"}},
+      {JudgePrefix(idle, true, idle), kWell, {"understands the default ones"}},
+      {JudgePrefix(silent, true, silent), kNotTried, {"does not answer reads like"}},
+      {JudgePrefix(idle, true, {0, "", "", 0, 105}), kNotTried, {"what came before named no state"}},
+      {JudgePrefix(silent, false, silent), kFailed, {"are not ~ ^ and ,", "prefix --default"}},
+      {JudgePrefix(refused, true, silent), kFailed, {"-77"}},
       {JudgeState(1, "idle (ready)"), kWell, {"idle (ready)"}},
       {JudgeState(2, "busy"), kLook, {"wait until it is ready"}},
       {JudgeState(3, "other"), kLook, {"panel"}},
@@ -95,7 +96,7 @@ TEST(DoctorJudgementTest, ThePrinterIsJudgedByItsAnswersAlone) {
 TEST(DoctorJudgementTest, PortAndNetworkSayWhatThisComputerHas) {
   const tagPortState port{"USB001", true, "", true, "usb#1", {"Shipping"}, false, true};
   const tagNetworkState network{
-      true, {"Ethernet (192.0.2.9/24)"}, "Ethernet", "", false, {}, false, "", true, {"public"}, {}};
+      true, false, {"Ethernet (192.0.2.9/24)"}, "Ethernet", "", false, {}, false, "", true, {"public"}, {}};
   const auto with = [](auto state, auto change) {
     change(state);
     return state;
@@ -124,6 +125,7 @@ TEST(DoctorJudgementTest, PortAndNetworkSayWhatThisComputerHas) {
       {JudgePort(with(port, [](auto& p) { p.has_trouble = true; })), kLook, {"queue"}},
       {JudgePort(with(port, [](auto& p) { p.spooler_problem = "no spooler"; })), kFailed, {"no spooler"}},
       {JudgeNetwork({}), kLook, {"does not list"}},
+      {JudgeNetwork(with(tagNetworkState{}, [](auto& n) { n.is_late = true; })), kFailed, {"without an end"}},
       {JudgeNetwork(with(network,
                          [](auto& n) {
                            n.address = "2001:db8::7";
@@ -136,7 +138,7 @@ TEST(DoctorJudgementTest, PortAndNetworkSayWhatThisComputerHas) {
        {"Ethernet (192.0.2.9/24)", "leaves by Ethernet", "on for public networks"}},
       {JudgeNetwork(with(network, [](auto& n) { n.blocking = {"tvmgr"}; })),
        kLook,
-       {"keep datagrams", "remove"}},
+       {"may keep datagrams", "look at these rules"}},
       {JudgeNetwork(with(network, [](auto& n) { n.broadcast = ""; })), kWell, {"no way out"}},
       {JudgeNetwork(with(network, [](auto& n) { n.address = "dock"; })),
        kFailed,
@@ -188,6 +190,10 @@ TEST(FirewallRuleTest, RulesAreReadWithWhatTheyLeaveOut) {
   EXPECT_TRUE(rule.is_block && rule.is_active && rule.is_inbound && rule.is_udp);
   EXPECT_EQ(rule.program, "%ProgramFiles%\\a\\tvmgr.exe");
   EXPECT_EQ(rule.name, "a");
+  EXPECT_TRUE(HoldsIn(rule, {"domain", "public"}));
+  EXPECT_FALSE(HoldsIn(rule, {"domain"}));
+  EXPECT_FALSE(HoldsIn({}, {})) << "the firewall is off";
+  EXPECT_TRUE(HoldsIn({}, {"private"}));
   EXPECT_FALSE(ParseFirewallRule("v2.30|Action=Block|Dir=Out|Protocol=6|Name=b").is_udp);
   EXPECT_TRUE(ParseFirewallRule("v2.30|Action=Block|").is_udp);  // every protocol
   for (const char* const damaged : {"", "|", "=", "||=|Name", "Name=|=="}) {

@@ -85,10 +85,9 @@ tagFirewallFacts LookAtFirewall(const std::string& program) {
   std::wstring text;
   for (DWORD i = 0; rules.TextAt(i, text); ++i) {
     const tagFirewallRule rule = ParseFirewallRule(ToUtf8(text));
-    const bool concerns_us = rule.is_active && rule.is_inbound && rule.is_udp && !rule.program.empty() &&
-                             EqualsIgnoreCase(Expanded(rule.program), program);
-    if (concerns_us) {
-      (rule.is_block ? facts.blocking : facts.allowing).push_back(rule.name);
+    if (rule.is_active && rule.is_block && rule.is_inbound && rule.is_udp && HoldsIn(rule, facts.profiles) &&
+        !rule.program.empty() && EqualsIgnoreCase(Expanded(rule.program), program)) {
+      facts.blocking.push_back(rule.name);
     }
   }
   return facts;

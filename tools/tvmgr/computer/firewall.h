@@ -9,8 +9,8 @@ namespace tvmgr {
 struct tagFirewallFacts {
   bool is_known = false;             /**< there is such a firewall */
   std::vector<std::string> profiles; /**< those in which it is on: "domain", "private", "public" */
-  std::vector<std::string> blocking; /**< names of rules that keep datagrams from this program */
-  std::vector<std::string> allowing; /**< names of rules that let them in, made for this program */
+  std::vector<std::string>
+      blocking; /**< names of rules made for this program against datagrams, where it is on */
 };
 
 /** @param program  the program, UTF-8 */

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "names/ascii_text.h"
+
 namespace tvmgr {
 
 tagFirewallRule ParseFirewallRule(std::string_view text) {
@@ -24,6 +26,8 @@ tagFirewallRule ParseFirewallRule(std::string_view text) {
       rule.is_inbound = value == "In";
     } else if (key == "Action") {
       rule.is_block = value == "Block";
+    } else if (key == "Profile") {
+      rule.profiles.emplace_back(value);
     } else if (key == "Protocol") {
       has_protocol = true;
       rule.is_udp = value == "17";
@@ -31,6 +35,14 @@ tagFirewallRule ParseFirewallRule(std::string_view text) {
   }
   rule.is_udp = rule.is_udp || !has_protocol;
   return rule;
+}
+
+bool HoldsIn(const tagFirewallRule& rule, const std::vector<std::string>& profiles) {
+  return std::any_of(profiles.begin(), profiles.end(), [&](const std::string& profile) {
+    return rule.profiles.empty() ||
+           std::any_of(rule.profiles.begin(), rule.profiles.end(),
+                       [&](const std::string& named) { return EqualsIgnoreCase(named, profile); });
+  });
 }
 
 }  // namespace tvmgr

@@ -6,11 +6,13 @@
 #include "computer/library_files.h"
 #include "names/setting_names.h"
 #include "output/command_error.h"
+#include "output/console.h"
 #include "output/json_output.h"
 #include "output/result_words.h"
 #include "output/status_words.h"
 #include "output/text_encoding.h"
 #include "printer/manager_session.h"
+#include "printer/printer_lock.h"
 #include "tavira/TaviraManager.h"
 
 namespace tvmgr {
@@ -95,13 +97,14 @@ void CCheckup::NotTried(const std::string& name) {
 
 void CCheckup::TalkToPrinter() {
   // A printer that is silent may have other prefix characters: that question it understands all the same.
-  std::optional<tagAnswer> answer;
+  bool is_asked = false;
   Step(kStepAnswer, {}, [&] {
-    answer = AskForState();
-    return JudgeAnswer(*answer);
+    answer_ = AskForState();
+    is_asked = true;
+    return JudgeAnswer(answer_);
   });
-  in_the_way_ = answer && answer->status != TVMGR_STATUS_UNKNOWN ? "" : kStepAnswer;
-  if (answer && answer->result == TVMGR_OK) {
+  in_the_way_ = answer_.status != TVMGR_STATUS_UNKNOWN ? "" : kStepAnswer;
+  if (is_asked && answer_.result == TVMGR_OK) {
     Step(kStepPrefix, {}, [&] { return AskForPrefix(); });
   } else {
     NotTried(kStepPrefix);
@@ -193,7 +196,7 @@ tagFinding CCheckup::AskForPrefix() {
     in_the_way_ = kStepPrefix;
     throw CUnreachable(kNoReturn + FormatDuration(kQuestionMs));
   }
-  return JudgePrefix(reply->answer, reply->is_default, in_the_way_.empty());
+  return JudgePrefix(reply->answer, reply->is_default, answer_);
 }
 
 tagFinding CCheckup::GoRound() {
@@ -210,9 +213,14 @@ tagFinding CCheckup::GoRound() {
 }
 
 tagFinding CCheckup::ReadSettings() {
-  // Not ended earlier: a load that is broken off leaves some printers with other resolutions.
+  // Not ended earlier, nor beside another tvmgr: some printers would be left with other resolutions.
   const std::uint64_t longest_ms = limit::kFullLoad + kQuestionMs;
-  const auto load = Within<tagLoad>("reading all settings", longest_ms, LoadEverything);
+  const std::string what = "reading all settings";
+  const CInterruptWait interrupt;
+  const CPrinterLock lock(options_, known_, Describe(choice_), interrupt);
+  CInterruptWait::SetRunning(what);
+  const auto load = Within<tagLoad>(what, longest_ms, LoadEverything);
+  CInterruptWait::SetRunning({});
   if (!load) {
     throw CUnreachable(kNoReturn + FormatDuration(longest_ms));
   }

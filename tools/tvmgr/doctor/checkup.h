@@ -89,6 +89,7 @@ class CCheckup {
   bool is_started_ = false;
   bool is_stuck_ = false;
   std::uint32_t status_ = 0;
+  tagAnswer answer_; /**< to the first question for the state */
   std::optional<std::uint64_t> answer_ms_;
 };
 

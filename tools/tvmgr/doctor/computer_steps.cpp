@@ -41,6 +41,16 @@ tagLibraryState StateOf(const tagLibraryFacts& facts) {
   return {facts.path, facts.exists, facts.problem, facts.version, facts.is_download};
 }
 
+/** The Ferrolink.dll that is loaded, else the one that would be. The folders in PATH may be anybody's. */
+tagLibraryState LookAtPortFile() {
+  const std::wstring path = FindPortLibrary();
+  tagLibraryState state = StateOf(LookAtLibrary(path, PortEntryPoints()));
+  if (path.empty()) {
+    state.problem = NoPortLibrary();
+  }
+  return state;
+}
+
 /** The installed printer in words, with what keeps its jobs. */
 std::string Shown(const tagInstalledPrinter& printer) {
   std::string more = printer.is_paused ? "paused" : "";
@@ -63,6 +73,41 @@ std::string ShownWay(const std::vector<tagAdapter>& adapters, std::optional<std:
     }
   }
   return index ? "adapter " + std::to_string(*index) : "";
+}
+
+/** What Windows says of this computer's own network. */
+tagNetworkState LookAtAdapters() {
+  tagNetworkState state;
+  const std::optional<std::vector<tagAdapter>> adapters = NetworkAdapters();
+  state.is_known = adapters.has_value();
+  for (const tagAdapter& adapter : adapters.value_or(std::vector<tagAdapter>())) {
+    if (!adapter.is_loopback) {
+      state.adapters.push_back(Shown(adapter));
+    }
+  }
+  if (adapters) {
+    state.broadcast = ShownWay(*adapters, AdapterTowards(kToEverybody));
+  }
+  const tagFirewallFacts firewall = LookAtFirewall(ToUtf8(ProgramPath()));
+  state.has_firewall = firewall.is_known;
+  state.profiles = firewall.profiles;
+  state.blocking = firewall.blocking;
+  return state;
+}
+
+/** What a host means, and the adapter towards it; empty: there is none. */
+struct tagWay {
+  std::vector<std::string> resolved;
+  std::string adapter;
+};
+
+tagWay LookUp(const std::string& host) {
+  tagWay way{AddressesOf(host), {}};
+  if (!way.resolved.empty()) {
+    way.adapter =
+        ShownWay(NetworkAdapters().value_or(std::vector<tagAdapter>()), AdapterTowards(way.resolved.front()));
+  }
+  return way;
 }
 
 /** What the spooler says of a port. */
@@ -88,26 +133,11 @@ tagPortState LookAtSpooler(const std::string& name) {
 
 /** The choice as the module has it after it was made; ends the step when it cannot be made. */
 tagPrinterChoice Choose(const tagPrinterChoice& choice) {
-  const std::wstring port = ToWide(choice.port);
-  const std::wstring device = ToWide(choice.device);
-  const std::wstring address = ToWide(choice.address);
-  TvmgrFoundPrinter record = {};
-  record.kind = address.empty() ? TVMGR_SEARCH_USB : TVMGR_SEARCH_NETWORK;
-  record.text3 = device.empty() ? nullptr : device.c_str();
-  record.text5 = address.empty() ? nullptr : address.c_str();
-  const bool has_record = !device.empty() || !address.empty();
-  const std::int32_t result =
-      TVMGR_UpdatePortComInfo(has_record ? &record : nullptr, port.empty() ? nullptr : port.c_str());
+  const std::int32_t result = TellChoice(choice);
   if (result != TVMGR_OK) {
     throw CallFailure("choosing the printer failed", "choosing the printer", result);
   }
-  TvmgrFoundPrinter chosen = {};
-  tagPrinterChoice known;
-  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
-    known = {TextOf(chosen.text1), TextOf(chosen.text3), TextOf(chosen.text5)};
-  }
-  TvmgrFoundPrinterRelease(&chosen);
-  return known;
+  return KnownPrinter();
 }
 
 }  // namespace
@@ -119,8 +149,13 @@ tagFinding CCheckup::LookAtTool() {
 }
 
 tagFinding CCheckup::LookAtModule() {
-  const tagLibraryFacts facts = LookAtLibrary(ManagerLibraryPath(), ManagerEntryPoints());
-  tagFinding finding = JudgeModule(StateOf(facts), TVMGR_VERSION);
+  const auto facts = Within<tagLibraryFacts>("reading TaviraManager.dll", kLoadMs, [] {
+    return LookAtLibrary(ManagerLibraryPath(), ManagerEntryPoints());
+  });
+  if (!facts) {
+    throw CFailure("TaviraManager.dll is still being read after " + FormatDuration(kLoadMs));
+  }
+  tagFinding finding = JudgeModule(StateOf(*facts), TVMGR_VERSION);
   if (finding.health == EHealth::kFailed) {
     return finding;
   }
@@ -139,15 +174,18 @@ tagFinding CCheckup::LookAtModule() {
 }
 
 tagFinding CCheckup::LookAtPortLibrary() {
-  std::wstring path = FindPortLibrary();
+  // Folders of the search path may lie on a computer that is not there.
+  const auto path = Within<std::wstring>("looking for Ferrolink.dll", kLoadMs, FindPortLibrary);
+  if (!path) {
+    throw CFailure("Ferrolink.dll is still being looked for after " + FormatDuration(kLoadMs));
+  }
   std::string problem;
   if (is_loaded_) {
     const auto result = Within<std::int32_t>(
         "starting the module", kLoadMs, [] { return TVMGR_Initialize(); }, true);
     if (!result) {
-      throw CFailure("\"" + ToUtf8(path) + "\" is still being loaded after " + FormatDuration(kLoadMs));
+      throw CFailure("\"" + ToUtf8(*path) + "\" is still being loaded after " + FormatDuration(kLoadMs));
     }
-    path = FindPortLibrary();  // the one that was loaded
     is_started_ = *result == TVMGR_OK;
     if (*result == TVMGR_PORT_LIBRARY_MISSING) {
       problem = "is as it should be, but Windows does not load it: a DLL that it needs may be missing";
@@ -155,11 +193,11 @@ tagFinding CCheckup::LookAtPortLibrary() {
       problem = "cannot be used: " + ExplainResult(*result);
     }
   }
-  tagLibraryState state = StateOf(LookAtLibrary(path, PortEntryPoints()));
-  if (path.empty()) {
-    state.problem = NoPortLibrary();
+  const auto state = Within<tagLibraryState>("reading Ferrolink.dll", kLoadMs, LookAtPortFile);
+  if (!state) {
+    throw CFailure("\"" + ToUtf8(*path) + "\" is still being read after " + FormatDuration(kLoadMs));
   }
-  return JudgePortLibrary(state, problem);
+  return JudgePortLibrary(*state, problem);
 }
 
 tagFinding CCheckup::LookAtPort() {
@@ -189,32 +227,19 @@ tagFinding CCheckup::LookAtPort() {
 }
 
 tagFinding CCheckup::LookAtNetwork() {
-  tagNetworkState state;
+  // Each of these asks services of Windows, which may be as ill as anything else.
+  const auto seen = Within<tagNetworkState>("looking at the network adapters", kNetworkMs, LookAtAdapters);
+  tagNetworkState state = seen.value_or(tagNetworkState());
+  state.is_late = !seen;
   state.address = choice_.address.empty() ? known_.address : choice_.address;
-  const std::optional<std::vector<tagAdapter>> adapters = NetworkAdapters();
-  state.is_known = adapters.has_value();
-  for (const tagAdapter& adapter : adapters.value_or(std::vector<tagAdapter>())) {
-    if (!adapter.is_loopback) {
-      state.adapters.push_back(Shown(adapter));
-    }
-  }
-  const tagFirewallFacts firewall = LookAtFirewall(ToUtf8(ProgramPath()));
-  state.has_firewall = firewall.is_known;
-  state.profiles = firewall.profiles;
-  state.blocking = firewall.blocking;
-  if (!adapters) {
-    return JudgeNetwork(state);
-  }
   state.is_other_address = std::count(state.address.begin(), state.address.end(), ':') > 1;
-  state.broadcast = ShownWay(*adapters, AdapterTowards(kToEverybody));
-  if (!state.address.empty() && !state.is_other_address) {
+  if (state.is_known && !state.address.empty() && !state.is_other_address) {
     // Port libraries take a port behind the name.
     const std::string host = state.address.substr(0, state.address.find(':'));
-    const auto resolved = Within<std::vector<std::string>>("looking up " + host, kNetworkMs,
-                                                           [host] { return AddressesOf(host); });
-    state.is_resolved_late = !resolved;
-    state.resolved = resolved.value_or(std::vector<std::string>());
-    state.way = state.resolved.empty() ? "" : ShownWay(*adapters, AdapterTowards(state.resolved.front()));
+    const auto way = Within<tagWay>("looking up " + host, kNetworkMs, [host] { return LookUp(host); });
+    state.is_resolved_late = !way;
+    state.resolved = way.value_or(tagWay()).resolved;
+    state.way = way.value_or(tagWay()).adapter;
   }
   return JudgeNetwork(state);
 }

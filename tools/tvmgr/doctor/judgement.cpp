@@ -17,8 +17,13 @@ std::string Seconds(std::uint64_t ms) {
   return std::to_string(ms) + " ms";
 }
 
+/** Nothing came, or nothing that names a state. */
 bool IsSilent(const tagAnswer& answer) {
   return answer.result == 0 && answer.status == 0;
+}
+
+bool IsCutOff(const tagAnswer& answer) {
+  return IsSilent(answer) && answer.took_ms < kSilenceMs;
 }
 
 std::string Failure(const tagAnswer& answer) {
@@ -108,7 +113,7 @@ tagFinding JudgeAnswer(const tagAnswer& answer) {
   if (answer.result != 0) {
     return {kStepAnswer, EHealth::kFailed, Failure(answer), answer.advice};
   }
-  if (IsSilent(answer) && answer.took_ms < kSilenceMs) {
+  if (IsCutOff(answer)) {
     return {kStepAnswer, EHealth::kFailed,
             "something came after " + Seconds(answer.took_ms) +
                 " that names no state: cut off, or no answer at all",
@@ -127,7 +132,7 @@ tagFinding JudgeAnswer(const tagAnswer& answer) {
       is_slow ? "it may be printing, another program may hold it, or the way there is slow: ask again" : ""};
 }
 
-tagFinding JudgePrefix(const tagAnswer& question, bool is_default, bool printer_answers) {
+tagFinding JudgePrefix(const tagAnswer& question, bool is_default, const tagAnswer& state) {
   if (question.result != 0) {
     return {kStepPrefix, EHealth::kFailed, Failure(question), question.advice};
   }
@@ -136,12 +141,15 @@ tagFinding JudgePrefix(const tagAnswer& question, bool is_default, bool printer_
             "the printer says that they are not ~ ^ and ,: it may understand nothing that is sent to it",
             "\"tvmgr prefix\" shows them, \"tvmgr prefix --default\" puts the default ones back"};
   }
-  return printer_answers
-             ? tagFinding{kStepPrefix, EHealth::kWell,
-                          "the printer understands the default ones, and names no others", ""}
-             : tagFinding{
-                   kStepPrefix, EHealth::kNotTried,
-                   "asked, but a printer that does not answer reads like one that has the default ones", ""};
+  if (!IsSilent(state)) {
+    return {kStepPrefix, EHealth::kWell, "the printer understands the default ones, and names no others", ""};
+  }
+  return {kStepPrefix, EHealth::kNotTried,
+          IsCutOff(state)
+              ? "asked, but what came before named no state: an answer that is cut off reads like "
+                "that of a printer that has the default ones"
+              : "asked, but a printer that does not answer reads like one that has the default ones",
+          ""};
 }
 
 tagFinding JudgeState(std::uint32_t status, const std::string& words) {
@@ -251,7 +259,9 @@ tagFinding JudgePort(const tagPortState& port) {
 
 tagFinding JudgeNetwork(const tagNetworkState& network) {
   if (!network.is_known) {
-    return {"network", EHealth::kLook, "Windows does not list its network adapters",
+    return {"network", network.is_late ? EHealth::kFailed : EHealth::kLook,
+            network.is_late ? "Windows was asked for its network adapters and its firewall, without an end"
+                            : "Windows does not list its network adapters",
             "look at them in its settings"};
   }
   std::string reason = network.adapters.empty() ? "no adapter but the computer's own is up"
@@ -264,7 +274,7 @@ tagFinding JudgeNetwork(const tagNetworkState& network) {
                 ? "; Windows' own firewall is off"
                 : "; Windows' own firewall is on for " + Listed(network.profiles) + " networks";
   if (!network.blocking.empty()) {
-    reason += ", with rules that keep datagrams from this program: " + Listed(network.blocking);
+    reason += ", with rules that may keep datagrams from this program: " + Listed(network.blocking);
   }
   if (network.is_other_address) {
     return {"network", EHealth::kNotTried,
@@ -275,7 +285,7 @@ tagFinding JudgeNetwork(const tagNetworkState& network) {
     return {"network", network.blocking.empty() ? EHealth::kWell : EHealth::kLook, reason,
             network.blocking.empty()
                 ? ""
-                : "\"tvmgr search\" will find nothing on the network: remove these rules"};
+                : "\"tvmgr search\" may find nothing on the network: look at these rules"};
   }
   if (network.resolved.empty()) {
     return {
@@ -293,9 +303,9 @@ tagFinding JudgeNetwork(const tagNetworkState& network) {
   return {"network", network.blocking.empty() ? EHealth::kWell : EHealth::kLook,
           (meaning == network.address ? meaning : network.address + " is " + meaning) + ", by " +
               network.way + "; " + reason,
-          network.blocking.empty()
-              ? ""
-              : "the printer is reached by its address all the same; \"tvmgr search\" is not"};
+          network.blocking.empty() ? ""
+                                   : "\"tvmgr search\" may not find it: look at these rules; by its address "
+                                     "it is reached all the same"};
 }
 
 }  // namespace tvmgr

@@ -43,8 +43,11 @@ struct tagAnswer {
 
 tagFinding JudgeAnswer(const tagAnswer& answer);
 
-/** @param is_default  as the module says; a silent printer reads so, too */
-tagFinding JudgePrefix(const tagAnswer& question, bool is_default, bool printer_answers);
+/**
+ * @param is_default  as the module says; silence and an answer that is cut off read so, too
+ * @param state       what came to the question before, for the state
+ */
+tagFinding JudgePrefix(const tagAnswer& question, bool is_default, const tagAnswer& state);
 
 /** @param words  of the status, "busy (printing, ...)" */
 tagFinding JudgeState(std::uint32_t status, const std::string& words);
@@ -81,16 +84,18 @@ tagFinding JudgePort(const tagPortState& port);
 /** The network, as this computer has it. */
 struct tagNetworkState {
   bool is_known = false;
+  bool is_late = false; /**< nothing is known, since Windows was still being asked when the time was over */
   std::vector<std::string> adapters; /**< "Ethernet (192.0.2.7/24)" */
   std::string broadcast;             /**< the adapter by which a search leaves; empty: none */
   std::string address;               /**< of the printer; empty: it is not chosen by one */
   bool is_other_address = false;     /**< it is of IPv6, of which nothing is looked at */
   std::vector<std::string> resolved; /**< what the address means */
-  bool is_resolved_late = false;     /**< the name was still being looked up when the time was over */
-  std::string way;                   /**< the adapter towards it; empty: none */
+  bool is_resolved_late =
+      false;       /**< the name, or the way there, was still being looked up when the time was over */
+  std::string way; /**< the adapter towards it; empty: none */
   bool has_firewall = false;
   std::vector<std::string> profiles; /**< in which the firewall is on */
-  std::vector<std::string> blocking; /**< rules that keep datagrams from this program */
+  std::vector<std::string> blocking; /**< rules in force that are to keep datagrams from this program */
 };
 
 tagFinding JudgeNetwork(const tagNetworkState& network);

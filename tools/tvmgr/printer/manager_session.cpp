@@ -79,6 +79,28 @@ std::string TextOf(const wchar_t* text) {
   return text == nullptr ? std::string() : ToUtf8(text);
 }
 
+std::int32_t TellChoice(const tagPrinterChoice& choice) {
+  const std::wstring port = ToWide(choice.port);
+  const std::wstring device = ToWide(choice.device);
+  const std::wstring address = ToWide(choice.address);
+  TvmgrFoundPrinter record = {};
+  record.kind = address.empty() ? TVMGR_SEARCH_USB : TVMGR_SEARCH_NETWORK;
+  record.text3 = device.empty() ? nullptr : device.c_str();
+  record.text5 = address.empty() ? nullptr : address.c_str();
+  const bool has_record = !device.empty() || !address.empty();
+  return TVMGR_UpdatePortComInfo(has_record ? &record : nullptr, port.empty() ? nullptr : port.c_str());
+}
+
+tagPrinterChoice KnownPrinter() {
+  TvmgrFoundPrinter chosen = {};
+  tagPrinterChoice known;
+  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
+    known = {TextOf(chosen.text1), TextOf(chosen.text3), TextOf(chosen.text5)};
+  }
+  TvmgrFoundPrinterRelease(&chosen);
+  return known;
+}
+
 CManagerSession::CManagerSession(const tagGlobalOptions& options, EPrinterUse use)
     : CManagerSession(options, use, use == EPrinterUse::kNone ? tagPrinterChoice() : ChoiceInForce(options)) {
 }
@@ -133,19 +155,9 @@ CManagerSession::~CManagerSession() {
 
 void CManagerSession::ChoosePrinter(const tagPrinterChoice& choice) const {
   NoteJsonPrinter(PrinterJson(choice));
-  const std::wstring port = ToWide(choice.port);
-  const std::wstring device = ToWide(choice.device);
-  const std::wstring address = ToWide(choice.address);
-  TvmgrFoundPrinter record = {};
-  record.kind = address.empty() ? TVMGR_SEARCH_USB : TVMGR_SEARCH_NETWORK;
-  record.text3 = device.empty() ? nullptr : device.c_str();
-  record.text5 = address.empty() ? nullptr : address.c_str();
-  const bool has_record = !device.empty() || !address.empty();
-  // The module may ask the print spooler here, which can take its time.
-  Require("TVMGR_UpdatePortComInfo", "choosing the printer", 0, [&] {
-    return TVMGR_UpdatePortComInfo(has_record ? &record : nullptr, port.empty() ? nullptr : port.c_str());
-  });
-  if (!has_record && !port.empty()) {
+  // The print spooler can take its time.
+  Require("TVMGR_UpdatePortComInfo", "choosing the printer", 0, [&] { return TellChoice(choice); });
+  if (choice.device.empty() && choice.address.empty() && !choice.port.empty()) {
     RemarkOnEmptyPort(choice.port);
   }
   if (options_.verbose) {
@@ -154,16 +166,6 @@ void CManagerSession::ChoosePrinter(const tagPrinterChoice& choice) const {
     WriteError("printer: port " + text(known.port) + ", device " + text(known.device) + ", address " +
                text(known.address) + "\n");
   }
-}
-
-tagPrinterChoice CManagerSession::KnownPrinter() const {
-  TvmgrFoundPrinter chosen = {};
-  tagPrinterChoice known;
-  if (TVMGR_GetPrinterDeviceInfo(&chosen) == TVMGR_OK) {
-    known = {TextOf(chosen.text1), TextOf(chosen.text3), TextOf(chosen.text5)};
-  }
-  TvmgrFoundPrinterRelease(&chosen);
-  return known;
 }
 
 void CManagerSession::RemarkOnEmptyPort(const std::string& port) const {

@@ -33,6 +33,12 @@ const std::string& AskedPrinter();
 /** A text of a record (TvmgrText); empty for null. */
 std::string TextOf(const wchar_t* text);
 
+/** Tells the module which printer it is; may ask the print spooler. @return the result of TVMGR_UpdatePortComInfo */
+std::int32_t TellChoice(const tagPrinterChoice& choice);
+
+/** The printer behind the choice, as far as the module knows: the address or device path of a port. */
+tagPrinterChoice KnownPrinter();
+
 /** What a session does with the printer. */
 enum class EPrinterUse {
   kNone,   /**< looks for printers: none is chosen */
@@ -104,8 +110,6 @@ class CManagerSession {
   CManagerSession(const tagGlobalOptions& options, EPrinterUse use, const tagPrinterChoice& choice);
   void StartModule() const;
   void ChoosePrinter(const tagPrinterChoice& choice) const;
-  /** The printer behind the choice, as far as the module knows: the address or device path of a port. */
-  tagPrinterChoice KnownPrinter() const;
   void RemarkOnEmptyPort(const std::string& port) const;
 
   const tagGlobalOptions& options_;

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <windows.h>
 
 #include "cli_fixture.h"
 
@@ -54,6 +55,16 @@ TEST_F(CJsonTest, ErrorsAreObjectsThatNameStepPrinterAndAdvice) {
   EXPECT_EQ(error["printer"], json({{"kind", "port"}, {"value", "USB001"}, {"name", nullptr}}));
   EXPECT_THAT(error["advice"].get<std::string>(), HasSubstr("switched on"));
   EXPECT_THAT(refused.err, HasSubstr(error["text"].get<std::string>()));
+
+  // Nobody takes the document.
+  SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  const HANDLE closed = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                    OPEN_EXISTING, 0, nullptr);
+  const tagRun untold =
+      RunProgram(ProgramFolder() / "tvmgr.exe", {"codes", "-82", "--json"}, {}, {nullptr, closed});
+  CloseHandle(closed);
+  EXPECT_EQ(untold.exit_code, 1U);
+  EXPECT_EQ(untold.err, "tvmgr: the output cannot be written (disk full, or its reader has ended)\n");
 
   // What was found out before stands beside the error.
   WriteIni("[printer]\nunanswered=CLM,T\n[faults]\nlatency_ms=0\n");

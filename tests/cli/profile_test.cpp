@@ -139,11 +139,15 @@ TEST_F(CProfileTest, NothingIsWrittenOfWhatIsNotSound) {
   EXPECT_EQ(json::parse(shown[3].out)["settings"][0]["meaning"], "tear off");
   // A prefix character of the printer would begin a command within the value.
   ASSERT_EQ(Tvmgr({"prefix", "--set", "!", "@", ";", "--yes"}).exit_code, 0U);
-  for (const char* const way : {"--yes", "--dry-run"}) {
-    const tagRun run = Tvmgr({"apply", Profile("\"CUL,L\": \"A@B\""), way});
-    EXPECT_EQ(run.exit_code, 1U) << way;
-    EXPECT_THAT(run.err, HasSubstr("holds a prefix character")) << way;
+  const std::string begins = Profile("\"CUL,L\": \"A@B\"");
+  for (const tagRun& run : TvmgrEach({{"apply", begins, "--yes"},
+                                      {"apply", begins, "--dry-run"},
+                                      {"set", "CUL,L=A@B"},
+                                      {"set", "CUL,L=A!B", "--dry-run"}})) {
+    EXPECT_EQ(run.exit_code, 1U) << run.out;
+    EXPECT_THAT(run.err, HasSubstr("nothing was written: the value of CUL,L holds a prefix character"));
   }
+  EXPECT_EQ(Tvmgr({"set", "CUL,L=EN"}).exit_code, 0U);
 }
 
 TEST_F(CProfileTest, WorkThatEndsEarlyLeavesAVerdictForEachSetting) {

@@ -48,6 +48,8 @@ TEST_F(CSeveralPrintersTest, WhatCannotBeStartedIsRefusedBeforeAnyPrinterIsAsked
       {{"rm", "A.PNG", "--printers", "device=\\\\?\\usb#1"}, 2, "on 1 printer: \\\\?\\usb#1"},
       {{"status", "--printers", odd}, 5, "line 1: \"a,b\" reads like several"},
       {{"status", "--printers", "USB001", "--jobs", "0"}, 2, "not in range"},
+      {{"status", "--jobs", "2"}, 2, "--jobs requires --printers"},
+      {{"status", "--limit", "9"}, 2, "--limit requires --printers"},
       {{"status", "--printers", "USB001", "--watch"}, 2, "--watch is for one printer"},
       {{"get", "CLM,S", "--printers", "USB001", "--columns", "key"}, 2, "not with --printers"},
       {{"status", "--printers", "USB001", "--port", "USB002"}, 2, "name one"},
@@ -182,6 +184,12 @@ TEST_F(CSeveralPrintersTest, FoundIsWhatASearchFindsNow) {
   ASSERT_EQ(document["printers"].size(), 2U);
   EXPECT_EQ(document["printers"][0]["printer"]["value"], "usb#1");
   EXPECT_EQ(document["printers"][1]["printer"]["value"], "192.0.2.7");
+  SetEnvironmentVariableW(L"SCRIPTED_MANAGER", L"quick busy no_network");
+  const tagRun half = RunProgram(program, {"status", "--printers", "found", "--quiet"});
+  EXPECT_EQ(half.exit_code, 6U);
+  EXPECT_THAT(half.out, HasSubstr("usb#1 (LX-R4100)  done"));
+  EXPECT_THAT(half.err,
+              HasSubstr("done on each printer that was found, but the search for printers: one half"));
   SetEnvironmentVariableW(L"SCRIPTED_MANAGER", L"quick none");
   const tagRun none = RunProgram(program, {"status", "--printers", "found"});
   EXPECT_EQ(none.exit_code, 1U);

@@ -90,6 +90,12 @@ TEST(TraceTextTest, OnlySettingsTalkIsShownOfATranscript) {
     EXPECT_EQ(filter.Filter(answer) == answer, sending.is_shown) << sending.sent;
     EXPECT_EQ(CTranscriptFilter(true).Filter(line), line);
   }
+  // The same bytes, sent by somebody who gave them as data.
+  CTranscriptFilter own(false, {"", "^XA^S(CLM,P,3"});
+  const std::string typed = R"(0.1 7 SendData 18 "^XA^S(CLM,P,3^XZ^XA^H(E^XZ" = 0 took 0.1)";
+  EXPECT_EQ(own.Filter(typed).find("CLM"), std::string::npos);
+  const std::string asked = R"(0.1 7 SendData 8 "~H(SMA,S" = 0 took 0.1)";
+  EXPECT_EQ(own.Filter(asked), asked);
   CTranscriptFilter filter(false);
   EXPECT_EQ(filter.Filter(R"(0.1 7 ReceiveData buffer 3 = 0 3 "abc" took 0.5)"),
             "0.1 7 ReceiveData buffer 3 = 0 3 (3 bytes, SHA-256 "

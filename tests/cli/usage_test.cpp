@@ -31,6 +31,8 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
       {{"get", "3", "--columns", "id,unit"}, "no column \"unit\"; the table has: ID, KEY, NAME, VALUE"},
       {{"set", "CLM,P=1", "--sort", "size"}, "VERDICT, REASON"},
       {{"files", "--sort", "name:up"}, "no column \"name:up\""},
+      {{"get", "3", "--columns", "name,value"}, "no column \"NAME\" without --labels"},
+      {{"set", "3=300", "--sort", "name"}, "no column \"NAME\" without --labels"},
       {{"op", "head-check", "--columns", "operation"}, "no table without --list"},
       {{"fetch", "A.PNG", "-o", "a.png", "--sort", "name"}, "no table without a pattern"},
       {{"restore", file, "--settings", "--columns", "key,what"}, "no column \"WHAT\" with --settings"},

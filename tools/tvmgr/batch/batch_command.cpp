@@ -240,7 +240,7 @@ int RunOnPrinters(const tagGlobalOptions& global, const tagBatchOptions& options
       CommandLines(command, list.printers, files), {std::min<std::size_t>(options.jobs, list.printers.size()),
                                                     static_cast<std::uint64_t>(options.limit_s * 1000)});
   PrintVerdicts(global, command.name, list.printers, verdicts);
-  RequireAllDone(list.printers, verdicts);
+  RequireAllDone(list.printers, verdicts, list.search_problem);
   return kExitDone;
 }
 

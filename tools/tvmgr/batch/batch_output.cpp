@@ -99,7 +99,7 @@ void PrintVerdicts(const tagGlobalOptions& global, const std::string& command,
 }
 
 void RequireAllDone(const std::vector<tagListedPrinter>& printers,
-                    const std::vector<tagPrinterVerdict>& verdicts) {
+                    const std::vector<tagPrinterVerdict>& verdicts, const std::string& search_problem) {
   std::string names;
   std::size_t count = 0;
   for (std::size_t i = 0; i < printers.size(); ++i) {
@@ -109,8 +109,11 @@ void RequireAllDone(const std::vector<tagListedPrinter>& printers,
           (names.empty() ? "" : ", ") + MakeVisible(LabelOf(printers[i])) + " (" + verdicts[i].word + ")";
     }
   }
-  if (count == 0) {
+  if (count == 0 && search_problem.empty()) {
     return;
+  }
+  if (count == 0) {
+    throw CFailure("done on each printer that was found, but " + search_problem, kExitSomePrinters);
   }
   const std::optional<int> first = verdicts.front().exit_code;
   const bool is_users = (first == kExitUsage || first == kExitInputFile) &&

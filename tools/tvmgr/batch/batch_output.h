@@ -17,8 +17,10 @@ void PrintVerdicts(const tagGlobalOptions& global, const std::string& command,
 /**
  * Ends the command unless it was done on all printers: with kExitSomePrinters, or, where each of them says that the command
  * line or an input file is wrong, with the exit code for that.
+ *
+ * @param search_problem  why they may not be all; empty: they are
  */
 void RequireAllDone(const std::vector<tagListedPrinter>& printers,
-                    const std::vector<tagPrinterVerdict>& verdicts);
+                    const std::vector<tagPrinterVerdict>& verdicts, const std::string& search_problem);
 
 }  // namespace tvmgr

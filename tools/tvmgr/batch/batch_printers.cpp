@@ -17,18 +17,28 @@ namespace {
 // Two kinds of search, and printers that fall silent while they are asked for their names.
 constexpr std::uint64_t kLongestSearchMs = 60'000;
 
-std::vector<tagListedPrinter> Search(const tagGlobalOptions& global) {
+/** @param problem  gets why there may be more of them */
+std::vector<tagListedPrinter> Search(const tagGlobalOptions& global, std::string& problem) {
   tagPrinterVerdict verdict;
+  bool is_interrupted = false;
   {
     const CProgress progress("searching printers", kLongestSearchMs, !global.quiet, {"usually 6 s", {}});
-    verdict = Judge(RunChildren({"--json search all"}, {1, kLongestSearchMs}, {}).front(), "search");
+    tagPoolListener listener;
+    listener.interrupted = [&] { is_interrupted = true; };
+    verdict = Judge(RunChildren({"--json search all"}, {1, kLongestSearchMs}, listener).front(), "search");
+  }
+  if (is_interrupted) {
+    throw CFailure("stopped by Ctrl-C while printers were searched: nothing was started");
   }
   std::vector<tagListedPrinter> found = PrintersOfSearch(verdict.document);
   if (!verdict.IsDone() && found.empty()) {
     throw CFailure("the search for printers: " + verdict.reason + "; nothing was started");
   }
-  if (!verdict.IsDone() && !global.quiet) {
-    WriteError("remark: the search for printers: " + verdict.reason + "; there may be more of them\n");
+  if (!verdict.IsDone()) {
+    problem = "the search for printers: " + verdict.reason + "; there may be more of them";
+  }
+  if (!problem.empty() && !global.quiet) {
+    WriteError("remark: " + problem + "\n");
   }
   return found;
 }
@@ -63,7 +73,7 @@ bool LooksLikeFile(const std::string& text) {
 tagBatchPrinters ListPrinters(const tagGlobalOptions& global, const std::string& text) {
   tagBatchPrinters all;
   if (text == "found") {
-    all.printers = Search(global);
+    all.printers = Search(global, all.search_problem);
     if (all.printers.empty()) {
       throw CFailure(
           "the search found no printers: nothing was started (\"tvmgr search all\" searches again)");
@@ -77,7 +87,9 @@ tagBatchPrinters ListPrinters(const tagGlobalOptions& global, const std::string&
   }
   const bool has_names = std::any_of(all.printers.begin(), all.printers.end(),
                                      [](const tagListedPrinter& printer) { return printer.kind == "name"; });
-  FindNames(all.printers, has_names ? Search(global) : std::vector<tagListedPrinter>(), all.problems);
+  std::string ignored;  // a name that was not found has its verdict
+  FindNames(all.printers, has_names ? Search(global, ignored) : std::vector<tagListedPrinter>(),
+            all.problems);
   for (const std::string& remark : MergeDuplicates(all.printers, all.problems)) {
     if (!global.quiet) {
       WriteError("remark: " + remark + "\n");

@@ -12,6 +12,7 @@ namespace tvmgr {
 struct tagBatchPrinters {
   std::vector<tagListedPrinter> printers;
   std::vector<std::string> problems; /**< one for each printer: why it cannot be worked with; empty: it can */
+  std::string search_problem;        /**< why "found" may not be all there are; empty: nothing went wrong */
 };
 
 /**

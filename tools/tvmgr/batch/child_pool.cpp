@@ -61,6 +61,7 @@ class CPool {
         Tell(listener_.tick);
       }
     }
+    NoticeInterrupts();  // one that the last process has ended by
     return std::move(runs_);
   }
 

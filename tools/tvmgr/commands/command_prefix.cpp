@@ -6,6 +6,7 @@
 #include "output/console.h"
 #include "output/record_output.h"
 #include "output/text_encoding.h"
+#include "printer/answers.h"
 #include "printer/manager_session.h"
 #include "tavira/TaviraManager.h"
 
@@ -59,14 +60,6 @@ std::string Shown(const tagPrefix& prefix) {
   return text(prefix.control) + " " + text(prefix.format) + " " + text(prefix.delimiter);
 }
 
-// A silent printer, too, is reported as one with the default characters: only an answering one counts.
-bool AskIsDefault(const CManagerSession& session) {
-  std::uint8_t is_default = 0;
-  session.Require("TVMGR_IsDefaultPrefix", "asking for the prefix characters", limit::kShortExchange,
-                  [&] { return TVMGR_IsDefaultPrefix(&is_default); });
-  return is_default != 0;
-}
-
 // The printer reports each character as two hexadecimal digits.
 tagCell CharacterCell(const CManagerSession& session, std::int32_t id) {
   const std::optional<std::string> value = session.Value(id);
@@ -93,7 +86,7 @@ void Print(const tagGlobalOptions& global, bool is_default, const std::vector<ta
 }
 
 int Show(const tagGlobalOptions& global, const CManagerSession& session) {
-  const bool is_default = AskIsDefault(session);
+  const bool is_default = HasDefaultPrefix(session);  // of an answering printer only that counts
   std::vector<tagCell> characters(3, tagCell::Null("not answered"));
   if (session.Status() != TVMGR_STATUS_UNKNOWN) {
     session.LoadAll();
@@ -131,7 +124,7 @@ int Change(const CManagerSession& session, const tagPrefix& prefix) {
   if (!confirmed) {
     // The values may be those of before: the printer has perhaps become readable, or unreadable, just now.
     const bool wants_default = prefix.control == '~' && prefix.format == '^' && prefix.delimiter == ',';
-    const bool is_default = AskIsDefault(session);
+    const bool is_default = HasDefaultPrefix(session);
     confirmed = wants_default ? is_default && session.Status() != TVMGR_STATUS_UNKNOWN : !is_default;
   }
   if (!confirmed) {

@@ -76,12 +76,15 @@ void RequireAllowed(const std::vector<tagAssignment>& assignments, const CLabels
   }
 }
 
-void Write(const CManagerSession& session, const std::vector<tagAssignment>& assignments,
-           bool keep_resolution) {
+std::vector<tagSettingValue> ValuesOf(const std::vector<tagAssignment>& assignments) {
   std::vector<tagSettingValue> values;
   for (const tagAssignment& assignment : assignments) {
     values.push_back({assignment.setting.id, assignment.value});
   }
+  return values;
+}
+
+void Write(const CManagerSession& session, const std::vector<tagSettingValue>& values, bool keep_resolution) {
   const std::int32_t result = WriteSettings(session, values, keep_resolution);
   // With these two the module has just read everything back, so each setting has a verdict of its own. After any
   // other the stored values tell nothing.
@@ -109,11 +112,15 @@ int RunSet(const tagGlobalOptions& global, const tagSetOptions& options) {
   }
   const CManagerSession session(global, RequireChoice(global));
   session.RequireAnsweringPrinter();
-  if (options.dry_run) {
+  // What the characters are takes a whole load: only where they are others than those that no value may hold anyway.
+  if (options.dry_run || !HasDefaultPrefix(session)) {
     session.LoadAll();
     RequireStillAnswering(session, "the settings were read");
-  } else {
-    Write(session, assignments, options.keep_resolution);
+  }
+  const std::vector<tagSettingValue> values = ValuesOf(assignments);
+  RefusePrefixCharacters(session, values);
+  if (!options.dry_run) {
+    Write(session, values, options.keep_resolution);
   }
 
   CRecordOutput output({{"id", "ID"},

@@ -32,8 +32,14 @@ void SetProtection(const CManagerSession& session, const tagBackupFile& file, ch
                   });
 }
 
+std::string Behind(const std::string& reason) {
+  return reason.empty() ? "" : "; ";
+}
+
 tagOutcome Restore(const CManagerSession& session, const tagBackupFile& file) {
   tagOutcome outcome;
+  bool is_lifted = false;
+  bool is_stored = false;
   if (session.WaitOrInterrupted(0)) {
     outcome.reason = "stopped by Ctrl-C";
     return outcome;
@@ -48,19 +54,28 @@ tagOutcome Restore(const CManagerSession& session, const tagBackupFile& file) {
     const tagDownload download{name, kind, std::string(file.command)};
     if (!ListedName(session, download).empty()) {
       SetProtection(session, file, 'N');
+      is_lifted = true;
     }
     outcome = {kSent, "", kExitUnproved};
-    StoreFile(session, download);
-    outcome = {"stored and read back", "", kExitDone};
+    try {
+      StoreFile(session, download);
+      outcome = {"stored and read back", "", kExitDone};
+    } catch (const CUnproved& error) {
+      outcome.reason = error.what();
+    }
+    is_stored = true;
     if (file.is_protected) {
       SetProtection(session, file, 'Y');
-      outcome.reason = "its protection was sent, which no printer shows";
+      outcome.reason += Behind(outcome.reason) + "its protection was sent, which no printer shows";
     }
   } catch (const CCommandError& error) {
-    const bool is_stored = outcome.exit_code == kExitDone;
-    outcome.reason = is_stored ? "its protection was not set: " + std::string(error.what()) : error.what();
+    outcome.reason =
+        is_stored   ? outcome.reason + Behind(outcome.reason) + "its protection was not set: " + error.what()
+        : is_lifted ? std::string(error.what()) + "; the protection of the one before was lifted"
+                    : error.what();
     outcome.exit_code = error.ExitCode();
-    if (error.ExitCode() == kExitFailed && outcome.verdict == kSent && !session.WaitOrInterrupted(0)) {
+    if (error.ExitCode() == kExitFailed && !is_stored && outcome.verdict == kSent &&
+        !session.WaitOrInterrupted(0)) {
       outcome.verdict = "failed";
     }
   }

@@ -41,17 +41,20 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global, tagBatchOptio
       .add_option("--timeout", global.timeout_s,
                   "seconds until the printer is asked whether it is still there; 0: never")
       ->check(CLI::Range(0.0, 1e6));
-  program
-      .add_option("--printers", batch.printers,
-                  "several printers: A,B,C, a file with one a line, or found (searched now)")
-      ->check(CLI::Validator(
-          [](std::string& text) { return std::string(text.empty() ? "names no printer" : ""); }, ""));
+  CLI::Option* const printers =
+      program
+          .add_option("--printers", batch.printers,
+                      "several printers: A,B,C, a file with one a line, or found (searched now)")
+          ->check(CLI::Validator(
+              [](std::string& text) { return std::string(text.empty() ? "names no printer" : ""); }, ""));
   program.add_option("--jobs", batch.jobs, "so many of them at a time")
       ->check(CLI::Range(1U, 64U))
-      ->capture_default_str();
+      ->capture_default_str()
+      ->needs(printers);
   program.add_option("--limit", batch.limit_s, "seconds until the work on one of them is ended; 0: never")
       ->check(CLI::Range(0.0, 1e6))
-      ->capture_default_str();
+      ->capture_default_str()
+      ->needs(printers);
   program.set_version_flag("-V,--version", "tvmgr " TVMGR_VERSION);
 }
 
@@ -241,7 +244,10 @@ int Report(const CCommandError& error, bool json) {
     try {
       WriteJsonDocument(error.ExitCode(), &error);
     } catch (const CFailure& failure) {
-      WriteError(std::string("tvmgr: ") + failure.what() + "\n");
+      // It may be what ended the command.
+      if (std::string_view(failure.what()) != error.what()) {
+        WriteError(std::string("tvmgr: ") + failure.what() + "\n");
+      }
     }
   }
   return error.ExitCode();

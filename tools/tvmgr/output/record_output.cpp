@@ -22,6 +22,18 @@ Json ToJson(const std::vector<CRecordOutput::tagColumn>& columns, const std::vec
 // What the command line says of the one table of a run.
 tagTableView table_view;
 
+std::vector<std::string> NamedColumns() {
+  std::vector<std::string> named = table_view.columns;
+  if (!table_view.sort.empty()) {
+    named.push_back(table_view.sort);
+  }
+  return named;
+}
+
+CUsageError NoColumn(const std::string& name, const std::string& mode) {
+  return CUsageError("--columns and --sort: the table has no column \"" + name + "\" " + mode);
+}
+
 }  // namespace
 
 tagCell tagCell::Text(std::string text) {
@@ -81,17 +93,20 @@ void SetTableView(const tagTableView& view) {
 }
 
 void RequireTable(const std::vector<std::string>& headings, const std::string& mode) {
-  std::vector<std::string> named = table_view.columns;
-  if (!table_view.sort.empty()) {
-    named.push_back(table_view.sort);
-  }
-  for (const std::string& name : named) {
+  for (const std::string& name : NamedColumns()) {
     if (headings.empty()) {
       throw CUsageError("--columns and --sort: there is no table " + mode);
     }
     if (std::find(headings.begin(), headings.end(), name) == headings.end()) {
-      throw CUsageError("--columns and --sort: the table has no column \"" + name + "\" " + mode);
+      throw NoColumn(name, mode);
     }
+  }
+}
+
+void RefuseColumn(const std::string& heading, const std::string& mode) {
+  const std::vector<std::string> named = NamedColumns();
+  if (std::find(named.begin(), named.end(), heading) != named.end()) {
+    throw NoColumn(heading, mode);
   }
 }
 

@@ -68,6 +68,9 @@ void SetTableView(const tagTableView& view);
  */
 void RequireTable(const std::vector<std::string>& headings, const std::string& mode);
 
+/** Ends the command when the view names this column: see RequireTable. */
+void RefuseColumn(const std::string& heading, const std::string& mode);
+
 /** A word that judges, for stdout: in the colour of its tone where colours are shown. */
 std::string ShownVerdict(std::string_view word, ETone tone);
 

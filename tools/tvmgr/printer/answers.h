@@ -15,6 +15,9 @@ std::string UnansweredSettings(const CManagerSession& session);
  */
 bool IsAnswerCut(const CManagerSession& session);
 
+/** True as long as the printer does not say that its prefix characters are others; a silent one reads so, too. */
+bool HasDefaultPrefix(const CManagerSession& session);
+
 /** Asks for the status; ends the command when the printer does not answer. `what` was done until then. */
 void RequireStillAnswering(const CManagerSession& session, const std::string& what);
 

@@ -61,6 +61,7 @@ tagProfile ReadProfile(const std::string& path) {
 
 CLabels::CLabels(const std::string& path) {
   if (path.empty()) {
+    RefuseColumn(kNameHeading, "without --labels");
     return;
   }
   try {

@@ -20,13 +20,13 @@ tagProfile ParseHostProfile(const std::string& path, const std::string& text);
 /** The labels of a file, or none: for tables, questions and the check of values. */
 class CLabels {
  public:
-  /** An empty path: no labels. What is wrong with the file ends the command, as ReadProfile says. */
+  /** An empty path: no labels, and no column for their names. What is wrong with the file ends the command, as ReadProfile says. */
   explicit CLabels(const std::string& path);
 
   bool IsEmpty() const { return labels_.empty(); }
 
   /** The heading of the names' column; empty, so that no table shows it, without labels. */
-  std::string NameHeading() const { return IsEmpty() ? "" : "NAME"; }
+  std::string NameHeading() const { return IsEmpty() ? "" : kNameHeading; }
   tagCell NameCell(std::int32_t id) const;
 
   /** The setting's value cell with unit and meaning behind it. Cells without a value stay as they are. */
@@ -39,6 +39,8 @@ class CLabels {
   std::string WhyNot(std::int32_t id, const std::string& bytes) const;
 
  private:
+  static constexpr char kNameHeading[] = "NAME";
+
   SettingLabels labels_;
 };
 

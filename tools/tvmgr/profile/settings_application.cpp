@@ -95,21 +95,14 @@ class CApplication {
     }
   }
 
-  // On a printer with other prefix characters these would begin commands within a value.
   void RefuseOtherPrefix() const {
-    for (const std::int32_t id : {TVMGR_SETTING_CCC_T, TVMGR_SETTING_CCC_C}) {
-      const std::string digits = session_.Value(id).value_or("");
-      for (const tagWantedSetting& setting : application_.settings) {
-        const bool holds = std::any_of(setting.wanted.begin(), setting.wanted.end(), [&](const char& c) {
-          return EqualsIgnoreCase(ToHex({&c, 1}), digits);
-        });
-        if (IsToWrite(setting) && holds) {
-          throw CFailure(
-              "nothing was written: the value of " + setting.key +
-              " holds a prefix character of this printer, which begins commands there (tvmgr prefix)");
-        }
+    std::vector<tagSettingValue> values;
+    for (const tagWantedSetting& setting : application_.settings) {
+      if (IsToWrite(setting)) {
+        values.push_back({setting.id, setting.wanted});
       }
     }
+    RefusePrefixCharacters(session_, values);
   }
 
   void Ask() const {

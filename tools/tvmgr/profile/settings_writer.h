@@ -15,6 +15,12 @@ struct tagSettingValue {
 };
 
 /**
+ * Ends the command when a value holds one of this printer's own prefix characters, which would begin a command within it. Goes
+ * by the settings as they were read last.
+ */
+void RefusePrefixCharacters(const CManagerSession& session, const std::vector<tagSettingValue>& settings);
+
+/**
  * Writes settings in one transaction, has the printer save them, and reads everything back: the session's values are
  * the printer's afterwards.
  *

@@ -65,6 +65,11 @@ class CTrace {
     Write(text + " = " + result + " took " + Milliseconds(now - starts_[number]) + "\n");
   }
 
+  void LeaveOut(std::string_view bytes) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    left_out_.emplace_back(bytes);
+  }
+
   void Line(const std::string& text) {
     const std::lock_guard<std::mutex> lock(mutex_);
     Write(Cut() + text + "\n");
@@ -147,7 +152,7 @@ class CTrace {
     }
     Line("recorder: " + QuotedBytes(ToUtf8(path.wstring())));
     std::ifstream file(path, std::ios::binary);
-    CTranscriptFilter filter(with_contents_);
+    CTranscriptFilter filter(with_contents_, left_out_);
     for (std::string line; std::getline(file, line);) {
       Line("| " + filter.Filter(line));
     }
@@ -163,6 +168,7 @@ class CTrace {
   std::uint64_t lost_ = 0;
   bool is_within_gap_ = false;
   DWORD error_ = 0;
+  std::vector<std::string> left_out_;
 };
 
 // Never destroyed: a thread that waits for a search may still be at its last call when the process ends.
@@ -183,6 +189,7 @@ void OpenTrace(const tagGlobalOptions& options, const std::string& command) {
   }
   const std::string shown = "the trace \"" + options.trace + "\" ";
   const HANDLE file = OpenToAppend(ToWide(options.trace), OPEN_ALWAYS);
+  const bool is_new = file != INVALID_HANDLE_VALUE && GetLastError() != ERROR_ALREADY_EXISTS;
   const DWORD error = file == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
   if (error == ERROR_SHARING_VIOLATION) {
     throw COutputFileError(shown + "is being written by another program; nothing was done");
@@ -202,6 +209,9 @@ void OpenTrace(const tagGlobalOptions& options, const std::string& command) {
   if (!WriteAll(file, head)) {
     const DWORD write_error = GetLastError();
     CloseHandle(file);
+    if (is_new) {
+      DeleteFileW(ToWide(options.trace).c_str());
+    }
     throw COutputFileError(shown + "cannot be written (Windows error " + std::to_string(write_error) +
                            "); nothing was done");
   }
@@ -232,6 +242,10 @@ void AppendToTrace(const tagGlobalOptions& options, const std::string& text) {
     WriteAll(file, "\nend: " + text + "\n");
   }
   CloseHandle(file);
+}
+
+void LeaveOutOfTrace(std::string_view bytes) {
+  trace->LeaveOut(bytes);
 }
 
 std::uint64_t BeginTracedCall(const std::string& call) {

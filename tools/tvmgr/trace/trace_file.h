@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "options/options.h"
 
@@ -32,6 +33,9 @@ void CloseTrace(int exit_code, bool is_stuck = false);
 
 /** Adds a line to the trace of a process that was ended; no trace, no file: nothing happens. */
 void AppendToTrace(const tagGlobalOptions& options, const std::string& text);
+
+/** Bytes of the user's that the trace does not show: what the recorder has written of them is left out, too. */
+void LeaveOutOfTrace(std::string_view bytes);
 
 /** A call begins: what is known of it is with the system before it runs. The result goes to EndTracedCall. */
 std::uint64_t BeginTracedCall(const std::string& call);

@@ -144,6 +144,12 @@ bool CTranscriptFilter::TakeAnswer(std::string_view bytes) {
   return true;
 }
 
+bool CTranscriptFilter::IsLeftOut(std::string_view bytes) const {
+  return std::any_of(left_out_.begin(), left_out_.end(), [&](const std::string& text) {
+    return !text.empty() && bytes.find(text) != std::string_view::npos;
+  });
+}
+
 std::string CTranscriptFilter::Filter(std::string_view line) {
   const std::size_t first = line.find('"');
   const std::string_view call = line.substr(0, first);
@@ -155,7 +161,7 @@ std::string CTranscriptFilter::Filter(std::string_view line) {
   }
   const std::optional<std::string> bytes = BytesOfQuoted(line.substr(first, last - first + 1));
   if (is_sent) {
-    is_settings_talk_ = bytes && IsSettingsTalk(*bytes);
+    is_settings_talk_ = bytes && IsSettingsTalk(*bytes) && !IsLeftOut(*bytes);
     is_within_frame_ = false;
   } else {
     // A file that was asked for before may come late: until the next question nothing is shown then.

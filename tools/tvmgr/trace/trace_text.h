@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tvmgr {
 
@@ -30,7 +32,9 @@ bool IsSettingsTalk(std::string_view bytes);
  */
 class CTranscriptFilter {
  public:
-  explicit CTranscriptFilter(bool with_contents) : with_contents_(with_contents) {}
+  /** @param left_out  not shown either, whatever it looks like */
+  explicit CTranscriptFilter(bool with_contents, std::vector<std::string> left_out = {})
+      : with_contents_(with_contents), left_out_(std::move(left_out)) {}
 
   /** A line of the transcript, without its end. */
   std::string Filter(std::string_view line);
@@ -39,7 +43,10 @@ class CTranscriptFilter {
   /** True when what was received are frames that answer questions for settings or names, or a piece of such. */
   bool TakeAnswer(std::string_view bytes);
 
+  bool IsLeftOut(std::string_view bytes) const;
+
   bool with_contents_;
+  std::vector<std::string> left_out_;
   bool is_settings_talk_ = false; /**< what was sent last, and what came since */
   bool is_within_frame_ = false;  /**< what came last broke off there */
 };

@@ -122,6 +122,11 @@ bool IsShown(std::string_view function, const tagArgument* arguments) {
          arguments[0].number != TVMGR_SETTING_BACKGROUND;
 }
 
+/** Bytes that go to the printer as they are, settings talk or not. */
+bool IsUsersCommand(std::string_view function) {
+  return function == "TVMGR_DirectSendCommand" || function == "TVMGR_SetExecuteList";
+}
+
 std::string Bytes(const void* pointer, std::int64_t size, bool is_shown) {
   return pointer == nullptr ? "null"
                             : DescribeBytes({static_cast<const char*>(pointer),
@@ -153,6 +158,10 @@ std::string TextOfCall(const char* function, const tagArgument* arguments, std::
       case EArgument::kBytes:
         text += Bytes(argument.pointer, i + 1 < count ? arguments[i + 1].number : 0,
                       IsShown(function, arguments));
+        if (argument.pointer != nullptr && IsUsersCommand(function) && !TracesContents()) {
+          LeaveOutOfTrace({static_cast<const char*>(argument.pointer),
+                           static_cast<std::size_t>(std::max<std::int64_t>(arguments[i + 1].number, 0))});
+        }
         break;
       case EArgument::kPrinter:
         text += argument.pointer == nullptr

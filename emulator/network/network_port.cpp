@@ -11,7 +11,6 @@ namespace lxemu {
 namespace {
 
 constexpr std::uint16_t kDefaultPort = 9100;
-constexpr std::size_t kReceiveBuffer = 256 * 1024;
 
 std::optional<tagSocketAddress> ReadAddress(std::string_view text) {
   tagSocketAddress address{0, kDefaultPort};

@@ -6,7 +6,6 @@
 namespace lxemu {
 namespace {
 
-constexpr std::size_t kReceiveBuffer = 256 * 1024;
 constexpr std::size_t kMaximumHosts = 64;
 // Of one socket before the others have their turn.
 constexpr int kDatagramsAtATime = 64;

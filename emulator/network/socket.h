@@ -10,6 +10,9 @@
 
 namespace lxemu {
 
+/// Room for what one read of a socket brings.
+inline constexpr std::size_t kReceiveBuffer = 256 * 1024;
+
 /// An IPv4 address and a port, both in the byte order of this machine.
 struct tagSocketAddress {
   std::uint32_t ip = 0;

@@ -8,9 +8,9 @@ namespace lxemu {
 namespace {
 
 constexpr std::size_t kStringOffset = 8;
-constexpr std::size_t kDataOffset = 32;
-constexpr std::size_t kDataSize = 16;
-constexpr std::size_t kDataUsedOffset = 48;
+constexpr std::size_t kBytesOffset = 32;
+constexpr std::size_t kBytesSize = 16;
+constexpr std::size_t kBytesUsedOffset = 48;
 
 template <typename T>
 T ReadAt(const void* record, std::size_t offset) {
@@ -28,9 +28,9 @@ tagPortDescription ReadPortDescription(const void* record) {
     const auto* text = ReadAt<const char16_t*>(record, kStringOffset + i * sizeof(void*));
     description.strings[i] = text == nullptr ? std::u16string() : std::u16string(text);
   }
-  const auto used = ReadAt<std::int32_t>(record, kDataUsedOffset);
-  const auto length = static_cast<std::size_t>(std::clamp<std::int32_t>(used, 0, kDataSize));
-  description.data.assign(static_cast<const char*>(record) + kDataOffset, length);
+  const auto used = ReadAt<std::int32_t>(record, kBytesUsedOffset);
+  const auto length = static_cast<std::size_t>(std::clamp<std::int32_t>(used, 0, kBytesSize));
+  description.data.assign(static_cast<const char*>(record) + kBytesOffset, length);
   return description;
 }
 

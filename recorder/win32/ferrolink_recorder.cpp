@@ -13,7 +13,7 @@ namespace recorder {
 namespace {
 
 // Not owned by anything that ends by itself: at the end of a process other libraries may still call us.
-HMODULE self = nullptr;
+HMODULE own_module = nullptr;
 CPlayer* player = nullptr;        // either this one
 CRecording* recording = nullptr;  // or this one
 std::atomic<bool> has_started = false;
@@ -31,7 +31,7 @@ bool Start() {
       if (const std::wstring transcript = Environment(L"TAVIRA_REPLAY"); !transcript.empty()) {
         player = new CPlayer(FullPath(transcript), FullPath(Environment(L"TAVIRA_REPLAY_REPORT")));
       } else {
-        recording = new CRecording(self);
+        recording = new CRecording(own_module);
       }
     } catch (...) {
       // Out of memory: the host is told that there is no library.
@@ -129,7 +129,7 @@ std::int32_t ReceiveData(std::uint8_t* buffer, std::uint32_t* count) {
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved) {
   const bool is_whole_process = reserved != nullptr;  // linked at its start, or its end
   if (reason == DLL_PROCESS_ATTACH) {
-    recorder::self = module;
+    recorder::own_module = module;
     // A library that is missing is missing for the host as it would be without the recorder. Nothing of the host's
     // waits for its initialisation, so loading the real library here is like loading it in our place.
     return is_whole_process || recorder::Start() ? TRUE : FALSE;

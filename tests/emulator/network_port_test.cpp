@@ -6,19 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "emulator/network/socket.h"
 #include "emulator/port/port_endpoint.h"
+#include "wire.h"
 
 namespace lxemu {
 namespace {
 
 constexpr std::uint32_t kPeer = 0x7F000002;  // 127.0.0.2
-
-bool WaitReadable(const CSocket& socket, std::uint32_t timeout_ms) {
-  tagSocketWait wait{&socket, true};
-  WaitForSockets({&wait, 1}, timeout_ms);
-  return wait.is_readable;
-}
 
 TEST(NetworkPort, TellsWhatIsWrongWithAnAddress) {
   CNetworkPort port({300, 300});

@@ -6,14 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "emulator/port/exchange.h"
+#include "wire.h"
 
 namespace lxemu {
 namespace {
-
-std::string Frame(const std::string& commands) {
-  return std::string(kFrameStart) + commands + std::string(kFrameEnd);
-}
 
 std::string Record(std::uint32_t number, const std::string& bytes) {
   return RecordHeader({RecordKind::kCommands, number, static_cast<std::uint32_t>(bytes.size())}) + bytes;

@@ -4,10 +4,9 @@
 
 #include "emulator/memory/memory_folder.h"
 #include "emulator/network/network_port.h"
-#include "emulator/network/socket.h"
-#include "emulator/port/exchange.h"
 #include "emulator/port/port_endpoint.h"
 #include "served_printers.h"
+#include "wire.h"
 
 namespace lxemu {
 namespace {
@@ -21,16 +20,6 @@ constexpr std::uint32_t kLoopback = 0x7F000001;
 const std::string kBroadcast = std::string("KORVAP") + std::string(8, '\0');
 const std::string kNames = "KORVAQ\2" + std::string(7, '\0');
 const std::string kState = "KORVAQ" + std::string(8, '\0');
-
-std::string Frame(const std::string& commands) {
-  return std::string(kFrameStart) + commands + std::string(kFrameEnd);
-}
-
-bool WaitReadable(const CSocket& socket, std::uint32_t timeout_ms) {
-  tagSocketWait wait{&socket, true};
-  WaitForSockets({&wait, 1}, timeout_ms);
-  return wait.is_readable;
-}
 
 // Wine sends datagrams from 127.0.0.1 whatever loopback address their socket is bound to, so only their ports
 // tell printers apart there.

@@ -9,7 +9,6 @@ namespace tvmgr {
 namespace {
 
 constexpr std::size_t kChecksumDigits = 4;
-constexpr std::string_view kCutOff = "its data is cut off";
 constexpr std::string_view kOtherSize = "its data is not as long as its download command says";
 
 /** The value of a base64 character; 64 for every other byte. */

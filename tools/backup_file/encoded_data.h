@@ -8,6 +8,9 @@
 
 namespace tvmgr {
 
+/** The problem of data that ends too early. */
+inline constexpr std::string_view kCutOff = "its data is cut off";
+
 /** CRC-16 with polynomial 0x1021 and start value 0: over the base64 text of a download command. */
 std::uint16_t DownloadChecksum(std::string_view text);
 

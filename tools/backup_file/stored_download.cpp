@@ -24,7 +24,6 @@ constexpr std::size_t kLongestField = 32;
 
 constexpr std::string_view kOtherName = "its data is the download of a file with another name";
 constexpr std::string_view kNoDownload = "its data is no download command";
-constexpr std::string_view kCutOff = "its data is cut off";
 
 /** "E:NAME.EXT"; device and extension may be left out. */
 bool IsName(std::string_view text, std::string_view name) {

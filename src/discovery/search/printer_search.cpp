@@ -11,7 +11,7 @@ constexpr std::uint32_t kUsb = TVMGR_SEARCH_USB;
 constexpr std::uint32_t kNetwork = TVMGR_SEARCH_NETWORK;
 
 // How often the worker looks after the broadcast socket.
-constexpr std::uint32_t kTurnMs = 20;
+constexpr std::uint32_t kServeEveryMs = 20;
 
 tagFoundPrinter MakeRecord(const tagUsbRawEntry& entry) {
   return {TVMGR_SEARCH_USB,    entry.model,          entry.device_id,    entry.device_path,
@@ -172,7 +172,7 @@ void CPrinterSearch::WaitOutSearch(std::uint32_t kind) {
   std::uint32_t waited = 0;
   std::uint32_t last_reading = platform_.clock.TickCount();
   while (waited < search_time_ms_) {
-    platform_.clock.Sleep(std::min(kTurnMs, search_time_ms_ - waited));
+    platform_.clock.Sleep(std::min(kServeEveryMs, search_time_ms_ - waited));
     if (kind == kNetwork && network_) {
       network_->Serve();
     }

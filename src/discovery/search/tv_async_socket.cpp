@@ -11,7 +11,7 @@ namespace {
 // Room for the announcements of all printers at once; most systems have less by themselves.
 constexpr std::uint32_t kReceiveBuffer = 1U << 20;
 // What one Serve takes at most, so that a flood of datagrams cannot hold up the end of the search.
-constexpr int kMaxDatagramsPerTurn = 256;
+constexpr int kMaxAnnouncementsPerTurn = 256;
 // At the end of the search: more than the receive buffer holds, unless they keep coming.
 constexpr int kMaxDatagramsAtEnd = 1 << 14;
 
@@ -49,7 +49,7 @@ bool CTVAsyncSocket::MakeSocket() {
 
 void CTVAsyncSocket::Serve() {
   const std::lock_guard guard(lock_);
-  TakeAnnouncements(kMaxDatagramsPerTurn);
+  TakeAnnouncements(kMaxAnnouncementsPerTurn);
 }
 
 void CTVAsyncSocket::TakeAnnouncements(int most) {

@@ -39,6 +39,11 @@ struct tagMemoryKey {
   std::vector<tagMemoryKey> subkeys{};
 };
 
+/** A key without values. */
+inline tagMemoryKey Key(std::string name, std::vector<tagMemoryKey> subkeys) {
+  return {std::move(name), {}, {}, std::move(subkeys)};
+}
+
 class CMemoryRegistryKey final : public IRegistryKey, COpenObject {
  public:
   explicit CMemoryRegistryKey(const tagMemoryKey& key) : key_(key) {}

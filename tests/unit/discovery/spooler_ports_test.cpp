@@ -7,10 +7,6 @@
 namespace tavira::test {
 namespace {
 
-tagMemoryKey Key(std::string name, std::vector<tagMemoryKey> subkeys) {
-  return {std::move(name), {}, {}, std::move(subkeys)};
-}
-
 tagMemoryKey UsbParameters(std::map<std::string, std::string> texts,
                            std::map<std::string, std::uint32_t> numbers) {
   return {"Device Parameters", std::move(texts), std::move(numbers)};

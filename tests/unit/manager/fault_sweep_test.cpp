@@ -38,7 +38,7 @@ const std::string kPicture(300, 'p');
 const std::string kLongValue(100, 'x');
 constexpr const char* kRestored = "^XA^S(CMP,F,restored^XZ^XA^JUS^XZ^XA^H(E^XZ";
 
-std::uint32_t status = 0;
+std::uint32_t printer_status = 0;
 std::uint8_t is_default_prefix = 0;
 TvmgrFoundPrinter record;
 std::uint32_t found = 0;
@@ -134,10 +134,6 @@ bool IsWholeBackup(CTestWorld&, EFault) {
 bool IsOfWholePieces(CTestWorld&, std::int32_t, EFault struck) {
   const std::string contents = HostFile().Read();
   return contents.empty() || contents.ends_with(struck == kPortCall ? kBackupTrailer : "\r\n");
-}
-
-tagMemoryKey Key(std::string name, std::vector<tagMemoryKey> subkeys) {
-  return {std::move(name), {}, {}, std::move(subkeys)};
 }
 
 /** Two network ports of one address, of which an installed printer uses the second, and a USB printer. */
@@ -238,11 +234,11 @@ const std::vector<tagSweptOperation>& Operations() {
        [](CTestWorld&, EFault) { return is_default_prefix == 1; }},
       {"status",
        nullptr,
-       [] { return TVMGR_GetPrinterStatus(&status); },
-       [](CTestWorld&, EFault) { return status == TVMGR_STATUS_IDLE; },
+       [] { return TVMGR_GetPrinterStatus(&printer_status); },
+       [](CTestWorld&, EFault) { return printer_status == TVMGR_STATUS_IDLE; },
        {},
        [](CTestWorld&, std::int32_t result, EFault) {
-         return result == TVMGR_OK || status == TVMGR_STATUS_UNKNOWN;
+         return result == TVMGR_OK || printer_status == TVMGR_STATUS_UNKNOWN;
        }},
       {"direct command", LoadFromANonNeutralPrinter,
        [] { return TVMGR_DirectSendCommand(reinterpret_cast<const std::uint8_t*>("~HS"), 3, true); },

@@ -13,7 +13,6 @@ auto WithByte(Result (*function)(Parameters...)) {
 
 // What goes over the port for plain operations: tests/unit/manager/exchange_scripts.txt.
 using LoadingTest = CModuleTest;
-using Transactions = std::vector<std::string>;
 
 TEST_F(LoadingTest, EveryByteButZeroIsTrue) {
   const std::uint8_t command = 'x';
@@ -32,7 +31,7 @@ TEST_F(LoadingTest, EveryByteButZeroIsTrue) {
     return world_.Sent();
   };
   for (const auto& [name, call] : calls) {
-    const Transactions with_true = sent_with(call, 1);
+    const std::vector<std::string> with_true = sent_with(call, 1);
     EXPECT_NE(sent_with(call, 0), with_true) << name;
     for (const int flag : {2, 3, 0x80, 0xFE, 0xFF}) {
       EXPECT_EQ(with_true, sent_with(call, static_cast<std::uint8_t>(flag))) << name << ", " << flag;

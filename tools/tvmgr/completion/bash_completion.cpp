@@ -3,7 +3,7 @@
 namespace tvmgr {
 namespace {
 
-constexpr char kHead[] =
+constexpr char kBashHead[] =
     R"(# Completions of tvmgr for bash, made by "tvmgr completions bash" of the same version.
 _tvmgr() {
   local command='' word words='' is_value='' previous=${COMP_WORDS[COMP_CWORD - 1]} current=${COMP_WORDS[COMP_CWORD]} i
@@ -39,7 +39,7 @@ constexpr char kWords[] = R"(    *)
       case "$is_value$command:$current" in
 )";
 
-constexpr char kTail[] = R"(      esac ;;
+constexpr char kBashTail[] = R"(      esac ;;
   esac
   COMPREPLY=($(compgen -W "$words" -- "$current"))
   if [[ ${#COMPREPLY[@]} == 1 && ${COMPREPLY[0]} == *= ]]; then
@@ -58,7 +58,7 @@ std::string Joined(const std::vector<std::string>& words, const char* between) {
 }
 
 /** In single quotation marks: nothing in it means anything to the shell. */
-std::string Quoted(const std::string& text) {
+std::string BashWord(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) {
     quoted += c == '\'' ? "'\\''" : std::string(1, c);
@@ -82,23 +82,24 @@ std::string BashCompletion(const CompletionModel& model) {
       }
       with_value.insert(with_value.end(), option.names.begin(), option.names.end());
       for (const std::string& name : option.names) {
-        const std::string scope = command.name.empty() ? "*" : Quoted(command.name);
-        values += "    " + scope + ":" + name + ") words=" + Quoted(Joined(option.choices, " ")) + " ;;\n";
+        const std::string scope = command.name.empty() ? "*" : BashWord(command.name);
+        values += "    " + scope + ":" + name + ") words=" + BashWord(Joined(option.choices, " ")) + " ;;\n";
       }
     }
     if (!command.name.empty()) {
-      commands.push_back(Quoted(command.name));
+      commands.push_back(BashWord(command.name));
       for (const tagCompletionOption& option : model.front().options) {
         options.insert(options.end(), option.names.begin(), option.names.end());
       }
     }
     std::vector<std::string> arguments = command.subcommands;
     arguments.insert(arguments.end(), command.arguments.begin(), command.arguments.end());
-    lines += "        " + Quoted(command.name) + ":-*) words=" + Quoted(Joined(options, " ")) +
-             " ;;\n        " + Quoted(command.name) + ":*) words=" + Quoted(Joined(arguments, " ")) + " ;;\n";
+    lines += "        " + BashWord(command.name) + ":-*) words=" + BashWord(Joined(options, " ")) +
+             " ;;\n        " + BashWord(command.name) + ":*) words=" + BashWord(Joined(arguments, " ")) +
+             " ;;\n";
   }
-  return std::string(kHead) + "      " + Joined(with_value, "|") + ")\n" + kFindCommand + "          " +
-         Joined(commands, "|") + ")" + kMiddle + values + kWords + lines + kTail;
+  return std::string(kBashHead) + "      " + Joined(with_value, "|") + ")\n" + kFindCommand + "          " +
+         Joined(commands, "|") + ")" + kMiddle + values + kWords + lines + kBashTail;
 }
 
 }  // namespace tvmgr

@@ -3,13 +3,13 @@
 namespace tvmgr {
 namespace {
 
-constexpr char kHead[] =
+constexpr char kPowerShellHead[] =
     R"(# Completions of tvmgr for PowerShell, made by "tvmgr completions powershell" of the same version.
 Register-ArgumentCompleter -Native -CommandName tvmgr, tvmgr.exe -ScriptBlock {
   param($wordToComplete, $commandAst, $cursorPosition)
 )";
 
-constexpr char kTail[] = R"(  $command = ''
+constexpr char kPowerShellTail[] = R"(  $command = ''
   $previous = ''
   foreach ($element in ($commandAst.CommandElements | Select-Object -Skip 1)) {
     if ($element.Extent.EndOffset -ge $cursorPosition -and $wordToComplete) { break }
@@ -35,7 +35,7 @@ constexpr char kTail[] = R"(  $command = ''
 }
 )";
 
-std::string Quoted(const std::string& text) {
+std::string PowerShellWord(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) {
     quoted += c == '\'' ? "''" : std::string(1, c);
@@ -46,13 +46,13 @@ std::string Quoted(const std::string& text) {
 std::string List(const std::vector<std::string>& words) {
   std::string text;
   for (const std::string& word : words) {
-    text += (text.empty() ? "" : ", ") + Quoted(word);
+    text += (text.empty() ? "" : ", ") + PowerShellWord(word);
   }
   return "@(" + text + ")";
 }
 
 std::string Line(const std::string& key, const std::vector<std::string>& words) {
-  return "    " + Quoted(key) + " = " + List(words) + "\n";
+  return "    " + PowerShellWord(key) + " = " + List(words) + "\n";
 }
 
 }  // namespace
@@ -78,8 +78,9 @@ std::string PowerShellCompletion(const CompletionModel& model) {
     words += Line(command.name, arguments);
     options += Line(command.name, names);
   }
-  return std::string(kHead) + "  $words = @{\n" + words + "  }\n  $options = @{\n" + options +
-         "  }\n  $values = @{\n" + values + "  }\n  $withValue = " + List(with_value) + "\n" + kTail;
+  return std::string(kPowerShellHead) + "  $words = @{\n" + words + "  }\n  $options = @{\n" + options +
+         "  }\n  $values = @{\n" + values + "  }\n  $withValue = " + List(with_value) + "\n" +
+         kPowerShellTail;
 }
 
 }  // namespace tvmgr

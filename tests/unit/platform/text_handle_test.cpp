@@ -134,7 +134,8 @@ TEST(TextHandleTest, TheModulesManagerServesOtherModules) {
   functions.Free(manager, grown);
   TvmgrTextData* nil = functions.GetNilString(manager);
   const std::int32_t references = nil->references;
-  EXPECT_LT(1, references);  // a host that holds it alone still sees a shared text, and does not write into it
+  EXPECT_LT(1,
+            references);  // a host that holds it alone still sees a shared text, and does not write into it
   EXPECT_EQ(nil, functions.GetNilString(manager));
   EXPECT_EQ(references + 1, nil->references);  // else it would sink below 0, which means a lock
   text = Text(nil);

@@ -148,7 +148,9 @@ class CFaultyFile final : public IHostFile, COpenObject {
   }
   bool Truncate(std::uint64_t size) override { return !Fails(EFileCall::kTruncate) && file_->Truncate(size); }
   bool Read(std::span<char> buffer, std::size_t& got) override {
-    return !Fails(EFileCall::kRead) && file_->Read(buffer, got);
+    const bool is_read = !Fails(EFileCall::kRead) && file_->Read(buffer, got);
+    got -= is_read && got > 0 && CTestWorld::Current().files_end_early ? 1 : 0;
+    return is_read;
   }
   bool Close() override {
     const bool fails = Fails(EFileCall::kClose);

@@ -77,6 +77,7 @@ class CTestWorld {
   std::vector<EFileCall> file_calls;      /**< likewise, of files */
   std::size_t fail_file_call = 0;         /**< fails the Nth of them since the log was cleared; 0 none */
   std::function<void()> before_file_call; /**< runs before each file call */
+  bool files_end_early = false;           /**< a read gets a byte less than there is */
   std::function<void()> before_send;      /**< runs before each send */
 
   std::optional<std::string> scripted_answer; /**< what every read delivers instead of the printer's answer */

@@ -348,6 +348,9 @@ TEST_F(RestoreTest, FilesThatCannotBeReadSendNothing) {
     world_.fail_file_call = call;
     EXPECT_EQ(TVMGR_FILE_READ_ERROR, TVMGR_Restore(file_.Path().c_str()));
   }
+  world_.fail_file_call = 0;
+  world_.files_end_early = true;
+  EXPECT_EQ(TVMGR_FILE_READ_ERROR, TVMGR_Restore(file_.Path().c_str()));
   EXPECT_TRUE(world_.calls.empty());
 }
 

@@ -86,7 +86,9 @@ class CMemoryNetwork final : public ISockets {
     from = datagram->from;
     const std::string bytes = std::move(datagram->bytes);
     inbox.datagrams.erase(datagram);
-    return bytes.size() > size ? -1 : static_cast<std::int32_t>(bytes.copy(static_cast<char*>(buffer), size));
+    // One that is too long fails, and its beginning is there all the same.
+    const std::size_t copied = bytes.copy(static_cast<char*>(buffer), size);
+    return bytes.size() > size ? -1 : static_cast<std::int32_t>(copied);
   }
   std::int32_t Poll(std::span<tagSocketPoll> sockets, std::uint32_t wait_ms) override {
     if (Strikes()) {

@@ -97,6 +97,7 @@ TEST_F(AsyncSocketTest, AnnouncementsAreAllReadAtTheEnd) {
   for (std::size_t size = 0; size <= 2000; size += 20) {  // the largest ones cannot be received
     network_->Deliver(std::string(size, size % 40 == 0 ? 'K' : '\0'), 1);
   }
+  network_->Deliver(kAnnouncement + std::string(1000, 0), 2);       // nor can this one
   network_->Deliver(kAnnouncement, CMemoryNetwork::kFirstAddress);  // again
   EXPECT_EQ(400U, Collect());
   EXPECT_EQ(0U, elapsed_);  // nobody else is asked

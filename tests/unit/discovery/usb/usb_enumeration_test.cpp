@@ -67,7 +67,9 @@ class UsbEnumerationTest : public ::testing::Test {
 const WideString kProductName = WidenAscii("LX ") + static_cast<TvmgrChar>(0x20AC);
 
 TEST_F(UsbEnumerationTest, APrinterIsDescribedWhereverItIsPluggedIn) {
-  for (CRecordedUsbTree tree : {RootHubTree(), TwoHubsTree(), CompositeTree()}) {
+  CRecordedUsbTree with_most_pipes = RootHubTree();
+  with_most_pipes.answers[kHubPath].connections[kPort].append(28 * usb_layout::kPipeSize, '\x07');
+  for (CRecordedUsbTree tree : {RootHubTree(), TwoHubsTree(), CompositeTree(), with_most_pipes}) {
     SCOPED_TRACE(tree.devices[2].instance_id);
     const tagUsbRawEntry entry = EnumerateOne(tree);
     EXPECT_EQ(WidenAscii(kPrinterId), entry.instance_id);

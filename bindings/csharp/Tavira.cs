@@ -476,8 +476,8 @@ namespace Tavira
             UpdateThese(new[] { new KeyValuePair<Setting, byte[]>(setting, value) }, guardResolution);
         }
 
-        /// <summary>Writes, saves, and reads back: returns only when the printer shows every value. Replaces the update
-        /// list.</summary>
+        /// <summary>Writes, saves, and reads back: returns only when the printer shows every value (some are not
+        /// compared: see TVMGR_UpdatePrinterSetting). Replaces the update list.</summary>
         /// <exception cref="TaviraException">Among others, Result.NotConfirmed: it was sent, but the printer shows
         /// another value.</exception>
         public void UpdateThese(IEnumerable<KeyValuePair<Setting, byte[]>> changes, bool guardResolution = true)
@@ -538,7 +538,8 @@ namespace Tavira
                 () => NativeMethods.TVMGR_DirectSendCommand(command, Length(command), allowResolutionChange));
         }
 
-        /// <summary>Blocks up to 60 s after the command (head maintenance 300 s). data: for Operation.SendData.</summary>
+        /// <summary>Waits until the printer is no longer busy, up to 60 s after the command (head maintenance 300 s), and
+        /// longer for a silent one: see TVMGR_ExecutePrinterOperation. data: for Operation.SendData.</summary>
         public void Execute(Operation operation, byte[] data = null)
         {
             const string function = "TVMGR_SetExecuteList";
@@ -585,7 +586,8 @@ namespace Tavira
             return Array.FindAll(names, name => name.Length != 0);
         }
 
-        /// <summary>A stored file, or null: there is no such file, or the printer was silent.</summary>
+        /// <summary>A stored file, or null: there is no such file, or the printer was silent. What the printer sends
+        /// compressed (":Z64:") stays so.</summary>
         public byte[] Fetch(FileList list, string name, uint timeoutMs = 60000)
         {
             CheckText("TVMGR_LoadStoredData", name);
@@ -608,15 +610,16 @@ namespace Tavira
             Register(request, Ascii(function, command), Ascii(function, secondary));
         }
 
-        /// <summary>Stores a file, given as the printer's own download command, and proves it by listing the files.
-        /// </summary>
+        /// <summary>Stores a file, given as the printer's own download command, and proves it (but a format) by listing
+        /// the files.</summary>
         public void Register(Request request, byte[] command, byte[] secondary = null)
         {
             SetRequest(request, command, secondary);
             Call("TVMGR_RegistData", NativeMethods.TVMGR_RegistData);
         }
 
-        /// <summary>Deletes a stored file and proves it by listing the files.</summary>
+        /// <summary>Deletes a stored file and proves it (but the background file) by listing the files; a silent printer
+        /// lists none.</summary>
         public void Delete(Request request, string name)
         {
             SetRequest(request, Ascii("TVMGR_UpdateRegistList", name), null);

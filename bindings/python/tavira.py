@@ -566,7 +566,8 @@ class Manager:
     def update_these(self, changes: Mapping[int, Bytes], guard_resolution: bool = True) -> None:
         """Writes, saves, and reads back: returns only when the printer shows every value. Replaces the update list.
 
-        Raises an Error with Result.NOT_CONFIRMED when it was sent but the printer shows another value.
+        Raises an Error with Result.NOT_CONFIRMED when it was sent but the printer shows another value. Some are not compared:
+        see TVMGR_UpdatePrinterSetting.
         """
         name = "TVMGR_SetUpdateList"
         self._call("TVMGR_ClearUpdateList")
@@ -601,7 +602,10 @@ class Manager:
         self._call(name, *_bytes(name, command), allow_resolution_change)
 
     def execute(self, operation: int, data: Bytes = b"") -> None:
-        """Blocks up to 60 s after the command (head maintenance 300 s). `data`: for Operation.SEND_DATA."""
+        """Waits until the printer is no longer busy, up to 60 s after the command (head maintenance 300 s).
+
+        Longer for a silent one: see TVMGR_ExecutePrinterOperation. `data`: for Operation.SEND_DATA.
+        """
         name = "TVMGR_SetExecuteList"
         if operation == Operation.SEND_DATA and not data:
             raise Error(name, Result.BAD_ARGUMENT)  # the module would send the data of an earlier call
@@ -632,7 +636,10 @@ class Manager:
         return [name for name in names if name]
 
     def fetch(self, file_list: int, file_name: str, timeout_ms: int = 60000) -> Optional[bytes]:
-        """A stored file, or None: there is no such file, or the printer was silent."""
+        """A stored file, or None: there is no such file, or the printer was silent.
+
+        What the printer sends compressed (":Z64:") stays so.
+        """
         name = "TVMGR_LoadStoredData"
         mode = 1 if file_list in (FileList.FMT, FileList.ZPL) else 0
         self._call(name, _utf16(name, file_name), mode, _number(name, timeout_ms, _UINT32))
@@ -645,12 +652,12 @@ class Manager:
         return buffer.raw
 
     def register(self, request: int, command: Bytes, secondary: Bytes = b"") -> None:
-        """Stores a file, given as the printer's own download command, and proves it by listing the files."""
+        """Stores a file, given as the printer's own download command, and proves it (but a format) by listing the files."""
         self._set_request(request, command, secondary)
         self._call("TVMGR_RegistData")
 
     def delete(self, request: int, file_name: Bytes) -> None:
-        """Deletes a stored file and proves it by listing the files."""
+        """Deletes a stored file and proves it (but the background file) by listing the files; a silent printer lists none."""
         self._set_request(request, file_name, b"")
         self._call("TVMGR_DeleteData")
 

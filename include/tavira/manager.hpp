@@ -130,7 +130,8 @@ class Manager {
 
   /**
    * Writes a range of pairs (Setting, bytes), saves, and reads back: returns only when the printer shows every
-   * value. An Error with TVMGR_NOT_CONFIRMED: sent, but it shows another one. Replaces the update list.
+   * value (some are not compared: see TVMGR_UpdatePrinterSetting). An Error with TVMGR_NOT_CONFIRMED: sent, but it
+   * shows another one. Replaces the update list.
    */
   template <typename Changes>
   void UpdateThese(const Changes& changes, bool guard_resolution = true) {
@@ -176,7 +177,10 @@ class Manager {
     const auto length = detail::CheckedLength<std::int32_t>(kFunction, command.Size());
     detail::Check(kFunction, TVMGR_DirectSendCommand(command.Data(), length, allow_resolution_change));
   }
-  /** Blocks up to 60 s after the command (head maintenance 300 s). `data`: for TVMGR_OP_SEND_DATA. */
+  /**
+   * Waits until the printer is no longer busy, up to 60 s after the command (head maintenance 300 s), and longer for a
+   * silent one: see TVMGR_ExecutePrinterOperation. `data`: for TVMGR_OP_SEND_DATA.
+   */
   void Execute(Operation operation, Bytes data = {}) {
     constexpr const char* kFunction = "TVMGR_SetExecuteList";
     if (operation == TVMGR_OP_SEND_DATA && data.Size() == 0) {
@@ -214,7 +218,10 @@ class Manager {
     names.erase(std::remove(names.begin(), names.end(), std::wstring()), names.end());
     return names;
   }
-  /** A stored file, or none: there is no such file, or the printer was silent. */
+  /**
+   * A stored file, or none: there is no such file, or the printer was silent. What the printer sends compressed
+   * (":Z64:") stays so.
+   */
   std::optional<std::vector<std::uint8_t>> Fetch(FileList list, const std::wstring& name,
                                                  std::uint32_t timeout_ms = 60000) {
     constexpr const char* kLoad = "TVMGR_LoadStoredData";
@@ -230,12 +237,15 @@ class Manager {
     detail::Check(kGet, TVMGR_GetStoredData(bytes.data(), &length));
     return bytes;
   }
-  /** Stores a file, given as the printer's own download command, and proves it by listing the files. */
+  /** Stores a file, given as the printer's own download command, and proves it (but a format) by listing the files. */
   void Register(Request request, Bytes command, Bytes secondary = {}) {
     SetRequest(request, command, secondary);
     detail::Check("TVMGR_RegistData", TVMGR_RegistData());
   }
-  /** Deletes a stored file and proves it by listing the files. The name is 8-bit text, as on the printer. */
+  /**
+   * Deletes a stored file and proves it (but the background file) by listing the files; a silent printer lists none. The
+   * name is 8-bit text, as on the printer.
+   */
   void Delete(Request request, std::string_view name) {
     SetRequest(request, name, {});
     detail::Check("TVMGR_DeleteData", TVMGR_DeleteData());

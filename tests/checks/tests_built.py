@@ -20,14 +20,22 @@ TEST_CODE = re.compile(r"^\s*(TEST|TEST_F|TEST_P|TYPED_TEST)\s*\(|\bLLVMFuzzerTe
 TARGET = re.compile(r"CMakeFiles/([^/]+)\.dir/")
 
 
+def together(source):
+    """The files that are compiled as one, where `source` is what CMake made of several; else that one."""
+    if source.parent.name != "Unity":
+        return [source]
+    return [pathlib.Path(name) for name in re.findall(r'^#include "([^"]+)"', source.read_text(encoding="utf-8"), re.MULTILINE)]
+
+
 def compiled(build):
     """(source file, target) of every compilation of a build."""
     database = build / "compile_commands.json"
     for entry in json.loads(database.read_text(encoding="utf-8")):
         source = pathlib.Path(entry["directory"], entry["file"]).resolve()
         target = TARGET.search(entry.get("output") or entry["command"])
-        if source.is_relative_to(ROOT):
-            yield source.relative_to(ROOT).as_posix(), target.group(1) if target else ""
+        for part in together(source):
+            if part.is_relative_to(ROOT):
+                yield part.relative_to(ROOT).as_posix(), target.group(1) if target else ""
 
 
 def programs(build):

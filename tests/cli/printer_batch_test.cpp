@@ -42,7 +42,8 @@ TEST(PrinterListTest, EntriesAreAddressesPortsDevicesAndNames) {
                   " 192.0.2.7 ,usb001,,\\\\?\\usb#v#1, Dock 3,name=dock,port= my port ,address=12,")),
               ElementsAre("address=192.0.2.7", "port=usb001", "device=\\\\?\\usb#v#1", "name=Dock 3",
                           "name=dock", "port=my port", "address=12"));
-  for (const char* const wrong : {"", " , ,", "12", "a,port=", "a\x1B[2J", "\xFF\xFE", "a\tb\nc"}) {
+  for (const char* const wrong :
+       {"", " , ,", "12", "a,found", "a,port=", "a\x1B[2J", "\xFF\xFE", "a\tb\nc"}) {
     EXPECT_NE(ErrorOf(kExitUsage, [&] { ParsePrinterText(wrong); }), "") << wrong;
   }
 }

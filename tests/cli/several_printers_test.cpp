@@ -29,6 +29,13 @@ class CSeveralPrintersTest : public CCliTest {
                   fs::copy_options::overwrite_existing);
     return folder_ / "tvmgr.exe";
   }
+
+  /** The same under a name that no other program has: others run tests at the same time. */
+  fs::path WithOwnName(const fs::path& program) const {
+    const fs::path own = folder_ / ("tvmgr" + std::to_string(GetCurrentProcessId()) + ".exe");
+    fs::rename(program, own);
+    return own;
+  }
 };
 
 TEST_F(CSeveralPrintersTest, WhatCannotBeStartedIsRefusedBeforeAnyPrinterIsAsked) {
@@ -143,11 +150,16 @@ std::vector<DWORD> ProcessesOf(const fs::path& program) {
   return found;
 }
 
+/** Waits for so many of them; how many there are then. */
+std::size_t WaitForProcesses(const fs::path& program, std::size_t count) {
+  for (int i = 0; i < 300 && ProcessesOf(program).size() != count; ++i) {
+    Sleep(50);
+  }
+  return ProcessesOf(program).size();
+}
+
 TEST_F(CSeveralPrintersTest, NoProcessOutlivesAParentThatIsEnded) {
-  // A name of its own: others run tests at the same time.
-  Beside("broken", "Ferrolink.dll");
-  const fs::path program = folder_ / ("tvmgr" + std::to_string(GetCurrentProcessId()) + ".exe");
-  fs::rename(folder_ / "tvmgr.exe", program);
+  const fs::path program = WithOwnName(Beside("broken", "Ferrolink.dll"));
   SetEnvironmentVariableW(L"BROKEN_PORT", L"hang");
   std::wstring line = L"tvmgr status --printers USB001,USB002";
   STARTUPINFOW start{};
@@ -155,15 +167,10 @@ TEST_F(CSeveralPrintersTest, NoProcessOutlivesAParentThatIsEnded) {
   PROCESS_INFORMATION parent{};
   ASSERT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                              &start, &parent));
-  const auto wait_for = [&](std::size_t count) {
-    for (int i = 0; i < 300 && ProcessesOf(program).size() != count; ++i) {
-      Sleep(50);
-    }
-    return ProcessesOf(program).size();
-  };
-  EXPECT_EQ(wait_for(5), 5U) << "the parent, and for each printer its tvmgr and the worker of that";
+  EXPECT_EQ(WaitForProcesses(program, 5), 5U)
+      << "the parent, and for each printer its tvmgr and the worker of that";
   TerminateProcess(parent.hProcess, 9);
-  EXPECT_EQ(wait_for(0), 0U);
+  EXPECT_EQ(WaitForProcesses(program, 0), 0U);
   CloseHandle(parent.hThread);
   CloseHandle(parent.hProcess);
   SetEnvironmentVariableW(L"BROKEN_PORT", nullptr);
@@ -225,6 +232,21 @@ TEST_F(CSeveralPrintersTest, AtATerminalItAsksOnceAndCtrlCBeginsNoMore) {
   EXPECT_THAT(stopped.err, HasSubstr("Ctrl-C: no more printers are begun"));
   EXPECT_THAT(stopped.out, AllOf(HasSubstr("USB001   done"),
                                  HasSubstr("not started: Ctrl-C was pressed before its turn")));
+}
+
+TEST_F(CSeveralPrintersTest, CtrlCInTheSearchBeginsNothing) {
+  const CTestConsole console;
+  const fs::path program = WithOwnName(Beside("scripted", "TaviraManager.dll"));
+  SetEnvironmentVariableW(L"SCRIPTED_MANAGER", L"busy");
+  const std::jthread user([&] {
+    WaitForProcesses(program, 2);
+    CTestConsole::PressCtrlC();
+  });
+  const tagRun run = RunProgram(program, {"status", "--printers", "found"}, {}, {console.Input(), nullptr});
+  EXPECT_EQ(run.exit_code, 1U);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, HasSubstr("stopped by Ctrl-C while printers were searched: nothing was started"));
+  SetEnvironmentVariableW(L"SCRIPTED_MANAGER", nullptr);
 }
 
 }  // namespace

@@ -40,6 +40,7 @@ TEST_F(CUsageTest, WrongUsageEndsWithTwoSaysWhyAndSendsNothing) {
       {{"prefix", "--set", "!", "!", ";"}, "differ"},
       {{"prefix", "--set", "a", "@", ";"}, "\"a\""},
       {{"status", "--count", "2"}, "--watch"},
+      {{"status", "--timeout", "nan"}, "nan is no number"},
       {{"op", "explode"}, "explode"},
       {{"op", "send-data"}, "--file"},
       {{"op", "head-check", "--text", "x"}, "send-data"},

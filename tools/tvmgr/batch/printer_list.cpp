@@ -29,6 +29,9 @@ std::string ProblemOf(std::string_view entry, const tagListedPrinter& printer) {
   if (MakeVisible(printer.value) != printer.value) {
     return shown + " holds characters that no printer's name has";
   }
+  if (entry == "found") {
+    return "\"found\" stands alone, for all that a search finds; a host of this name is address=found";
+  }
   if (entry.find_first_not_of("0123456789") == std::string_view::npos) {
     return shown + " is a number: numbers belong to \"tvmgr use\", name the printer itself";
   }

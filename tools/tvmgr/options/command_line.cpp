@@ -37,10 +37,9 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global, tagBatchOptio
   program.add_flag("--trace-contents", global.trace_contents, "contents of files in the trace, too")
       ->needs(trace);
   program.add_flag("--no-check", global.no_check, "do not ask for the printer's status before long work");
-  program
-      .add_option("--timeout", global.timeout_s,
-                  "seconds until the printer is asked whether it is still there; 0: never")
-      ->check(CLI::Range(0.0, 1e6));
+  COption(program.add_option("--timeout", global.timeout_s,
+                             "seconds until the printer is asked whether it is still there; 0: never"))
+      .Range(0.0, 1e6);
   CLI::Option* const printers =
       program
           .add_option("--printers", batch.printers,
@@ -51,10 +50,12 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& global, tagBatchOptio
       ->check(CLI::Range(1U, 64U))
       ->capture_default_str()
       ->needs(printers);
-  program.add_option("--limit", batch.limit_s, "seconds until the work on one of them is ended; 0: never")
-      ->check(CLI::Range(0.0, 1e6))
-      ->capture_default_str()
-      ->needs(printers);
+  COption(
+      program
+          .add_option("--limit", batch.limit_s, "seconds until the work on one of them is ended; 0: never")
+          ->needs(printers))
+      .Range(0.0, 1e6)
+      .ShowsDefault();
   program.set_version_flag("-V,--version", "tvmgr " TVMGR_VERSION);
 }
 

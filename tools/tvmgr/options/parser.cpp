@@ -1,6 +1,7 @@
 #include "options/parser.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 
 namespace tvmgr {
 
@@ -13,7 +14,12 @@ COption COption::OneOf(std::vector<std::string> words) const {
 }
 
 COption COption::Range(double least, double most) const {
-  return COption(option_->check(CLI::Range(least, most)));
+  // Of what is no number both comparisons are false.
+  return COption(option_->check(CLI::Range(least, most))->check([](const std::string& text) {
+    double number = 0;
+    return CLI::detail::lexical_cast(text, number) && std::isnan(number) ? text + " is no number"
+                                                                         : std::string();
+  }));
 }
 
 COption COption::Range(std::uint32_t least, std::uint32_t most) const {

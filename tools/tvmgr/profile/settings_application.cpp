@@ -7,6 +7,7 @@
 #include "output/result_words.h"
 #include "output/setting_cell.h"
 #include "output/text_encoding.h"
+#include "output/text_layout.h"
 #include "printer/answers.h"
 #include "profile/profile_settings.h"
 #include "profile/settings_writer.h"
@@ -118,8 +119,9 @@ class CApplication {
         const auto shown = [&](const std::optional<std::string>& value) {
           return value ? labels_.WithUnit(setting.id, ValueCell(value)).shown : std::string("(not answered)");
         };
-        lines += "  " + setting.key + (name.empty() ? "" : "  " + name) + ": now " + shown(setting.now) +
-                 ", wanted " + shown(setting.wanted) + "\n";
+        lines += MakeVisible("  " + setting.key + (name.empty() ? "" : "  " + name) + ": now " +
+                             shown(setting.now) + ", wanted " + shown(setting.wanted)) +
+                 "\n";
       }
     }
     WriteError(lines);

@@ -32,7 +32,7 @@ std::string Dotted(const in_addr& address) {
   return text;
 }
 
-std::vector<std::string> AddressesOf(const IP_ADAPTER_UNICAST_ADDRESS* address) {
+std::vector<std::string> UnicastAddresses(const IP_ADAPTER_UNICAST_ADDRESS* address) {
   std::vector<std::string> addresses;
   for (; address != nullptr; address = address->Next) {
     const auto* const inet = reinterpret_cast<const sockaddr_in*>(address->Address.lpSockaddr);
@@ -65,7 +65,7 @@ std::optional<std::vector<tagAdapter>> NetworkAdapters() {
       if (record->OperStatus == IfOperStatusUp) {
         adapters.push_back(
             {record->IfIndex, record->FriendlyName == nullptr ? "" : ToUtf8(record->FriendlyName),
-             AddressesOf(record->FirstUnicastAddress), record->IfType == IF_TYPE_SOFTWARE_LOOPBACK});
+             UnicastAddresses(record->FirstUnicastAddress), record->IfType == IF_TYPE_SOFTWARE_LOOPBACK});
       }
     }
     return adapters;

@@ -11,11 +11,20 @@ CFolderPrinter::CFolderPrinter(fs::path folder, MillisecondClock now)
     : folder_(std::move(folder)),
       memory_(folder_),
       folder_problem_(memory_.Prepare()),
+      is_problem_told_(!folder_problem_.empty()),
       printer_(std::move(now)) {
   ReadIniWhenChanged();
   printer_.State().settings.RestoreFactory();
   printer_.State().settings.Save();
   memory_.Load(printer_);
+}
+
+std::string CFolderPrinter::Save() {
+  const bool was_told = is_problem_told_;
+  is_problem_told_ = !memory_.Save(printer_);
+  return is_problem_told_ && !was_told
+             ? "the memory folder could not be written: what the printer was told last is not kept"
+             : std::string();
 }
 
 bool CFolderPrinter::ReadIniWhenChanged() {

@@ -25,13 +25,14 @@ class CFolderPrinter {
   const std::string& FolderProblem() const { return folder_problem_; }
 
   CPrinter& Printer() { return printer_; }
-  /// Writes what became different since the last call. False when something could not be written.
-  bool Save() { return memory_.Save(printer_); }
+  /// Writes what became different since the last call. Empty, or what is wrong: told once, until it has worked again.
+  std::string Save();
 
  private:
   std::filesystem::path folder_;
   CMemoryFolder memory_;
   std::string folder_problem_;
+  bool is_problem_told_;
   CPrinter printer_;
   tagPrinterIni ini_;
   bool is_ini_read_ = false;

@@ -251,6 +251,7 @@ bool CMemoryFolder::Write(const fs::path& path, std::string_view bytes) const {
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
   if (!file) {
+    fs::remove(temporary, error);
     return false;
   }
   // Windows replaces no file that another process is just reading.

@@ -179,8 +179,8 @@ tagOutcome CNetworkPrinter::RunRequest(std::string_view bytes) {
   outcome.latency_ms = faults_.latency_ms;
   outcome.hang_up_at = faults_.hang_up_at;
   log_.WriteExchange(exchange, label_);
-  if (!printer_.Save()) {
-    Note("the memory folder could not be written");
+  if (const std::string problem = printer_.Save(); !problem.empty()) {
+    log_.WriteProblem(label_ + problem);
   }
   return outcome;
 }

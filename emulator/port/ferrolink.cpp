@@ -97,8 +97,8 @@ class CFerrolink {
       log_.WriteExchange(exchange);
     }
     port_.ClearLog();
-    if (!printer_.Save()) {
-      log_.WriteNote("the memory folder could not be written");
+    if (const std::string problem = printer_.Save(); !problem.empty()) {
+      log_.WriteProblem(problem);
     }
     return result;
   }

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "emulator/memory/folder_lock.h"
+#include "emulator/memory/folder_printer.h"
 #include "test_printer.h"
 
 namespace lxemu {
@@ -165,6 +166,20 @@ TEST_F(MemoryFolder, ReportsFailureAndTriesAgain) {
   fs::remove(folder);
   EXPECT_TRUE(memory.Save(printer.printer));
   EXPECT_EQ(ReadHostFile(folder / "E" / "A.PNG"), "a");
+}
+
+TEST_F(MemoryFolder, SavesThatFailAreToldOnceUntilOneHasWorked) {
+  CFolderPrinter printer(folder, [] { return std::uint64_t{0}; });
+  for (const char* file : {"E:A.PNG", "E:B.PNG"}) {
+    fs::remove_all(folder);
+    std::ofstream(folder) << "a file where the folder should be";
+    printer.Printer().PutFile(file, "a");
+    EXPECT_NE(printer.Save().find("not kept"), std::string::npos) << file;
+    EXPECT_EQ(printer.Save(), "") << file;
+    fs::remove(folder);
+    EXPECT_EQ(printer.Save(), "") << file;
+    EXPECT_TRUE(fs::exists(folder / "E")) << file;
+  }
 }
 
 }  // namespace

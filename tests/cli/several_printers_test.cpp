@@ -191,6 +191,7 @@ TEST_F(CSeveralPrintersTest, FoundIsWhatASearchFindsNow) {
   ASSERT_EQ(document["printers"].size(), 2U);
   EXPECT_EQ(document["printers"][0]["printer"]["value"], "usb#1");
   EXPECT_EQ(document["printers"][1]["printer"]["value"], "192.0.2.7");
+  EXPECT_FALSE(fs::exists(folder_ / "choice.json")) << "the numbers of \"use\" stay";
   SetEnvironmentVariableW(L"SCRIPTED_MANAGER", L"quick busy no_network");
   const tagRun half = RunProgram(program, {"status", "--printers", "found", "--quiet"});
   EXPECT_EQ(half.exit_code, 6U);

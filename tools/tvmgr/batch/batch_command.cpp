@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <map>
 
@@ -236,9 +237,10 @@ int RunOnPrinters(const tagGlobalOptions& global, const tagBatchOptions& options
     Confirm("do \"" + Describe(command) + "\" on " + Describe(list.printers), options.yes);
   }
   CBatchRun run(global, command.name, list.printers, list.problems);
-  const std::vector<tagPrinterVerdict> verdicts = run.Run(
-      CommandLines(command, list.printers, files), {std::min<std::size_t>(options.jobs, list.printers.size()),
-                                                    static_cast<std::uint64_t>(options.limit_s * 1000)});
+  const std::vector<tagPrinterVerdict> verdicts =
+      run.Run(CommandLines(command, list.printers, files),
+              {std::min<std::size_t>(options.jobs, list.printers.size()),
+               static_cast<std::uint64_t>(std::ceil(options.limit_s * 1000))});
   PrintVerdicts(global, command.name, list.printers, verdicts);
   RequireAllDone(list.printers, verdicts, list.search_problem);
   return kExitDone;

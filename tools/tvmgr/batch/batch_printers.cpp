@@ -25,7 +25,8 @@ std::vector<tagListedPrinter> Search(const tagGlobalOptions& global, std::string
     const CProgress progress("searching printers", kLongestSearchMs, !global.quiet, {"usually 6 s", {}});
     tagPoolListener listener;
     listener.interrupted = [&] { is_interrupted = true; };
-    verdict = Judge(RunChildren({"--json search all"}, {1, kLongestSearchMs}, listener).front(), "search");
+    verdict = Judge(RunChildren({"--json search all --no-numbers"}, {1, kLongestSearchMs}, listener).front(),
+                    "search");
   }
   if (is_interrupted) {
     throw CFailure("stopped by Ctrl-C while printers were searched: nothing was started");

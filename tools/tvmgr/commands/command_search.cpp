@@ -173,7 +173,9 @@ int RunSearch(const tagGlobalOptions& global, const tagSearchOptions& options) {
     throw CFailure(problems);
   }
   global.json ? PrintFoundJson(all) : PrintFound(all);
-  Remember(session, all);
+  if (!options.forgets) {
+    Remember(session, all);
+  }
   if (session.WaitOrInterrupted(0)) {
     throw CUnproved("ended by Ctrl-C: there may be more printers");
   }

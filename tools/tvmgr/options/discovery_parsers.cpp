@@ -11,6 +11,8 @@ tagCommand AddSearch(const CParser& program, const tagGlobalOptions& global) {
   const auto options = std::make_shared<tagSearchOptions>();
   const CParser parser = program.AddCommand("search", "find printers");
   parser.Add("kind", options->kind, "usb, network or all").Required().OneOf({"usb", "network", "all"});
+  parser.AddFlag("--no-numbers", options->forgets,
+                 "do not remember what was found: \"tvmgr use NUMBER\" goes by the search before");
   parser.Footer(
       "A search takes 3 s for each kind; printers of the network are asked for their names at its end, all "
       "at\n"

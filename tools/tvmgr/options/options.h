@@ -154,6 +154,7 @@ struct tagDiffOptions {
 
 struct tagSearchOptions {
   std::string kind; /**< "usb", "network" or "all" */
+  bool forgets = false;
 };
 
 struct tagUseOptions {

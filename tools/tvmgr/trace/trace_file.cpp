@@ -4,8 +4,10 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <mutex>
 #include <vector>
 
@@ -38,6 +40,16 @@ bool WriteAll(HANDLE file, const std::string& text) {
   DWORD written = 0;
   return WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0 &&
          written == text.size();
+}
+
+/** How the name of a transcript begins that is begun now (recorder/README.md). */
+std::wstring TranscriptName() {
+  SYSTEMTIME now{};
+  GetSystemTime(&now);
+  wchar_t name[40];
+  std::swprintf(name, std::size(name), L"Ferrolink-%04u%02u%02u-%02u%02u%02u", now.wYear, now.wMonth,
+                now.wDay, now.wHour, now.wMinute, now.wSecond);
+  return name;
 }
 
 class CTrace {
@@ -124,7 +136,7 @@ class CTrace {
   }
 
   /** What the recorder in front of the port library has written of this process; empty: there is none. */
-  static fs::path Transcript() {
+  fs::path Transcript() const {
     const std::wstring end = L"-" + std::to_wstring(GetCurrentProcessId()) + L".txt";
     fs::path newest;
     for (const fs::path& folder : TranscriptFolders()) {
@@ -132,8 +144,9 @@ class CTrace {
       for (fs::directory_iterator entry(folder, error), none; !error && entry != none;
            entry.increment(error)) {
         const std::wstring name = entry->path().filename().wstring();
-        // An earlier process may have had the same number.
-        if (name.starts_with(L"Ferrolink-") && name.ends_with(end) && name > newest.filename().wstring()) {
+        // An earlier process may have had the same number: its file's name has an earlier time.
+        if (name.starts_with(L"Ferrolink-") && name.ends_with(end) && name >= earliest_ &&
+            name > newest.filename().wstring()) {
           newest = entry->path();
         }
       }
@@ -161,6 +174,7 @@ class CTrace {
   const std::string path_;
   const bool with_contents_;
   const Clock::time_point start_ = Clock::now();
+  const std::wstring earliest_ = TranscriptName();
   std::mutex mutex_;
   HANDLE file_;
   std::vector<Clock::time_point> starts_;  // of the calls, by their numbers

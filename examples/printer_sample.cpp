@@ -97,7 +97,8 @@ int Run(const std::vector<std::string>& arguments) {
   const std::string command = arguments.empty() ? "" : arguments[0];
   const std::size_t needed = command == "write" ? 3 : command == "backup" ? 2 : 1;
   if ((command != "read" && command != "write" && command != "backup" && command != "search") ||
-      arguments.size() < needed || arguments.size() > needed + (command == "search" ? 0 : 1)) {
+      arguments.size() < needed || arguments.size() > needed + (command == "search" ? 0 : 1) ||
+      (command == "write" && std::atoi(arguments[1].c_str()) <= 0)) {
     std::fputs("usage: printer_sample read|write NUMBER VALUE|backup FILE [PRINTER], or search\n", stderr);
     return 2;
   }

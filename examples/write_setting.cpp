@@ -51,11 +51,11 @@ std::int32_t Write(std::int32_t id, const std::string& value) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count < 3) {
+  const std::int32_t id = count < 3 ? 0 : std::atoi(arguments[1]);
+  if (id <= 0) {
     std::fputs("usage: write_setting NUMBER VALUE [PORT]\n", stderr);
     return 2;
   }
-  const std::int32_t id = std::atoi(arguments[1]);
   const std::string value = arguments[2];
   // Port names are ASCII, so each character becomes one of UTF-16.
   const std::string port = count > 3 ? arguments[3] : "";

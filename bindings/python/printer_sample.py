@@ -68,7 +68,8 @@ def main(arguments):
     commands = {"read": (read, 0), "write": (write, 2), "backup": (backup, 1), "search": (search, 0)}
     command, needed = commands.get(arguments[0] if arguments else "", (None, 0))
     names = arguments[1 + needed:]
-    if command is None or len(arguments) < 1 + needed or len(names) > (0 if command is search else 1):
+    if (command is None or len(arguments) < 1 + needed or len(names) > (0 if command is search else 1)
+            or (command is write and not arguments[1].isdecimal())):
         print(__doc__, file=sys.stderr)
         sys.exit(2)
     try:

@@ -238,9 +238,10 @@ TEST(VerdictTest, ResultsOfCommandsInAFewWords) {
        "A.PNG missing"},
       {R"({"command": "put", "name": "A.PNG", "bytes": 5})", "A.PNG, 5 bytes"},
       {R"({"command": "rm", "files": [{"name": "A", "removed": true}, {"name": "B", "removed": null}]})",
-       "A removed; B not"},
-      {R"({"command": "rm", "dry_run": true, "files": [{"name": "A", "removed": null}]})",
-       "A would be removed"},
+       "A removed; B sent, not proved"},
+      {R"({"command": "rm", "dry_run": true, "files": [{"name": "A", "removed": false, "reason": "would be removed"},
+           {"name": "B", "removed": false, "reason": "no such file"}]})",
+       "A would be removed; B not removed (no such file)"},
       {R"({"command": "export", "file": "a.json", "setting_count": 50})", "a.json: 50 settings"},
       {R"({"command": "apply", "settings": [{"key": "A", "value": "", "verdict": "unchanged"}]})",
        "A unchanged"},
@@ -252,6 +253,14 @@ TEST(VerdictTest, ResultsOfCommandsInAFewWords) {
   for (const auto& [document, words] : cases) {
     EXPECT_EQ(DocumentWords(nlohmann::ordered_json::parse(document)), words);
   }
+  const auto reasons = [](const char* document) {
+    return DocumentReasons(nlohmann::ordered_json::parse(document));
+  };
+  EXPECT_EQ(reasons(R"({"settings": [{"key": "A", "verdict": "differs", "reason": "refused"},
+                        {"key": "B", "verdict": "left out", "reason": "its own"}, {"key": "C", "verdict": "written"}]})"),
+            "\nA: refused");
+  EXPECT_EQ(reasons(R"({"files": [{"name": "A", "verdict": "failed", "reason": "full"}, 5], "settings": 5})"),
+            "\nA: full");
 }
 
 TEST(LiveLinesTest, WhatDoesNotFitTheWindowLeavesThoseAtWorkAndTheSums) {

@@ -224,11 +224,14 @@ TEST_F(CProfileTest, PartsOfABackupAreRestoredOneByOne) {
   std::filesystem::remove(folder_ / "printer" / "settings.txt");
   StoreOnE("A.PNG", "other");
   StoreOnE("B.ZPL", "other");
+  const std::string labels =
+      HostFile("l.json", R"({"format": "tvmgr-labels", "settings": {"CLM,P": {"maximum": 5}}})");
   const std::vector<tagRun> plans = TvmgrEach({{"restore", path, "--dry-run"},
                                                {"restore", path, "--settings", "--dry-run", "--json"},
                                                {"restore", path, "--files", "*.ZPL", "--dry-run"},
                                                {"restore", path, "--files", "NONE.PNG"},
                                                {"restore", path, "--files"},
+                                               {"restore", path, "--settings", "--yes", "--labels", labels},
                                                {"diff", path, "printer", "--json"}});
   EXPECT_EQ(
       plans[0].out,
@@ -239,8 +242,11 @@ TEST_F(CProfileTest, PartsOfABackupAreRestoredOneByOne) {
               testing::StartsWith("CLM,P would be written; CLM,S unchanged; "));
   EXPECT_THAT(plans[2].out, HasSubstr("B.ZPL  -       -        other content\n"));
   EXPECT_THAT(plans[3].err, HasSubstr("the backup holds no file \"NONE.PNG\""));
+  EXPECT_EQ(plans[5].exit_code, 1U);
+  EXPECT_THAT(plans[5].err,
+              HasSubstr("the backup holds \"12\", which is no value of CLM,P: allowed are whole"));
   EXPECT_THAT(plans[4].err, HasSubstr("this will store A.PNG, B.ZPL on the printer"));
-  EXPECT_EQ(json::parse(plans[5].out)["settings"].size(), 1U);
+  EXPECT_EQ(json::parse(plans[6].out)["settings"].size(), 1U);
   EXPECT_EQ(Tvmgr({"restore", path, "--settings", "--yes"}).exit_code, 0U);
   EXPECT_EQ(StoredOnE("A.PNG") + StoredOnE("B.ZPL"), "otherother");
   EXPECT_EQ(Tvmgr({"diff", path, "printer"}).exit_code, 0U);

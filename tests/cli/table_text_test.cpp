@@ -39,6 +39,9 @@ TEST(TableTextTest, ColumnsAndOrderAreThoseOfTheView) {
     EXPECT_EQ(TableText(Table(), View(shown.columns, shown.sort), std::nullopt, false), shown.text)
         << shown.columns << " " << shown.sort;
   }
+  const tagTable units{{"VALUE"}, {{{"10 dots"}}, {{"9 dots"}}, {{"1.5 dots"}}}};
+  EXPECT_EQ(TableText(units, {{}, "VALUE", false}, std::nullopt, false),
+            "VALUE\n9 dots\n10 dots\n1.5 dots\n");
   tagTableView other;
   other.columns = {"UNIT", "NO"};
   other.sort = "UNIT";

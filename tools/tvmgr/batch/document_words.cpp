@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "batch/verdict.h"
@@ -67,17 +69,19 @@ std::string Values(const Json& rows) {
              : std::to_string(answered) + " of " + Count(values.size(), "setting") + " answered";
 }
 
-std::string Removed(const Json& rows, bool is_plan) {
-  std::vector<std::string> removed;
-  std::vector<std::string> others;
+/** "A.PNG removed; B.PNG not removed (the printer has no such file)". */
+std::string Removed(const Json& rows) {
+  Json judged = Json::array();
   for (const Json& row : rows) {
-    (row.value("removed", Json()) == Json(true) ? removed : others).push_back(At(row, "name"));
+    const Json removed = row.value("removed", Json());
+    const std::string reason = At(row, "reason");
+    judged.push_back({{"name", At(row, "name")},
+                      {"verdict", removed == Json(true)          ? "removed"
+                                  : removed.is_null()            ? "sent, not proved"
+                                  : reason == "would be removed" ? reason
+                                                                 : "not removed (" + reason + ")"}});
   }
-  if (is_plan) {
-    return others.empty() ? "" : Listed(others) + " would be removed";
-  }
-  const std::string words = removed.empty() ? "" : Listed(removed) + " removed";
-  return others.empty() ? words : words + (words.empty() ? "" : "; ") + Listed(others) + " not";
+  return Verdicts(judged, "name", "file");
 }
 
 std::string OfSettings(const Json& settings) {
@@ -90,6 +94,24 @@ std::string OfSettings(const Json& settings) {
 }
 
 }  // namespace
+
+std::string DocumentReasons(const Json& document) {
+  constexpr std::string_view kWell[] = {"written", "unchanged", "left out", "stored and read back"};
+  std::string lines;
+  std::size_t count = 0;
+  for (const char* const member : {"settings", "files"}) {
+    const auto rows = document.find(member);
+    for (const Json& row : rows != document.end() && rows->is_array() ? *rows : Json::array()) {
+      const bool is_well =
+          !row.is_object() || At(row, "reason") == "-" || !row.contains("verdict") ||
+          std::find(std::begin(kWell), std::end(kWell), At(row, "verdict")) != std::end(kWell);
+      if (!is_well && ++count <= kNamed) {
+        lines += "\n" + At(row, row.contains("key") ? "key" : "name") + ": " + At(row, "reason");
+      }
+    }
+  }
+  return count > kNamed ? lines + "\nand " + std::to_string(count - kNamed) + " more" : lines;
+}
 
 std::string DocumentWords(const Json& document) {
   const std::string command = At(document, "command");
@@ -122,7 +144,7 @@ std::string DocumentWords(const Json& document) {
     return Verdicts(document["files"], "name", "file");
   }
   if (command == "rm" && document.contains("files") && document["files"].is_array()) {
-    return Removed(document["files"], is_plan);
+    return Removed(document["files"]);
   }
   if (command == "op" && document.contains("status_name")) {
     return At(document, "operation") + ", then " + At(document, "status_name");

@@ -83,7 +83,7 @@ std::string ReasonOf(const tagPrinterVerdict& verdict) {
   if (!advice.empty() && reason.find(advice) == std::string::npos && verdict.exit_code != 2) {
     reason += (reason.ends_with('\n') ? "-> " : ": ") + advice;
   }
-  return reason.substr(0, reason.find_last_not_of('\n') + 1);
+  return reason.substr(0, reason.find_last_not_of('\n') + 1) + DocumentReasons(verdict.document);
 }
 
 }  // namespace

@@ -54,4 +54,7 @@ tagPrinterVerdict NotStarted(const std::string& word, const std::string& reason)
 /** The result of a command on one printer in a few words, from its JSON document: "CLR,Z=600", "3 of 4 written". */
 std::string DocumentWords(const nlohmann::ordered_json& document);
 
+/** Why settings or files of the document are not well, a line for each, of many the first ones; "\n" in front of each. */
+std::string DocumentReasons(const nlohmann::ordered_json& document);
+
 }  // namespace tvmgr

@@ -199,6 +199,13 @@ int RestoreSettings(const tagGlobalOptions& global, const tagRestoreOptions& opt
     if (known && (is_double || !IsSafeValue(setting.value) || !WhyNotInProfiles(known->id).empty())) {
       throw CFailure("nothing was written: " + setting.key + " stands in the backup as no backup has it");
     }
+    const std::string why =
+        known && !options.force ? labels.WhyNot(known->id, std::string(setting.value)) : "";
+    if (!why.empty() && !setting.value.empty()) {
+      throw CFailure("nothing was written: the backup holds \"" + EscapeBytes(setting.value) +
+                     "\", which is no value of " + setting.key + ": " + why +
+                     " (--force writes it all the same)");
+    }
     if (known && !setting.value.empty()) {
       application.settings.push_back({known->id, setting.key, setting.value});
     }

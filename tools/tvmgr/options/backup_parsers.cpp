@@ -88,7 +88,8 @@ tagCommand AddRestore(const CParser& program, const tagGlobalOptions& global) {
   const CParser parser = program.AddCommand("restore", "send a backup back to the printer");
   parser.Add("file", options->file, "the backup").Required();
   parser.AddFlag("--yes", options->yes, "do not ask");
-  parser.AddFlag("--force", options->force, "send the file even when it is not a complete backup");
+  parser.AddFlag("--force", options->force,
+                 "also what is no complete backup, or has values that the labels do not allow");
   const COption settings = parser.AddFlag("--settings", options->settings, "only the settings, one by one");
   const COption files =
       parser.Add("--files", options->names, "only stored files, one by one: all, or these names and patterns")

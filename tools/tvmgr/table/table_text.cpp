@@ -15,7 +15,8 @@ std::optional<std::int64_t> NumberOf(std::string_view text) {
   std::int64_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end && !text.empty() ? std::optional(number) : std::nullopt;
+  // Behind a value its unit may stand.
+  return error == std::errc() && (stop == end || *stop == ' ') ? std::optional(number) : std::nullopt;
 }
 
 bool IsBefore(const std::string& first, const std::string& second) {

@@ -41,7 +41,7 @@ tagLibraryState StateOf(const tagLibraryFacts& facts) {
   return {facts.path, facts.exists, facts.problem, facts.version, facts.is_download};
 }
 
-/** The Ferrolink.dll that is loaded, else the one that would be. The folders in PATH may be anybody's. */
+/** The Ferrolink.dll that is loaded, else the one that would be. */
 tagLibraryState LookAtPortFile() {
   const std::wstring path = FindPortLibrary();
   tagLibraryState state = StateOf(LookAtLibrary(path, PortEntryPoints()));
@@ -149,13 +149,8 @@ tagFinding CCheckup::LookAtTool() {
 }
 
 tagFinding CCheckup::LookAtModule() {
-  const auto facts = Within<tagLibraryFacts>("reading TaviraManager.dll", kLoadMs, [] {
-    return LookAtLibrary(ManagerLibraryPath(), ManagerEntryPoints());
-  });
-  if (!facts) {
-    throw CFailure("TaviraManager.dll is still being read after " + FormatDuration(kLoadMs));
-  }
-  tagFinding finding = JudgeModule(StateOf(*facts), TVMGR_VERSION);
+  const tagLibraryFacts facts = LookAtLibrary(ManagerLibraryPath(), ManagerEntryPoints());
+  tagFinding finding = JudgeModule(StateOf(facts), TVMGR_VERSION);
   if (finding.health == EHealth::kFailed) {
     return finding;
   }
@@ -174,17 +169,13 @@ tagFinding CCheckup::LookAtModule() {
 }
 
 tagFinding CCheckup::LookAtPortLibrary() {
-  // Folders of the search path may lie on a computer that is not there.
-  const auto path = Within<std::wstring>("looking for Ferrolink.dll", kLoadMs, FindPortLibrary);
-  if (!path) {
-    throw CFailure("Ferrolink.dll is still being looked for after " + FormatDuration(kLoadMs));
-  }
+  const std::wstring path = FindPortLibrary();
   std::string problem;
   if (is_loaded_) {
     const auto result = Within<std::int32_t>(
         "starting the module", kLoadMs, [] { return TVMGR_Initialize(); }, true);
     if (!result) {
-      throw CFailure("\"" + ToUtf8(*path) + "\" is still being loaded after " + FormatDuration(kLoadMs));
+      throw CFailure("\"" + ToUtf8(path) + "\" is still being loaded after " + FormatDuration(kLoadMs));
     }
     is_started_ = *result == TVMGR_OK;
     if (*result == TVMGR_PORT_LIBRARY_MISSING) {
@@ -193,11 +184,7 @@ tagFinding CCheckup::LookAtPortLibrary() {
       problem = "cannot be used: " + ExplainResult(*result);
     }
   }
-  const auto state = Within<tagLibraryState>("reading Ferrolink.dll", kLoadMs, LookAtPortFile);
-  if (!state) {
-    throw CFailure("\"" + ToUtf8(*path) + "\" is still being read after " + FormatDuration(kLoadMs));
-  }
-  return JudgePortLibrary(*state, problem);
+  return JudgePortLibrary(LookAtPortFile(), problem);
 }
 
 tagFinding CCheckup::LookAtPort() {

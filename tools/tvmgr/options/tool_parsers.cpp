@@ -104,7 +104,7 @@ tagCommand AddDoctor(const CParser& program, const tagGlobalOptions& global) {
   parser.Footer(
       "Looks at the tool, its DLLs, the choice of the printer, the print spooler, the network, and at what "
       "the\n"
-      "printer answers, in this order. Each step has a bound, at most 36 s (--read: the one of \"get "
+      "printer answers, in this order. Each step has a bound, at most 22 s (--read: the one of \"get "
       "--all\").\n"
       "Without --read nothing is changed anywhere: the printer is asked for its state and its prefix "
       "characters.\n"

@@ -259,7 +259,10 @@ void AppendToTrace(const tagGlobalOptions& options, const std::string& text) {
 }
 
 void LeaveOutOfTrace(std::string_view bytes) {
-  trace->LeaveOut(bytes);
+  // Everything else is left out by its looks, and may be large.
+  if (IsSettingsTalk(bytes)) {
+    trace->LeaveOut(bytes);
+  }
 }
 
 std::uint64_t BeginTracedCall(const std::string& call) {

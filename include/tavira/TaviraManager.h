@@ -486,6 +486,8 @@ int32_t TVMGR_ClearUpdateList(void);
 /**
  * Appends a setting and its new value to the update list.
  *
+ * @param id      a setting identifier. TRAP: TVMGR_SETTING_BACKGROUND and numbers that do not exist are taken, too:
+ *     nothing is sent for them, and the update ends in -82 unless the printer holds that value anyway.
  * @param value   copied; null gives an empty value. Sent as it is, without quoting or checks.
  * @param length  bytes; 0 or less gives an empty value.
  * @retval 0   Appended.

@@ -98,7 +98,8 @@ int Run(const std::vector<std::string>& arguments) {
   const std::size_t needed = command == "write" ? 3 : command == "backup" ? 2 : 1;
   if ((command != "read" && command != "write" && command != "backup" && command != "search") ||
       arguments.size() < needed || arguments.size() > needed + (command == "search" ? 0 : 1) ||
-      (command == "write" && std::atoi(arguments[1].c_str()) <= 0)) {
+      (command == "write" && (arguments[1].find_first_not_of("0123456789") != std::string::npos ||
+                              std::atoi(arguments[1].c_str()) <= 0))) {
     std::fputs("usage: printer_sample read|write NUMBER VALUE|backup FILE [PRINTER], or search\n", stderr);
     return 2;
   }

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -51,7 +52,8 @@ std::int32_t Write(std::int32_t id, const std::string& value) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  const std::int32_t id = count < 3 ? 0 : std::atoi(arguments[1]);
+  const bool is_number = count >= 3 && arguments[1][std::strspn(arguments[1], "0123456789")] == '\0';
+  const std::int32_t id = is_number ? std::atoi(arguments[1]) : 0;
   if (id <= 0) {
     std::fputs("usage: write_setting NUMBER VALUE [PORT]\n", stderr);
     return 2;

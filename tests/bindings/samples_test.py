@@ -48,7 +48,7 @@ if b"CMP,F,front" not in backup.read_bytes():
 check(["backup", folder / "none/x.bak"], 1,
       "TVMGR_Backup: -63, the file on this computer cannot be created, opened or written")
 check(["search"], 0, PRINTERS)
-for wrong in ([], ["write", "12"], ["write", "CLM,S", "4"], ["search", "x"], ["explode"]):
+for wrong in ([], ["write", "12"], ["write", "CLM,S", "4"], ["write", "7x", "4"], ["search", "x"], ["explode"]):
     check(wrong, 2, [])
 print(f"{command[-1]}: {problems} problem(s)")
 sys.exit(1 if problems else 0)

@@ -37,8 +37,12 @@ def start_printers():
     for _ in range(200):
         if "ready\n" in (WORK / "printers.txt").read_text():
             return printers
+        if printers.poll() is not None:
+            break
         time.sleep(0.05)
-    raise SystemExit("the printers are not ready within 10 s")
+    printers.kill()
+    printers.wait()
+    raise SystemExit("the printers are not ready within 10 s: " + (WORK / "printers.txt").read_text())
 
 
 def switched_off():

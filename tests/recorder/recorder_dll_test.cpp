@@ -242,9 +242,10 @@ TEST_F(CRecorderDllTest, ThreadsThatComeAndGoLeaveNoHandles) {
 }
 
 TEST_F(CRecorderDllTest, ACallTakesLessThanAMillisecondMore) {
-  const auto quickest_of_three = [](const CPortHost& host) {
+  // A machine that is busy with other tests is given more rounds; a recorder that is always slow stays slow.
+  const auto quickest_round = [](const CPortHost& host) {
     auto quickest = std::chrono::steady_clock::duration::max();
-    for (int round = 0; round < 3; ++round) {
+    for (int round = 0; round < 20 && quickest > std::chrono::milliseconds(50); ++round) {
       const auto start = std::chrono::steady_clock::now();
       for (int i = 0; i < 100; ++i) {
         host.Send("some command");
@@ -253,8 +254,8 @@ TEST_F(CRecorderDllTest, ACallTakesLessThanAMillisecondMore) {
     }
     return quickest;
   };
-  const auto direct = quickest_of_three(CPortHost(RealLibrary()));
-  EXPECT_GT(std::chrono::milliseconds(100), quickest_of_three(CPortHost(Recorder())) - direct);
+  const auto direct = quickest_round(CPortHost(RealLibrary()));
+  EXPECT_GT(std::chrono::milliseconds(100), quickest_round(CPortHost(Recorder())) - direct);
 }
 
 PROCESS_MEMORY_COUNTERS Memory() {

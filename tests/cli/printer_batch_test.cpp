@@ -14,7 +14,6 @@ namespace {
 using namespace tvmgr;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 std::vector<std::string> Shown(const std::vector<tagListedPrinter>& printers) {
@@ -259,8 +258,10 @@ TEST(VerdictTest, ResultsOfCommandsInAFewWords) {
   EXPECT_EQ(reasons(R"({"settings": [{"key": "A", "verdict": "differs", "reason": "refused"},
                         {"key": "B", "verdict": "left out", "reason": "its own"}, {"key": "C", "verdict": "written"}]})"),
             "\nA: refused");
-  EXPECT_EQ(reasons(R"({"files": [{"name": "A", "verdict": "failed", "reason": "full"}, 5], "settings": 5})"),
-            "\nA: full");
+  EXPECT_EQ(reasons(R"({"files": [{"name": "A", "verdict": "failed", "reason": "full"}, 5,
+                        {"name": "B", "verdict": "stored and read back", "reason": "its protection was not set: x"}],
+                        "settings": 5})"),
+            "\nA: full\nB: its protection was not set: x");
 }
 
 TEST(LiveLinesTest, WhatDoesNotFitTheWindowLeavesThoseAtWorkAndTheSums) {

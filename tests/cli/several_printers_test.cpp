@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 class CSeveralPrintersTest : public CCliTest {
  protected:
@@ -65,6 +64,7 @@ TEST_F(CSeveralPrintersTest, WhatCannotBeStartedIsRefusedBeforeAnyPrinterIsAsked
       {{"backup", Utf8Path("a.bak"), "--printers", "USB001,USB002"}, 2, "would both get"},
       {{"backup", "-o", folder + "\\{printer}.bak", "--printers", "USB001"}, 1, "cannot be created"},
       {{"rm", "A.PNG", "--printers", "USB001,USB002"}, 2, "do \"rm A.PNG\" on 2 printers: USB001, USB002"},
+      {{"rm", "A.PNG", "--dry-run=no", "--printers", "USB001"}, 2, "do \"rm A.PNG"},
   };
   std::vector<std::vector<std::string>> all;
   for (const auto& refused : cases) {

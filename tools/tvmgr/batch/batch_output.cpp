@@ -123,9 +123,10 @@ void RequireAllDone(const std::vector<tagListedPrinter>& printers,
   if (is_users) {
     throw CFailure(verdicts.front().reason, *first);
   }
-  throw CFailure(
-      std::to_string(count) + " of " + std::to_string(printers.size()) + " printers are not done: " + names,
-      kExitSomePrinters);
+  throw CFailure(std::to_string(count) + " of " + std::to_string(printers.size()) +
+                     " printers are not done: " + names +
+                     (search_problem.empty() ? "" : "; " + search_problem),
+                 kExitSomePrinters);
 }
 
 }  // namespace tvmgr

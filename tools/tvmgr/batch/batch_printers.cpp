@@ -38,8 +38,13 @@ std::vector<tagListedPrinter> Search(const tagGlobalOptions& global, std::string
   if (!verdict.IsDone()) {
     problem = "the search for printers: " + verdict.reason + "; there may be more of them";
   }
-  if (!problem.empty() && !global.quiet) {
-    WriteError("remark: " + problem + "\n");
+  if (!global.quiet) {
+    for (const std::string& remark : verdict.remarks) {
+      WriteError("remark: the search for printers: " + remark + "\n");
+    }
+    if (!problem.empty()) {
+      WriteError("remark: " + problem + "\n");
+    }
   }
   return found;
 }
@@ -88,9 +93,12 @@ tagBatchPrinters ListPrinters(const tagGlobalOptions& global, const std::string&
   }
   const bool has_names = std::any_of(all.printers.begin(), all.printers.end(),
                                      [](const tagListedPrinter& printer) { return printer.kind == "name"; });
-  std::string ignored;  // a name that was not found has its verdict
-  FindNames(all.printers, has_names ? Search(global, ignored) : std::vector<tagListedPrinter>(),
+  std::string search_problem;
+  FindNames(all.printers, has_names ? Search(global, search_problem) : std::vector<tagListedPrinter>(),
             all.problems);
+  for (std::string& problem : all.problems) {
+    problem += problem.empty() || search_problem.empty() ? "" : "; " + search_problem;
+  }
   for (const std::string& remark : MergeDuplicates(all.printers, all.problems)) {
     if (!global.quiet) {
       WriteError("remark: " + remark + "\n");

@@ -36,7 +36,7 @@ std::string Listed(const std::vector<std::string>& texts) {
   return list;
 }
 
-/** "CLM,S written", "12 written, 1 differs: CLM,P". */
+/** "CLM,S written", "12 settings written; CLM,P differs". */
 std::string Verdicts(const Json& rows, const char* name, const std::string& noun) {
   std::map<std::string, std::vector<std::string>> by_verdict;
   std::vector<std::string> order;
@@ -104,7 +104,8 @@ std::string DocumentReasons(const Json& document) {
     for (const Json& row : rows != document.end() && rows->is_array() ? *rows : Json::array()) {
       const bool is_well =
           !row.is_object() || At(row, "reason") == "-" || !row.contains("verdict") ||
-          std::find(std::begin(kWell), std::end(kWell), At(row, "verdict")) != std::end(kWell);
+          (std::find(std::begin(kWell), std::end(kWell), At(row, "verdict")) != std::end(kWell) &&
+           At(row, "reason").find("protection was not set") == std::string::npos);
       if (!is_well && ++count <= kNamed) {
         lines += "\n" + At(row, row.contains("key") ? "key" : "name") + ": " + At(row, "reason");
       }

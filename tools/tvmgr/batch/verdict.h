@@ -51,7 +51,7 @@ tagPrinterVerdict Judge(const tagChildRun& run, std::string_view command);
 /** A printer that was not begun. */
 tagPrinterVerdict NotStarted(const std::string& word, const std::string& reason);
 
-/** The result of a command on one printer in a few words, from its JSON document: "CLR,Z=600", "3 of 4 written". */
+/** The result of a command on one printer in a few words, from its JSON document: "CLR,Z=600", "3 of 5 settings answered". */
 std::string DocumentWords(const nlohmann::ordered_json& document);
 
 /** Why settings or files of the document are not well, a line for each, of many the first ones; "\n" in front of each. */

@@ -10,8 +10,9 @@ constexpr char kSilent[] =
     "check that it is switched on and connected, that --port, --device or --address names it, and that no "
     "other program holds it";
 constexpr std::uint64_t kSlowMs = 1'000;
-/** The module waits so long for the first byte of an answer; without a state but earlier, some have come. */
-constexpr std::uint64_t kSilenceMs = 3'000;
+// The module waits 3 s for the first byte of an answer, by a clock that goes in steps of up to 16 ms: without a state but
+// earlier, some bytes have come.
+constexpr std::uint64_t kSilenceMs = 2'900;
 
 std::string Seconds(std::uint64_t ms) {
   return std::to_string(ms) + " ms";

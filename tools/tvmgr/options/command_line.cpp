@@ -113,7 +113,10 @@ void AddGiven(const CLI::App& parser, tagGivenCommand& command) {
     const std::string name = option->nonpositional() ? option->get_name() : std::string();
     command.takes_yes = command.takes_yes || name == "--yes";
     if (option->count() > 0 && std::find(std::begin(kOwn), std::end(kOwn), name) == std::end(kOwn)) {
-      command.given.push_back({name, option->results()});
+      // A flag's words may be "no", "0" or several: what they come to is what counts.
+      const bool is_flag = option->get_items_expected_max() == 0;
+      command.given.push_back({name, is_flag ? std::vector<std::string>{option->as<bool>() ? "true" : "false"}
+                                             : option->results()});
     }
   }
 }

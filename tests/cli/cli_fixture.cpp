@@ -106,6 +106,20 @@ std::string CCliTest::Log() const {
   return ReadFileBytes(folder_ / "exchanges.log");
 }
 
+void CCliTest::AwaitInLog(const std::string& text, int times) const {
+  const auto is_there = [&] {
+    const std::string log = Log();
+    int seen = 0;
+    for (std::size_t at = log.find(text); at != log.npos; at = log.find(text, at + text.size())) {
+      ++seen;
+    }
+    return seen >= times;
+  };
+  for (int i = 0; i < 6000 && !is_there(); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
 fs::path CCliTest::HostPath(const std::string& name) const {
   return folder_ / fs::path(std::u8string(name.begin(), name.end()));
 }

@@ -29,6 +29,8 @@ class CCliTest : public testing::Test {
 
   /** What was exchanged with the printer so far, a line for each exchange. */
   std::string Log() const;
+  /** Waits until the log shows the text so many times; at most a minute. */
+  void AwaitInLog(const std::string& text, int times = 1) const;
 
   /** A path in the test's folder; its text is UTF-8. */
   std::filesystem::path HostPath(const std::string& name) const;

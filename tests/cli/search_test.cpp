@@ -58,7 +58,7 @@ TEST_F(CSearchTest, CtrlCEndsItAtOnceWithWhatWasFound) {
   for (const auto& search : cases) {
     const std::uint64_t start = GetTickCount64();
     const std::jthread presses([] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+      std::this_thread::sleep_for(std::chrono::milliseconds(2500));
       CTestConsole::PressCtrlC();
     });
     const tagRun run = Scripted(search.script, {"search", "network", "--json"}, {console.Input()});

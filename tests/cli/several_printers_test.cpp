@@ -222,9 +222,7 @@ TEST_F(CSeveralPrintersTest, AtATerminalItAsksOnceAndCtrlCBeginsNoMore) {
   WriteIni("[printer]\nmaintenance_ms=4000\n");
   // While the first is at work: other tests of this computer may keep it waiting for its port before.
   const std::jthread user([this] {
-    for (int i = 0; i < 6000 && Log().find("~JC") == std::string::npos; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    AwaitInLog("~JC");
     CTestConsole::PressCtrlC();
   });
   const tagRun stopped =

@@ -66,10 +66,12 @@ TEST_F(CTerminalTest, WhatIsThereIsOverwrittenOnlyAfterYes) {
 TEST_F(CTerminalTest, CtrlCLetsTheStepEndAndASecondOneSaysWhatMayBeLeft) {
   WriteIni("[printer]\nmaintenance_ms=4000\n");
   for (const int presses : {1, 2}) {
-    const std::jthread user([presses] {
+    // While the printer is at work, however long the way there takes on this computer.
+    const std::jthread user([this, presses] {
+      AwaitInLog("~JC", presses);
       for (int i = 0; i < presses; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2000));
         CTestConsole::PressCtrlC();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1000));
       }
     });
     const tagRun run = AtConsole({"op", "media-calibration"}, "");

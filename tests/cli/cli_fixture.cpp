@@ -18,12 +18,14 @@ void WriteFileBytes(const fs::path& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
 }
 
-// For the check against the schema, which is made of all documents together.
+// For the check against the schema, which is made of all documents together. By the test's name: process ids come again.
 void KeepForSchema(const std::string& document) {
   static std::atomic<int> number{0};
   const wchar_t* const folder = _wgetenv(L"TVMGR_TEST_JSON");
   if (folder != nullptr && *folder != 0) {
-    const std::string name = std::to_string(GetCurrentProcessId()) + "_" + std::to_string(++number);
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    const std::string name =
+        std::string(test.test_suite_name()) + "." + test.name() + "." + std::to_string(++number);
     WriteFileBytes(fs::path(folder) / (name + ".json"), document);
   }
 }
